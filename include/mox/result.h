@@ -1,0 +1,21 @@
+/// Result of the operations that tell more than success and failure.
+#pragma once
+
+#include <cstdint>
+
+namespace mox {
+
+enum class Result : int32_t {
+  /// The request was granted, or the state it asks for was already reached.
+  SUCCESS = 0,
+  /// No server, no such profile, a family the operation does not support, or a refusal.
+  FAILURE = 1,
+  /// The IP family is outside IPV4, IPV6 and IPV4V6 (statistics only).
+  INVALID_ARGUMENT = 11,
+  /// The profile's call has no network, so there are no addresses to read.
+  NO_NETWORK = 21,
+  /// The call is in no state to be taken down.
+  INCOMPATIBLE_STATE = 23,
+};
+
+}  // namespace mox

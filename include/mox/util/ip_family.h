@@ -1,0 +1,17 @@
+/// IP family of a policy, a data call or a counter.
+#pragma once
+
+#include <cstdint>
+
+namespace mox {
+namespace util {
+
+enum class IPFamily : int32_t {
+  NONE = 0,
+  IPV4 = 1,
+  IPV6 = 2,
+  IPV4V6 = 3,
+};
+
+}  // namespace util
+}  // namespace mox

@@ -1,0 +1,16 @@
+/// Radio technology that a WWAN policy asks for.
+#pragma once
+
+#include <cstdint>
+
+namespace mox {
+namespace wwan {
+
+enum class Tech : int32_t {
+  TECH_3GPP2 = 1,
+  TECH_3GPP = 2,
+  ANY = 7,
+};
+
+}  // namespace wwan
+}  // namespace mox

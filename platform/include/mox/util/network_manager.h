@@ -1,0 +1,29 @@
+/// The seam to the device software's address utilities. All texts are dotted quads.
+#pragma once
+
+#include <string>
+
+namespace mox {
+namespace util {
+
+class NetworkManager {
+ public:
+  /// Whether `address` is acceptable in a LAN configuration. `flag` belongs to the device's own
+  /// library; the stand-in does not use it.
+  static bool IsValidAddress(std::string address, bool flag);
+
+  /// Works out the DHCP range of the gateway's subnet. False when the subnet has no room for one;
+  /// `start` and `end` then keep their values.
+  static bool GetIpv4DhcpRange(std::string gateway, std::string netmask, std::string& start,
+                               std::string& end);
+
+  /// Whether `start` to `end` is an acceptable DHCP range for that gateway and netmask.
+  static bool CheckIpv4DhcpRangeValidation(std::string gateway, std::string netmask,
+                                           std::string start, std::string end);
+
+  /// Whether `text` is a well-formed MAC address.
+  static bool CheckIpv4MacValidation(std::string text);
+};
+
+}  // namespace util
+}  // namespace mox

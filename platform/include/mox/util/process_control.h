@@ -1,0 +1,17 @@
+/// The seam to the device software's process utilities.
+#pragma once
+
+#include <string>
+
+namespace mox {
+namespace util {
+
+class ProcessControl {
+ public:
+  /// Returns the id of the process called `name`, negative when there is none.
+  /// `limit` belongs to the device's own library; the stand-in does not use it.
+  static int GetPidByProcessName(std::string name, int limit);
+};
+
+}  // namespace util
+}  // namespace mox
