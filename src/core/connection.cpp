@@ -1,0 +1,106 @@
+/// The connection to the server: liveness probe and connection step.
+#include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
+
+#include <atomic>
+
+#include <mox/util/process_control.h>
+#include <qcmap_client.h>
+
+#include "core/log.h"
+#include "core/unlocked.h"
+
+namespace mox {
+namespace vendor {
+namespace qcom {
+namespace qcmap {
+
+namespace {
+
+std::atomic<bool> attempt_running{false};
+
+/// The right to attempt a connection, which one thread of the process has at a time.
+class Attempt {
+ public:
+  Attempt() : granted_(!attempt_running.exchange(true, std::memory_order_acq_rel)) {}
+  ~Attempt() {
+    if (granted_) attempt_running.store(false, std::memory_order_release);
+  }
+  Attempt(const Attempt&) = delete;
+  Attempt& operator=(const Attempt&) = delete;
+
+  [[nodiscard]] bool IsGranted() const { return granted_; }
+
+ private:
+  const bool granted_;
+};
+
+/// Makes the client of an attempt, and deletes it again unless it is kept: also when a request
+/// throws. The member points to it meanwhile, since indications may arrive from now on.
+class AttemptedClient {
+ public:
+  explicit AttemptedClient(QCMAP_Client*& member) : member_(&member) {
+    Store(member, new QCMAP_Client(&QcmapWrapper::EvtCb));
+  }
+  ~AttemptedClient() { Delete(); }
+  AttemptedClient(const AttemptedClient&) = delete;
+  AttemptedClient& operator=(const AttemptedClient&) = delete;
+
+  void Keep() { member_ = nullptr; }
+  void Delete() {
+    if (member_ == nullptr) return;
+    delete *member_;
+    Store(*member_, nullptr);
+    member_ = nullptr;
+  }
+
+ private:
+  QCMAP_Client** member_;
+};
+
+}  // namespace
+
+bool QcmapWrapper::IsQcmapAlive() {
+  const int pid = mox::util::ProcessControl::GetPidByProcessName("QCMAP_ConnectionManager", 200);
+  SYSLOG(LOG_DEBUG, "QCMAP_ConnectionManager pid %d\n", pid);
+  return pid >= 0;
+}
+
+bool QcmapWrapper::ConnectToQcmapIfNeeded() {
+  if (Load(connected_) || Load(client_) != nullptr) return Load(connected_);
+
+  const Attempt attempt;
+  if (!attempt.IsGranted()) return false;
+  // Another attempt may have ended between the check and the grant.
+  if (Load(connected_)) return true;
+
+  if (!IsQcmapAlive()) {
+    SYSLOG(LOG_WARNING, "QCMAP server is not alive");
+    return false;
+  }
+
+  AttemptedClient client(client_);
+  qmi_error_type_v01 error = QMI_ERR_NONE_V01;
+  if (!client_->EnableMobileAP(&error)) {
+    SYSLOG(LOG_ERR, "MobileAP Enable failed err [%d]\n", error);
+  }
+
+  qcmap_msgr_mobile_ap_status_enum_v01 status = {};
+  if (client_->GetMobileAPStatus(&status, &error)) {
+    Store(connected_, status == QCMAP_MSGR_MOBILE_AP_STATUS_CONNECTED_V01);
+  }
+  if (!Load(connected_)) {
+    SYSLOG(LOG_WARNING, "It's not connected delete it\n");
+    client.Delete();
+    SYSLOG(LOG_DEBUG, "Mobile AP is %s\n", "Disconnected");
+    return false;
+  }
+
+  client.Keep();
+  SYSLOG(LOG_DEBUG, "Mobile AP is %s\n", "Connected");
+  return true;
+}
+
+}  // namespace qcmap
+}  // namespace qcom
+}  // namespace vendor
+}  // namespace mox

@@ -1,0 +1,25 @@
+/// IPv4 addresses as text.
+#pragma once
+
+#include <arpa/inet.h>
+
+#include <cstdint>
+#include <string>
+
+namespace mox {
+namespace vendor {
+namespace qcom {
+namespace qcmap {
+
+/// The dotted form of an address in host byte order. At most 15 bytes, which std::string keeps
+/// without an allocation.
+[[nodiscard]] inline std::string ToDottedQuad(uint32_t address) {
+  const in_addr network_order = {htonl(address)};
+  char text[INET_ADDRSTRLEN] = {};
+  return ::inet_ntop(AF_INET, &network_order, text, sizeof(text)) != nullptr ? text : "";
+}
+
+}  // namespace qcmap
+}  // namespace qcom
+}  // namespace vendor
+}  // namespace mox

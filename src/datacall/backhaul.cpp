@@ -1,0 +1,129 @@
+/// The backhaul data call of a profile: its state, bringing it up, taking it down.
+#include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
+
+#include <unistd.h>
+
+#include <qcmap_client.h>
+
+#include "core/log.h"
+
+namespace mox {
+namespace vendor {
+namespace qcom {
+namespace qcmap {
+
+namespace {
+
+using ConnectStatus = mox::wwan::DataManager::ConnectStatus;
+using mox::util::IPFamily;
+
+/// Both families' codes in one: the server numbers them apart.
+ConnectStatus FromVendor(qcmap_msgr_wwan_status_enum_v01 status) {
+  switch (status) {
+    case QCMAP_MSGR_WWAN_STATUS_CONNECTING_V01:
+    case QCMAP_MSGR_WWAN_STATUS_IPV6_CONNECTING_V01:
+      return ConnectStatus::CONNECTING;
+    case QCMAP_MSGR_WWAN_STATUS_CONNECTED_V01:
+    case QCMAP_MSGR_WWAN_STATUS_IPV6_CONNECTED_V01:
+      return ConnectStatus::CONNECTED;
+    case QCMAP_MSGR_WWAN_STATUS_DISCONNECTING_V01:
+    case QCMAP_MSGR_WWAN_STATUS_IPV6_DISCONNECTING_V01:
+      return ConnectStatus::DISCONNECTING;
+    case QCMAP_MSGR_WWAN_STATUS_DISCONNECTED_V01:
+    case QCMAP_MSGR_WWAN_STATUS_IPV6_DISCONNECTED_V01:
+      return ConnectStatus::DISCONNECTED;
+    default:
+      return ConnectStatus::UNKNOWN;
+  }
+}
+
+/// A call is started and stopped for one family at a time.
+bool HasCallType(IPFamily family) {
+  return family == IPFamily::IPV4 || family == IPFamily::IPV6;
+}
+
+/// Only for a family that has one. The vendor numbers the call types as we number the families.
+qcmap_msgr_wwan_call_type_v01 ToVendor(IPFamily family) {
+  return static_cast<qcmap_msgr_wwan_call_type_v01>(family);
+}
+
+}  // namespace
+
+bool QcmapWrapper::GetWwanConnectStatus(uint32_t index,
+                                        mox::wwan::DataManager::ConnectStatus& v4_status,
+                                        mox::wwan::DataManager::ConnectStatus& v6_status) {
+  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+
+  qcmap_msgr_wwan_status_enum_v01 v4_code = {};
+  qcmap_msgr_wwan_status_enum_v01 v6_code = {};
+  qmi_error_type_v01 error = QMI_ERR_NONE_V01;
+  if (!client_->GetWWANStatus(&v4_code, &v6_code, &error)) {
+    SYSLOG(LOG_ERR, "QCMAP_Client::GetWWANStatus error %d[0x%x]", error, error);
+    return false;
+  }
+  v4_status = FromVendor(v4_code);
+  v6_status = FromVendor(v6_code);
+  return true;
+}
+
+mox::Result QcmapWrapper::ConnectBackhaul(uint32_t index, mox::util::IPFamily family) {
+  if (!ConnectToQcmapIfNeeded()) return mox::Result::FAILURE;
+
+  // A state that cannot be read counts as down, so that the call is requested.
+  auto v4_status = ConnectStatus::DISCONNECTED;
+  auto v6_status = ConnectStatus::DISCONNECTED;
+  GetWwanConnectStatus(index, v4_status, v6_status);
+  if ((family == IPFamily::IPV4 && v4_status == ConnectStatus::CONNECTED) ||
+      (family == IPFamily::IPV6 && v6_status == ConnectStatus::CONNECTED)) {
+    return mox::Result::SUCCESS;
+  }
+
+  if (!ChangeWwanProfile(index)) return mox::Result::FAILURE;
+  if (!HasCallType(family)) {
+    SYSLOG(LOG_ERR, "unsupporetd IPFamily [%d]\n", static_cast<int>(family));
+    return mox::Result::FAILURE;
+  }
+
+  const auto call_type = ToVendor(family);
+  SYSLOG(LOG_DEBUG, "ip_family [%d] call_type [0x%x]\n", static_cast<int>(family), call_type);
+  qmi_error_type_v01 error = QMI_ERR_NONE_V01;
+  if (!client_->ConnectBackHaul(call_type, &error)) {
+    SYSLOG(LOG_ERR, "QCMAP_Client::ConnectBackhaul error %d[0x%x]\n", error, error);
+    return mox::Result::FAILURE;
+  }
+  return mox::Result::SUCCESS;
+}
+
+mox::Result QcmapWrapper::DisconnectBackhaul(uint32_t index, mox::util::IPFamily family) {
+  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return mox::Result::FAILURE;
+
+  // A state that cannot be read counts as down, so that nothing is requested.
+  auto v4_status = ConnectStatus::DISCONNECTED;
+  auto v6_status = ConnectStatus::DISCONNECTED;
+  GetWwanConnectStatus(index, v4_status, v6_status);
+  if ((family == IPFamily::IPV4 && v4_status == ConnectStatus::DISCONNECTED) ||
+      (family == IPFamily::IPV6 && v6_status == ConnectStatus::DISCONNECTED)) {
+    return mox::Result::FAILURE;
+  }
+
+  if (!HasCallType(family)) {
+    SYSLOG(LOG_ERR, "unsupporetd IPFamily [%d]\n", static_cast<int>(family));
+    return mox::Result::FAILURE;
+  }
+
+  const auto call_type = ToVendor(family);
+  SYSLOG(LOG_DEBUG, "DisconnectBackhaul call_type [%d] pid [%d]\n", call_type, getpid());
+  qmi_error_type_v01 error = QMI_ERR_NONE_V01;
+  const bool granted = client_->DisconnectBackHaul(call_type, &error);
+  if (!granted) {
+    SYSLOG(LOG_ERR, "QCMAP_Client::DisconnectBackhaul error %d[0x%x]\n", error, error);
+  }
+  // Servers report this error with a granted request too.
+  if (error == QMI_ERR_INCOMPATIBLE_STATE_V01) return mox::Result::INCOMPATIBLE_STATE;
+  return granted ? mox::Result::SUCCESS : mox::Result::FAILURE;
+}
+
+}  // namespace qcmap
+}  // namespace qcom
+}  // namespace vendor
+}  // namespace mox

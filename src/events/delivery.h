@@ -1,0 +1,23 @@
+/// Whether subscribers' callbacks are running on a thread.
+#pragma once
+
+namespace mox {
+namespace vendor {
+namespace qcom {
+namespace qcmap {
+
+/// Marks its thread, for as long as it lives, as the one on which an event is delivered.
+class Delivery {
+ public:
+  Delivery();
+  ~Delivery();
+  Delivery(const Delivery&) = delete;
+  Delivery& operator=(const Delivery&) = delete;
+
+  [[nodiscard]] static bool RunsOnThisThread();
+};
+
+}  // namespace qcmap
+}  // namespace qcom
+}  // namespace vendor
+}  // namespace mox
