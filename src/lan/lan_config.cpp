@@ -1,0 +1,120 @@
+/// The LAN: gateway address, netmask and DHCP.
+#include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
+
+#include <arpa/inet.h>
+
+#include <mox/util/network_manager.h>
+#include <qcmap_client.h>
+
+#include "core/dotted_quad.h"
+#include "core/log.h"
+
+namespace mox {
+namespace vendor {
+namespace qcom {
+namespace qcmap {
+
+namespace {
+
+using mox::util::NetworkManager;
+
+/// The address in host byte order; all ones for a text that is none.
+uint32_t ToVendor(const std::string& address) {
+  return ntohl(::inet_addr(address.c_str()));
+}
+
+}  // namespace
+
+bool QcmapWrapper::GetLanConfig(std::string& gw_ip, std::string& netmask, bool& enable_dhcp,
+                                std::string& dhcp_start_ip, std::string& dhcp_end_ip,
+                                int& lease_time) {
+  if (!ConnectToQcmapIfNeeded()) return false;
+
+  qcmap_msgr_lan_config_v01 record = {};
+  qmi_error_type_v01 error = QMI_ERR_NONE_V01;
+  if (!client_->GetLANConfig(&record, &error)) {
+    SYSLOG(LOG_ERR, "QCMAP_Client::GetLANConfig error %d[%x]\n", error, error);
+    return false;
+  }
+  gw_ip = ToDottedQuad(record.gw_ip);
+  netmask = ToDottedQuad(record.netmask);
+  enable_dhcp = record.enable_dhcp != 0;
+  dhcp_start_ip = ToDottedQuad(record.dhcp_start_ip);
+  dhcp_end_ip = ToDottedQuad(record.dhcp_end_ip);
+  lease_time = static_cast<int>(record.lease_time);
+  SYSLOG(LOG_DEBUG, "gw [%s] nm [%s] denable [%d] dstart [%s] dend [%s] lease_time [%d]\n",
+         gw_ip.c_str(), netmask.c_str(), enable_dhcp, dhcp_start_ip.c_str(), dhcp_end_ip.c_str(),
+         lease_time);
+  return true;
+}
+
+bool QcmapWrapper::SetLanConfig(std::string gw_ip, std::string netmask, bool enable_dhcp,
+                                std::string dhcp_start_ip, std::string dhcp_end_ip,
+                                uint32_t lease_time) {
+  if (!ConnectToQcmapIfNeeded()) return false;
+  SYSLOG(LOG_DEBUG, "dhcp_start_ip %s dhcp_end_ip %s\n", dhcp_start_ip.c_str(),
+         dhcp_end_ip.c_str());
+
+  if (!NetworkManager::IsValidAddress(gw_ip, false)) {
+    SYSLOG(LOG_ERR, "check gateway ip [%s]\n", gw_ip.c_str());
+    return false;
+  }
+  if (!NetworkManager::IsValidAddress(netmask, false)) {
+    SYSLOG(LOG_ERR, "check netmask [%s]\n", netmask.c_str());
+    return false;
+  }
+  if (enable_dhcp) {
+    if (!dhcp_start_ip.empty() && !NetworkManager::IsValidAddress(dhcp_start_ip, false)) {
+      SYSLOG(LOG_ERR, "check dhcp start ip [%s]\n", dhcp_start_ip.c_str());
+      return false;
+    }
+    if (!dhcp_end_ip.empty() && !NetworkManager::IsValidAddress(dhcp_end_ip, false)) {
+      SYSLOG(LOG_ERR, "check dhcp end ip [%s]\n", dhcp_end_ip.c_str());
+      return false;
+    }
+    const bool is_range_good =
+        dhcp_start_ip.empty() || dhcp_end_ip.empty()
+            ? NetworkManager::GetIpv4DhcpRange(gw_ip, netmask, dhcp_start_ip, dhcp_end_ip)
+            : NetworkManager::CheckIpv4DhcpRangeValidation(gw_ip, netmask, dhcp_start_ip,
+                                                           dhcp_end_ip);
+    if (!is_range_good) return false;
+  }
+
+  // The record that is sent begins as the server's own: what its later versions may add stays.
+  qcmap_msgr_lan_config_v01 record = {};
+  qmi_error_type_v01 error = QMI_ERR_NONE_V01;
+  if (!client_->GetLANConfig(&record, &error)) {
+    SYSLOG(LOG_WARNING, "QCMAP_Client::GetLanConfig error %d[0x%x] : Just warning\n", error, error);
+  }
+  record.gw_ip = ToVendor(gw_ip);
+  record.netmask = ToVendor(netmask);
+  record.enable_dhcp = enable_dhcp ? 1 : 0;
+  record.dhcp_start_ip = ToVendor(dhcp_start_ip);
+  record.dhcp_end_ip = ToVendor(dhcp_end_ip);
+  record.lease_time = lease_time;
+  SYSLOG(LOG_DEBUG, "gw_ip %x netmask %x enable_dhcp %d dhcp_start_ip %x dhcp_end_ip %x\n",
+         record.gw_ip, record.netmask, record.enable_dhcp, record.dhcp_start_ip,
+         record.dhcp_end_ip);
+
+  if (!client_->SetLANConfig(record, &error)) {
+    SYSLOG(LOG_ERR, "SetLANConfig errno [%d]\n", error);
+    return false;
+  }
+  return true;
+}
+
+bool QcmapWrapper::ActivateLan() {
+  if (!ConnectToQcmapIfNeeded()) return false;
+
+  qmi_error_type_v01 error = QMI_ERR_NONE_V01;
+  if (!client_->ActivateLAN(&error)) {
+    SYSLOG(LOG_ERR, "QCMAP_Client::ActivateLan  error %d[0x%x]\n", error, error);
+    return false;
+  }
+  return true;
+}
+
+}  // namespace qcmap
+}  // namespace qcom
+}  // namespace vendor
+}  // namespace mox
