@@ -202,7 +202,7 @@ static_assert(offsetof(qcmap_msgr_status_ind_msg_v01, status) == 4, "");
 
 /// A session with the server. Each request returns true when it was granted; otherwise it leaves
 /// the reason in `*error`. Requests that name no profile act on the session's current one.
-class QCMAP_Client {
+class __attribute__((visibility("default"))) QCMAP_Client {
  public:
   /// `callback` receives every indication, on a thread of the client's own.
   explicit QCMAP_Client(void (*callback)(qmi_client_struct*, unsigned int, void*, unsigned int,

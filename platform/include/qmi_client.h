@@ -8,7 +8,6 @@ constexpr int QMI_IDL_INDICATION = 2;
 
 /// Decodes an encoded message of `length` bytes into `record`. Returns 0 on success; on any other
 /// result the record's content is unspecified.
-extern "C" int qmi_client_message_decode(qmi_client_type client, int message_type,
-                                         unsigned int message_id, const void* bytes,
-                                         unsigned int length, void* record,
-                                         unsigned int record_size);
+extern "C" __attribute__((visibility("default"))) int qmi_client_message_decode(
+    qmi_client_type client, int message_type, unsigned int message_id, const void* bytes,
+    unsigned int length, void* record, unsigned int record_size);

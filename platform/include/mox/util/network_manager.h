@@ -6,7 +6,7 @@
 namespace mox {
 namespace util {
 
-class NetworkManager {
+class __attribute__((visibility("default"))) NetworkManager {
  public:
   /// Whether `address` is acceptable in a LAN configuration. `flag` belongs to the device's own
   /// library; the stand-in does not use it.

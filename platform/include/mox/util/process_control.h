@@ -6,7 +6,7 @@
 namespace mox {
 namespace util {
 
-class ProcessControl {
+class __attribute__((visibility("default"))) ProcessControl {
  public:
   /// Returns the id of the process called `name`, negative when there is none.
   /// `limit` belongs to the device's own library; the stand-in does not use it.

@@ -1,0 +1,197 @@
+/// Round trips with the server, and the thread that receives its indications.
+#include "client/session.h"
+
+#include <poll.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+
+#include <cerrno>
+#include <cstdlib>
+#include <string>
+
+#include "protocol/socket_path.h"
+
+namespace sim {
+namespace {
+
+using std::chrono::steady_clock;
+using Deadline = steady_clock::time_point;
+
+constexpr long kDefaultLimitMs = 2000;
+constexpr size_t kMaxIndicationBytes = 4096;
+
+std::chrono::milliseconds LimitFromEnvironment() {
+  const char* const text = std::getenv("QCMAP_TIMEOUT_MS");
+  char* end = nullptr;
+  const long limit_ms = text == nullptr ? 0 : std::strtol(text, &end, 10);
+  const bool usable = limit_ms > 0 && limit_ms <= 3600 * 1000 && *end == '\0';
+  return std::chrono::milliseconds(usable ? limit_ms : kDefaultLimitMs);
+}
+
+std::chrono::nanoseconds TimeLeft(Deadline deadline) {
+  return std::max<std::chrono::nanoseconds>(deadline - steady_clock::now(), {});
+}
+
+/// False when the deadline passes first. A broken connection counts as ready: the next call on the
+/// socket tells.
+bool WaitUntilReady(int fd, short events, Deadline deadline) {
+  pollfd waited{fd, events, 0};
+  for (;;) {
+    const auto left = TimeLeft(deadline);
+    const timespec timeout{std::chrono::duration_cast<std::chrono::seconds>(left).count(),
+                           left.count() % 1000000000};
+    const int ready = left.count() > 0 ? ::ppoll(&waited, 1, &timeout, nullptr) : 0;
+    if (ready >= 0 || errno != EINTR) return ready > 0;
+  }
+}
+
+/// Returns -1 when no trusted server accepts before the deadline.
+int Connect(Deadline deadline) {
+  sockaddr_un address;
+  if (!ToAddress(DefaultSocketPath(), address)) return -1;
+  const int fd = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+  if (fd < 0) return -1;
+  int result;
+  do {  // a server that hangs leaves its backlog full, where connect blocks for the send timeout
+    const auto left = std::chrono::duration_cast<std::chrono::microseconds>(TimeLeft(deadline));
+    const timeval timeout{left.count() / 1000000, left.count() % 1000000};
+    const bool limited = left.count() > 0 &&
+                         ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout) == 0;
+    result = limited ? ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) : -1;
+    if (!limited) errno = ETIMEDOUT;
+  } while (result != 0 && errno == EINTR);
+  if (result == 0 && IsTrustedPeer(fd)) return fd;
+  ::close(fd);
+  return -1;
+}
+
+/// Keeps a new thread from receiving the signals of the program that it serves.
+class AllSignalsBlocked {
+ public:
+  AllSignalsBlocked() {
+    sigset_t all;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &before_);
+  }
+  ~AllSignalsBlocked() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+
+ private:
+  sigset_t before_;
+};
+
+}  // namespace
+
+Session::Session()
+    : limit_(LimitFromEnvironment()),
+      opening_deadline_(steady_clock::now() + limit_),
+      requests_(Connect(opening_deadline_)),
+      indications_(requests_.fd() < 0 ? -1 : Connect(opening_deadline_)) {
+  if (indications_.fd() < 0) return;
+  const uint32_t handle = Open(requests_, 0);
+  if (handle != 0 && Open(indications_, handle) == handle) handle_ = handle;
+}
+
+Session::~Session() {
+  stopping_ = true;
+  if (thread_.joinable()) {
+    ::shutdown(indications_.fd(), SHUT_RDWR);
+    thread_.join();
+  }
+}
+
+void Session::Deliver(Callback callback) {
+  const AllSignalsBlocked blocked;
+  thread_ = std::thread(&Session::ReceiveIndications, this, callback);
+}
+
+uint32_t Session::Open(const Socket& socket, uint32_t handle) {
+  uint32_t opened;
+  const qmi_error_type_v01 error = Exchange(socket, message::OpenSession::kId, &handle,
+                                            sizeof handle, UnpackInto<uint32_t>, &opened);
+  return error == QMI_ERR_NONE_V01 ? opened : 0;
+}
+
+qmi_error_type_v01 Session::Exchange(const Socket& socket, uint32_t id, const void* request,
+                                     size_t length, Unpacker unpack, void* reply) {
+  // Opening takes part of the time limit of whoever constructs the client.
+  const Deadline deadline = handle_ == 0 ? opening_deadline_ : steady_clock::now() + limit_;
+  std::unique_lock<std::mutex> lock(mutex_);
+  if (!idle_.wait_until(lock, deadline, [this] { return !busy_; }) || lost_)
+    return QMI_ERR_INTERNAL_V01;
+  busy_ = true;
+  lock.unlock();
+
+  const Header header{id, ++transaction_, 0, static_cast<uint32_t>(length)};
+  qmi_error_type_v01 error = QMI_ERR_INTERNAL_V01;
+  size_t reply_length;
+  if (Send(socket.fd(), header, request, deadline) &&
+      Receive(socket.fd(), header, deadline, reply_length)) {
+    Header answered;
+    std::memcpy(&answered, reply_, sizeof answered);
+    if (answered.error != 0) {
+      error = static_cast<qmi_error_type_v01>(answered.error);
+    } else if (unpack(reply_ + sizeof answered, reply_length, reply)) {
+      error = QMI_ERR_NONE_V01;
+    }
+  }
+
+  lock.lock();
+  busy_ = false;
+  idle_.notify_one();
+  return error;
+}
+
+bool Session::Send(int fd, const Header& header, const void* record, Deadline deadline) {
+  iovec parts[] = {{const_cast<Header*>(&header), sizeof header},
+                   {const_cast<void*>(record), header.length}};
+  msghdr datagram{};
+  datagram.msg_iov = parts;
+  datagram.msg_iovlen = 2;
+  while (WaitUntilReady(fd, POLLOUT, deadline)) {
+    if (::sendmsg(fd, &datagram, MSG_NOSIGNAL | MSG_DONTWAIT) >= 0) return true;
+    if (errno != EAGAIN && errno != EINTR) {
+      lost_ = true;
+      return false;
+    }
+  }
+  return false;
+}
+
+bool Session::Receive(int fd, const Header& expected, Deadline deadline, size_t& length) {
+  while (WaitUntilReady(fd, POLLIN, deadline)) {
+    const ssize_t received = ::recv(fd, reply_, sizeof reply_, MSG_DONTWAIT | MSG_TRUNC);
+    if (received < 0 && (errno == EAGAIN || errno == EINTR)) continue;
+    if (received <= 0) {
+      lost_ = true;
+      return false;
+    }
+    const auto size = static_cast<size_t>(received);
+    Header header;
+    if (size < sizeof header || size > sizeof reply_) return false;
+    std::memcpy(&header, reply_, sizeof header);
+    length = size - sizeof header;
+    if (header.transaction == expected.transaction)
+      return header.id == expected.id && header.length == length;
+    // A reply to an earlier request, whose caller has given up.
+  }
+  return false;
+}
+
+void Session::ReceiveIndications(Callback callback) {
+  unsigned char bytes[kMaxIndicationBytes];
+  while (!stopping_) {
+    const ssize_t received = ::recv(indications_.fd(), bytes, sizeof bytes, MSG_TRUNC);
+    if (received < 0 && errno == EINTR) continue;
+    if (received <= 0) return;
+    const auto size = static_cast<size_t>(received);
+    Header header;
+    if (size < sizeof header || size > sizeof bytes || stopping_) continue;
+    std::memcpy(&header, bytes, sizeof header);
+    if (header.length != size - sizeof header) continue;
+    callback(reinterpret_cast<qmi_client_struct*>(this), header.id, bytes + sizeof header,
+             header.length, nullptr);
+  }
+}
+
+}  // namespace sim

@@ -1,0 +1,40 @@
+/// Where client and server meet, and whom they trust there.
+#pragma once
+
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
+
+namespace sim {
+
+/// The server's socket when nothing else is said.
+inline std::string DefaultSocketPath() {
+  const char* const path = std::getenv("QCMAP_SOCKET");
+  if (path != nullptr && *path != '\0') return path;
+  const char* const runtime = std::getenv("XDG_RUNTIME_DIR");
+  if (runtime != nullptr && *runtime != '\0') return std::string(runtime) + "/qcmap/server";
+  return "/tmp/qcmap-" + std::to_string(::geteuid()) + "/server";
+}
+
+/// False when `path` is empty or does not fit.
+inline bool ToAddress(const std::string& path, sockaddr_un& address) {
+  address = {};
+  address.sun_family = AF_UNIX;
+  if (path.empty() || path.size() >= sizeof address.sun_path) return false;
+  std::memcpy(address.sun_path, path.data(), path.size());
+  return true;
+}
+
+/// Whether the process at the other end belongs to this user or to root.
+inline bool IsTrustedPeer(int socket) {
+  ucred peer{};
+  socklen_t size = sizeof peer;
+  return ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 &&
+         (peer.uid == ::geteuid() || peer.uid == 0);
+}
+
+}  // namespace sim

@@ -1,0 +1,14 @@
+/// The event dictionary's one member that is called out of line.
+#include "mox/util/event_dic.h"
+
+#include <utility>
+
+namespace mox {
+namespace util {
+
+__attribute__((visibility("default"))) bool EventDic::AddParam(Param param, std::string value) {
+  return params_.emplace(param, std::move(value)).second;
+}
+
+}  // namespace util
+}  // namespace mox

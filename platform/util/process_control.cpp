@@ -1,0 +1,50 @@
+/// Finds processes by name in the process table.
+#include "mox/util/process_control.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cctype>
+#include <climits>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+
+namespace mox {
+namespace util {
+namespace {
+
+/// argv[0] of a process. Empty when it has none (a zombie, a kernel thread) or has just ended.
+std::string ProgramPath(const std::string& pid) {
+  char text[PATH_MAX];
+  const int fd = ::open(("/proc/" + pid + "/cmdline").c_str(), O_RDONLY | O_CLOEXEC);
+  if (fd < 0) return {};
+  const ssize_t length = ::read(fd, text, sizeof text);
+  ::close(fd);
+  return length > 0 ? std::string(text, ::strnlen(text, static_cast<size_t>(length)))
+                    : std::string();
+}
+
+bool IsNumber(const std::string& text) {
+  return std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c); });
+}
+
+}  // namespace
+
+// The command line tells the whole name, where /proc/PID/comm keeps only 15 characters of it.
+int ProcessControl::GetPidByProcessName(std::string name, int /*limit*/) {
+  const std::unique_ptr<DIR, int (*)(DIR*)> processes(::opendir("/proc"), ::closedir);
+  if (!processes || name.empty()) return -1;
+  while (const dirent* entry = ::readdir(processes.get())) {
+    const std::string pid = entry->d_name;
+    if (!IsNumber(pid)) continue;
+    const std::string path = ProgramPath(pid);
+    if (path.substr(path.rfind('/') + 1) == name) return std::atoi(pid.c_str());
+  }
+  return -1;
+}
+
+}  // namespace util
+}  // namespace mox
