@@ -126,9 +126,11 @@ void QcmapWrapper::EvtCb(qmi_client_type client, uint32_t message_id, void* byte
       SYSLOG(LOG_DEBUG,
              "Mobile AP Station mode Association Failed. Going back to AP+STA Router Mode\n");
     } else if (record.status == 4) {
-      SYSLOG(
-          LOG_DEBUG,
-          "Mobile AP Station mode IP Assignment via DHCP Failed. Will switch to Static IP if available\n");
+      // The text stays on the line after the call, where readers of the log look for it.
+      // clang-format off
+      SYSLOG(LOG_DEBUG,
+             "Mobile AP Station mode IP Assignment via DHCP Failed. Will switch to Static IP if available\n");
+      // clang-format on
     }
     return;
   }

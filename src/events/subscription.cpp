@@ -14,7 +14,8 @@ namespace qcmap {
 
 namespace {
 
-thread_local bool runs_on_this_thread = false;
+// Of the initial-exec model, so that reading it calls into no other library and allocates nothing.
+[[gnu::tls_model("initial-exec")]] thread_local bool runs_on_this_thread = false;
 
 }  // namespace
 
