@@ -1,0 +1,245 @@
+/// mvq-qcmap-sim: runs a program against a simulated server of its own.
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/prctl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// Statuses of the launcher itself, as env and timeout have them.
+constexpr int kExitFailed = 125;
+constexpr int kExitNotExecutable = 126;
+constexpr int kExitNotFound = 127;
+
+constexpr char kServerName[] = "QCMAP_ConnectionManager";
+constexpr char kHelp[] =
+    "Runs a program against a simulated server of its own.\n"
+    "Usage: mvq-qcmap-sim [SERVER OPTIONS] -- PROGRAM [ARGUMENTS]\n"
+    "\n"
+    "The server gets a private socket, which the program finds in QCMAP_SOCKET; both end together.\n"
+    "Server options: see 'QCMAP_ConnectionManager --help'. With --console the server reads the\n"
+    "standard input, and the program has none.\n"
+    "\n"
+    "The exit status is the program's. When a signal ends the program, the same ends mvq-qcmap-sim,\n"
+    "which a shell shows as 128 + its number.\n"
+    "  125  the server could not be started, or the command line is wrong\n"
+    "  126  the program could not be run\n"
+    "  127  the program was not found\n";
+
+[[noreturn]] void Fail(const std::string& message) {
+  throw std::runtime_error(message);
+}
+
+/// The program's own folder first, then the build tree, then PATH.
+std::string FindServer() {
+  std::error_code error;
+  const fs::path here = fs::read_symlink("/proc/self/exe", error).parent_path();
+  for (const fs::path& place : {here / kServerName, here / MVQ_QCMAP_SERVER_IN_BUILD}) {
+    if (access(place.c_str(), X_OK) == 0) return place;
+  }
+  return kServerName;
+}
+
+/// A folder that is gone, with all in it, when this object is.
+class PrivateFolder {
+ public:
+  PrivateFolder() {
+    const char* parent = std::getenv("TMPDIR");
+    path_ =
+        std::string(parent != nullptr && *parent != '\0' ? parent : "/tmp") + "/qcmap-sim-XXXXXX";
+    if (mkdtemp(path_.data()) == nullptr) Fail(path_ + ": " + std::strerror(errno));
+  }
+  ~PrivateFolder() {
+    std::error_code ignored;
+    fs::remove_all(path_, ignored);
+  }
+  PrivateFolder(const PrivateFolder&) = delete;
+  PrivateFolder& operator=(const PrivateFolder&) = delete;
+
+  std::string Socket() const { return path_ + "/server"; }
+
+ private:
+  std::string path_;
+};
+
+std::vector<char*> ToArguments(const std::vector<std::string>& words) {
+  std::vector<char*> arguments;
+  for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
+  arguments.push_back(nullptr);
+  return arguments;
+}
+
+void UseNoInput() {
+  const int none = open("/dev/null", O_RDONLY | O_CLOEXEC);
+  if (none >= 0) dup2(none, STDIN_FILENO);
+}
+
+/// The server's process; ended, at the latest, with this object.
+class Server {
+ public:
+  Server(std::vector<std::string> options, const std::string& socket, bool reads_input) {
+    const std::string path = FindServer();
+    options.insert(options.begin(), path);
+    options.insert(options.end(), {"--socket", socket});
+    std::vector<char*> arguments = ToArguments(options);
+    int ends[2];
+    if (pipe2(ends, O_CLOEXEC) != 0) Fail(std::string("pipe: ") + std::strerror(errno));
+    const pid_t parent = getpid();
+    pid_ = fork();
+    if (pid_ < 0) Fail(std::string("fork: ") + std::strerror(errno));
+    if (pid_ == 0) {
+      // Ends with its parent, however that ends; an interrupt from the terminal is not for it.
+      prctl(PR_SET_PDEATHSIG, SIGTERM);
+      if (getppid() != parent) _exit(kExitFailed);
+      if (!reads_input) setpgid(0, 0);
+      sigset_t none;
+      sigemptyset(&none);
+      sigprocmask(SIG_SETMASK, &none, nullptr);
+      if (!reads_input) UseNoInput();
+      dup2(ends[1], STDOUT_FILENO);
+      execvp(path.c_str(), arguments.data());
+      std::fprintf(stderr, "mvq-qcmap-sim: %s: %s\n", path.c_str(), std::strerror(errno));
+      _exit(kExitFailed);
+    }
+    close(ends[1]);
+    output_ = ends[0];
+    AwaitListening();
+    drain_ = std::thread([this] { PassOutputOn(); });
+  }
+  ~Server() {
+    kill(pid_, SIGTERM);
+    kill(pid_, SIGCONT);
+    int status = 0;
+    waitpid(pid_, &status, 0);
+    drain_.join();
+    close(output_);
+  }
+  Server(const Server&) = delete;
+  Server& operator=(const Server&) = delete;
+
+ private:
+  /// The server says so on a line of its own.
+  void AwaitListening() {
+    std::string line;
+    char c = 0;
+    while (line.rfind("listening on ", 0) != 0 || c != '\n') {
+      if (c == '\n') line.clear();
+      if (read(output_, &c, 1) != 1) {
+        int status = 0;
+        waitpid(pid_, &status, 0);
+        close(output_);
+        Fail("the server did not start");
+      }
+      line += c;
+    }
+  }
+
+  /// What the server says later, as its console does, must not mix with the program's output.
+  void PassOutputOn() const {
+    char buffer[4096];
+    for (ssize_t got; (got = read(output_, buffer, sizeof buffer)) > 0;) {
+      if (write(STDERR_FILENO, buffer, static_cast<size_t>(got)) < 0) return;
+    }
+  }
+
+  pid_t pid_;
+  int output_;
+  std::thread drain_;
+};
+
+[[noreturn]] void RunProgram(const std::vector<std::string>& program, const sigset_t& mask,
+                             bool no_input) {
+  sigprocmask(SIG_SETMASK, &mask, nullptr);
+  if (no_input) UseNoInput();
+  std::vector<char*> arguments = ToArguments(program);
+  execvp(arguments[0], arguments.data());
+  std::fprintf(stderr, "mvq-qcmap-sim: %s: %s\n", arguments[0], std::strerror(errno));
+  _exit(errno == ENOENT ? kExitNotFound : kExitNotExecutable);
+}
+
+/// Waits for the program, and passes on to it the signals that would end this process.
+int AwaitProgram(pid_t program, const sigset_t& signals) {
+  for (;;) {
+    siginfo_t info;
+    const int signal = sigwaitinfo(&signals, &info);
+    if (signal == SIGCHLD) {
+      int status = 0;
+      if (waitpid(program, &status, WNOHANG) == program) return status;
+    } else if (signal > 0 && info.si_code != SI_KERNEL) {
+      // What the terminal sends has reached the program already.
+      kill(program, signal);
+    }
+  }
+}
+
+int Simulate(const std::vector<std::string>& options, const std::vector<std::string>& program) {
+  sigset_t signals;
+  sigset_t mask;
+  sigemptyset(&signals);
+  for (const int signal : {SIGCHLD, SIGHUP, SIGINT, SIGQUIT, SIGTERM}) sigaddset(&signals, signal);
+  sigprocmask(SIG_BLOCK, &signals, &mask);
+
+  const bool console = std::find(options.begin(), options.end(), "--console") != options.end();
+  const PrivateFolder folder;
+  const Server server(options, folder.Socket(), console);
+  setenv("QCMAP_SOCKET", folder.Socket().c_str(), 1);
+  const pid_t child = fork();
+  if (child < 0) Fail(std::string("fork: ") + std::strerror(errno));
+  if (child == 0) RunProgram(program, mask, console);
+  return AwaitProgram(child, signals);
+}
+
+/// Ends as the program did.
+int Repeat(int status) {
+  if (WIFEXITED(status)) return WEXITSTATUS(status);
+  const int signal = WTERMSIG(status);
+  const rlimit no_core{0, 0};
+  setrlimit(RLIMIT_CORE, &no_core);
+  ::signal(signal, SIG_DFL);
+  raise(signal);
+  sigset_t only;
+  sigemptyset(&only);
+  sigaddset(&only, signal);
+  sigprocmask(SIG_UNBLOCK, &only, nullptr);
+  return 128 + signal;
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  const std::vector<std::string> words(argv + 1, argv + argc);
+  const auto separator = std::find(words.begin(), words.end(), "--");
+  if (std::find_if(words.begin(), separator, [](const std::string& word) {
+        return word == "-h" || word == "--help";
+      }) != separator) {
+    std::fputs(kHelp, stdout);
+    return 0;
+  }
+  if (separator == words.end() || separator + 1 == words.end()) {
+    std::fputs("mvq-qcmap-sim: no program is given\nhint: mvq-qcmap-sim -- PROGRAM ARGUMENTS\n",
+               stderr);
+    return kExitFailed;
+  }
+  try {
+    return Repeat(Simulate({words.begin(), separator}, {separator + 1, words.end()}));
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "mvq-qcmap-sim: %s\n", error.what());
+    return kExitFailed;
+  }
+}

@@ -1,0 +1,54 @@
+/// address: the addresses of a profile's call.
+#include "commands.h"
+
+namespace qcmapctl {
+namespace {
+
+struct AddressArguments {
+  std::optional<uint32_t> index;
+  Families families;
+};
+
+void Show(Context& context, const AddressArguments& arguments) {
+  Report report{"", Json::array()};
+  Table table({"PROFILE", "FAMILY", "ADDRESS-1", "ADDRESS-2", "ADDRESS-3"});
+  for (const Profile& profile : ChosenProfiles(context.session, arguments.index)) {
+    Json json;
+    json["index"] = profile.index;
+    for (const IPFamily family : arguments.families.Chosen()) {
+      const std::vector<std::string> addresses =
+          ReadAddresses(context.session, profile.index, family);
+      json[WordOf(family)] = addresses.empty() ? Json(nullptr) : Json(addresses);
+      std::vector<std::string> row = {std::to_string(profile.index), WordOf(family)};
+      row.insert(row.end(), addresses.begin(), addresses.end());
+      if (addresses.empty()) row.push_back("none");
+      table.AddRow(row);
+    }
+    report.json.push_back(json);
+  }
+  report.text = table.Render();
+  report.json = OneOrAll(std::move(report.json), arguments.index);
+  Finish(context, report);
+}
+
+}  // namespace
+
+std::vector<std::string> ReadAddresses(Session& session, uint32_t index, IPFamily family) {
+  mox::wwan::DataManager::NetworkConfig config;
+  const mox::Result result = session.Wrapper().GetNetworkConfig(index, family, config);
+  if (result == mox::Result::NO_NETWORK) return {};
+  session.Require(result == mox::Result::SUCCESS, Failure::REFUSED,
+                  ProfileName(index) + ": " + WordOf(family));
+  return {config.address_1, config.address_2, config.address_3};
+}
+
+void AddAddress(CommandLine& line) {
+  const auto arguments = std::make_shared<AddressArguments>();
+  CLI::App* address = line.AddObject("address", "Addresses of a profile's call");
+  CLI::App* show = line.AddVerb(address, "show", "Show the addresses of a profile, or of all",
+                                [arguments](Context& context) { Show(context, *arguments); });
+  AddIndex(show, arguments->index);
+  AddFamilies(show, arguments->families);
+}
+
+}  // namespace qcmapctl

@@ -1,0 +1,247 @@
+/// call: a profile's backhaul call, one family at a time.
+#include "commands.h"
+#include "event_feed.h"
+
+namespace qcmapctl {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using mox::Result;
+
+// How often a wait looks whether the server is still there.
+constexpr std::chrono::seconds kCheckEvery{1};
+
+/// What bringing up and taking down differ in.
+struct Direction {
+  const char* word;
+  ConnectStatus target;
+  ConnectStatus moving;
+  Result (QcmapWrapper::*request)(uint32_t, IPFamily);
+  uint32_t done_event;
+  uint32_t failed_event;
+  Failure refused;
+  Failure failed;
+};
+
+constexpr Direction kUp = {"up",
+                           ConnectStatus::CONNECTED,
+                           ConnectStatus::CONNECTING,
+                           &QcmapWrapper::ConnectBackhaul,
+                           mox::vendor::qcom::qcmap::BRING_UP_CONNECTED,
+                           mox::vendor::qcom::qcmap::BRING_UP_CONNECTION_FAILED,
+                           Failure::BRING_UP_REFUSED,
+                           Failure::BRING_UP_FAILED};
+constexpr Direction kDown = {"down",
+                             ConnectStatus::DISCONNECTED,
+                             ConnectStatus::DISCONNECTING,
+                             &QcmapWrapper::DisconnectBackhaul,
+                             mox::vendor::qcom::qcmap::TEAR_DOWN_DISCONNECTED,
+                             mox::vendor::qcom::qcmap::TEAR_DOWN_DISCONNECTION_FAILED,
+                             Failure::TEAR_DOWN_REFUSED,
+                             Failure::TEAR_DOWN_FAILED};
+
+/// One family on its way.
+struct Leg {
+  IPFamily family;
+  /// Empty while under way.
+  std::optional<std::string> result;
+  /// Why it did not get there.
+  std::optional<Failure> failure;
+  bool seen_moving = false;
+  bool outcome_told = false;
+};
+
+/// Brings a profile's call into another state.
+class CallChange {
+ public:
+  CallChange(Session& session, const Direction& direction, uint32_t index)
+      : session_(session),
+        direction_(direction),
+        profile_{index, session.Policy(index)},
+        feed_(session.Wrapper()) {}
+
+  void Request(IPFamily family) {
+    Leg leg{family, {}, {}};
+    const std::string already = std::string("already ") + direction_.word;
+    const ConnectStatus before = StateOf(family);
+    if (before == direction_.target) {
+      leg.result = already;
+    } else {
+      const Result result = (session_.Wrapper().*direction_.request)(profile_.index, family);
+      if (result != Result::SUCCESS) Explain(leg, result, already);
+    }
+    legs_.push_back(leg);
+  }
+
+  void Wait(std::chrono::milliseconds limit) {
+    const auto deadline = Clock::now() + limit;
+    while (UnderWay() && Clock::now() < deadline) {
+      for (const Event& event : feed_.Take(std::min(deadline, Clock::now() + kCheckEvery))) {
+        Note(event);
+      }
+      const CallState state = ReadCallState(session_, profile_.index);
+      for (Leg& leg : legs_) Judge(leg, state.Of(leg.family));
+    }
+    for (Leg& leg : legs_) {
+      if (leg.result || leg.failure) continue;
+      if (limit.count() == 0) {
+        leg.result = "requested";
+      } else {
+        leg.failure = Failure::TIME_LIMIT;
+      }
+    }
+  }
+
+  /// Throws when a family is not where it was to be brought.
+  Report Conclude() const {
+    Report report;
+    report.text = ProfileName(profile_.index) + ":";
+    report.json["index"] = profile_.index;
+    report.json["handle"] = profile_.policy.profile_handle;
+    for (const Leg& leg : legs_) {
+      if (leg.failure) Fail();
+      const char* separator = &leg == &legs_.front() ? " " : ", ";
+      report.text += separator + std::string(WordOf(leg.family)) + " " + *leg.result;
+      report.json[WordOf(leg.family)] = *leg.result;
+    }
+    report.text += "\n";
+    return report;
+  }
+
+ private:
+  ConnectStatus StateOf(IPFamily family) {
+    return ReadCallState(session_, profile_.index).Of(family);
+  }
+
+  bool UnderWay() const {
+    for (const Leg& leg : legs_) {
+      if (!leg.result && !leg.failure) return true;
+    }
+    return false;
+  }
+
+  /// Another program may have been quicker; then there is nothing to complain about.
+  void Explain(Leg& leg, Result result, const std::string& already) {
+    const ConnectStatus state = StateOf(leg.family);
+    // Nothing to take down is also what is left after a failed attempt.
+    const bool nothing_there =
+        result == Result::INCOMPATIBLE_STATE && state == ConnectStatus::UNKNOWN;
+    if (state == direction_.target || nothing_there) {
+      leg.result = already;
+    } else if (state == direction_.moving) {
+      leg.seen_moving = true;
+    } else {
+      session_.RequireServer();
+      leg.failure = direction_.refused;
+    }
+  }
+
+  void Note(const Event& event) {
+    if (event.profile_handle && *event.profile_handle != profile_.policy.profile_handle) return;
+    if (event.code != direction_.done_event && event.code != direction_.failed_event) return;
+    for (Leg& leg : legs_) leg.outcome_told |= leg.family == event.family;
+  }
+
+  void Judge(Leg& leg, ConnectStatus state) const {
+    if (leg.result || leg.failure) return;
+    if (state == direction_.target) {
+      leg.result = direction_.word;
+    } else if (state == direction_.moving) {
+      leg.seen_moving = true;
+    } else if (leg.seen_moving || leg.outcome_told) {
+      leg.failure = direction_.failed;
+    }
+  }
+
+  [[noreturn]] void Fail() const {
+    std::optional<Failure> worst;
+    bool any_done = false;
+    std::string text = ProfileName(profile_.index);
+    for (const Leg& leg : legs_) {
+      text += (&leg == &legs_.front() ? ": " : ", ") + std::string(WordOf(leg.family)) + " ";
+      text += leg.failure
+                  ? "not " + std::string(direction_.word) + " (" + MessageOf(*leg.failure) + ")"
+                  : *leg.result;
+      any_done = any_done || !leg.failure;
+      if (leg.failure && (!worst || *leg.failure == Failure::TIME_LIMIT)) worst = leg.failure;
+    }
+    if (any_done) throw CommandFailed(Failure::PARTLY_DONE, text);
+    if (legs_.size() == 1) text = ProfileName(profile_.index) + ": " + WordOf(legs_[0].family);
+    throw CommandFailed(*worst, text);
+  }
+
+  Session& session_;
+  const Direction& direction_;
+  Profile profile_;
+  EventFeed feed_;
+  std::vector<Leg> legs_;
+};
+
+struct CallArguments {
+  std::optional<uint32_t> index;
+  Families families;
+};
+
+void Change(Context& context, const CallArguments& arguments, const Direction& direction) {
+  CallChange change(context.session, direction, *arguments.index);
+  for (const IPFamily family : arguments.families.Chosen()) change.Request(family);
+  change.Wait(context.options.wait);
+  Finish(context, change.Conclude());
+}
+
+void Show(Context& context, const std::optional<uint32_t>& index) {
+  Report report{"", Json::array()};
+  Table table({"PROFILE", "HANDLE", "IPV4", "IPV6"});
+  for (const Profile& profile : ChosenProfiles(context.session, index)) {
+    const CallState state = ReadCallState(context.session, profile.index);
+    const bool half_up = IsHalfUp(profile, state);
+    Json json;
+    json["index"] = profile.index;
+    json["handle"] = profile.policy.profile_handle;
+    json["ipv4"] = WordOf(state.ipv4);
+    json["ipv6"] = WordOf(state.ipv6);
+    json["half_up"] = half_up;
+    report.json.push_back(json);
+    table.AddRow({std::to_string(profile.index), std::to_string(profile.policy.profile_handle),
+                  WordOf(state.ipv4), WordOf(state.ipv6), half_up ? "HALF UP" : ""});
+  }
+  report.text = table.Render();
+  report.json = OneOrAll(std::move(report.json), index);
+  Finish(context, report);
+}
+
+}  // namespace
+
+CallState ReadCallState(Session& session, uint32_t index) {
+  CallState state;
+  session.Require(session.Wrapper().GetWwanConnectStatus(index, state.ipv4, state.ipv6),
+                  Failure::REFUSED, ProfileName(index));
+  return state;
+}
+
+bool IsHalfUp(const Profile& profile, const CallState& state) {
+  const bool ipv4_up = state.ipv4 == ConnectStatus::CONNECTED;
+  const bool ipv6_up = state.ipv6 == ConnectStatus::CONNECTED;
+  if (ipv4_up == ipv6_up) return false;
+  return profile.policy.ip_family != (ipv4_up ? IPFamily::IPV4 : IPFamily::IPV6);
+}
+
+void AddCall(CommandLine& line) {
+  const auto arguments = std::make_shared<CallArguments>();
+  CLI::App* call = line.AddObject("call", "A profile's data call");
+  CLI::App* show =
+      line.AddVerb(call, "show", "Show the state of both families, of a profile or of all",
+                   [arguments](Context& context) { Show(context, arguments->index); });
+  AddIndex(show, arguments->index);
+  for (const Direction* direction : {&kUp, &kDown}) {
+    CLI::App* verb = line.AddVerb(
+        call, direction->word,
+        direction == &kUp ? "Bring the call up, both families unless -4 or -6 is given"
+                          : "Take the call down, both families unless -4 or -6 is given",
+        [arguments, direction](Context& context) { Change(context, *arguments, *direction); });
+    AddIndex(verb, arguments->index)->required();
+    AddFamilies(verb, arguments->families);
+  }
+}
+
+}  // namespace qcmapctl

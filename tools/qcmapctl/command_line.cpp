@@ -1,0 +1,250 @@
+/// The command line: objects, verbs, ids and options.
+#include "command_line.h"
+
+#include <algorithm>
+#include <cctype>
+
+#include "failure.h"
+#include "nearest_word.h"
+
+namespace qcmapctl {
+namespace {
+
+constexpr char kGlobalOptions[] =
+    "Options of every command (-J, -w, -q, -v): see 'qcmapctl --help'.";
+
+bool IsNumber(const std::string& word) {
+  return !word.empty() && std::all_of(word.begin(), word.end(),
+                                      [](unsigned char c) { return std::isdigit(c) != 0; });
+}
+
+/// The value of a decimal number up to `highest`; empty for anything else.
+std::optional<uint32_t> ToNumber(const std::string& word, uint32_t highest) {
+  if (!IsNumber(word) || word.size() > 9) return std::nullopt;
+  const auto number = static_cast<uint32_t>(std::stoul(word));
+  return number <= highest ? std::optional<uint32_t>(number) : std::nullopt;
+}
+
+std::shared_ptr<CLI::Formatter> MakeFormatter(const std::string& words) {
+  auto formatter = std::make_shared<CLI::Formatter>();
+  formatter->column_width(26);
+  formatter->label("SUBCOMMAND", words);
+  formatter->label("REQUIRED", "");
+  return formatter;
+}
+
+/// The command's words and options, own and inherited, that `word` may have been meant to be.
+std::vector<std::string> CandidatesFor(const std::string& word, const CLI::App* command) {
+  std::vector<std::string> candidates;
+  if (word[0] != '-') {
+    for (const CLI::App* next : command->get_subcommands({})) {
+      candidates.push_back(next->get_name());
+    }
+    return candidates;
+  }
+  for (; command != nullptr; command = command->get_parent()) {
+    for (const CLI::Option* option : command->get_options()) {
+      for (const std::string& name : option->get_lnames()) candidates.push_back("--" + name);
+    }
+  }
+  return candidates;
+}
+
+std::string PathOf(const CLI::App* command) {
+  std::string path;
+  for (; command->get_parent() != nullptr; command = command->get_parent()) {
+    path = command->get_name() + (path.empty() ? "" : " ") + path;
+  }
+  return path;
+}
+
+}  // namespace
+
+CommandLine::CommandLine()
+    : app_(
+          "Drives the modem's Mobile AP: policies, calls, LAN, VLANs, passthrough.\n"
+          "Without OBJECT: the present state of everything, on one screen.",
+          "qcmapctl") {
+  app_.set_help_flag("-h,--help", "Show help; works after each word");
+  app_.set_version_flag("-V,--version", "qcmapctl " MVQ_QCMAP_VERSION, "Show the version");
+  app_.add_flag("-J,--json", options_.json, "Print JSON");
+  AddSeconds(
+      &app_, "-w,--wait", [this](std::chrono::milliseconds wait) { options_.wait = wait; },
+      "How long call up, call down and wait wait: 30 by default, 0 not at all");
+  app_.add_flag("-q,--quiet", options_.quiet, "Print no result; the exit code tells");
+  app_.add_flag("-v,--verbose", options_.verbose, "Show the library's log on stderr");
+  app_.require_subcommand(0, 1);
+  app_.formatter(MakeFormatter("OBJECT [VERB] [ID]"));
+  app_.footer(DescribeExitCodes() +
+              "\nA bare object means show or list. More: qcmapctl OBJECT --help, man qcmapctl.");
+}
+
+CLI::App* CommandLine::AddObject(const std::string& name, const std::string& description) {
+  CLI::App* object = app_.add_subcommand(name, description);
+  object->group("Objects");
+  object->fallthrough();
+  object->require_subcommand(0, 1);
+  object->formatter(MakeFormatter("VERB"));
+  object->footer(kGlobalOptions);
+  return object;
+}
+
+CLI::App* CommandLine::AddObject(const std::string& name, const std::string& description,
+                                 Handler handler) {
+  CLI::App* object = AddObject(name, description);
+  handlers_[object] = std::move(handler);
+  return object;
+}
+
+CLI::App* CommandLine::AddVerb(CLI::App* object, const std::string& name,
+                               const std::string& description, Handler handler) {
+  const bool first = object->get_subcommands({}).empty();
+  CLI::App* verb = object->add_subcommand(name, description + (first ? " (the default)" : ""));
+  verb->group("Verbs");
+  verb->fallthrough();
+  handlers_[verb] = std::move(handler);
+  return verb;
+}
+
+std::vector<std::string> CommandLine::WithDefaultVerb(std::vector<std::string> arguments) const {
+  std::vector<size_t> words;
+  for (size_t i = 0; i < arguments.size(); ++i) {
+    const std::string& argument = arguments[i];
+    if (argument == "-h" || argument == "--help") return arguments;
+    if (argument.size() < 2 || argument[0] != '-') {
+      words.push_back(i);
+    } else if (argument == "--wait" || (argument[1] != '-' && argument.back() == 'w')) {
+      ++i;
+    }
+  }
+  const bool verb_given = words.size() > 1 && !IsNumber(arguments[words[1]]);
+  const CLI::App* object = nullptr;
+  for (const CLI::App* known : app_.get_subcommands({})) {
+    if (!words.empty() && known->get_name() == arguments[words[0]]) object = known;
+  }
+  if (object == nullptr || verb_given) return arguments;
+
+  const std::vector<const CLI::App*> verbs = object->get_subcommands({});
+  if (!verbs.empty()) {
+    arguments.insert(arguments.begin() + static_cast<std::ptrdiff_t>(words[0]) + 1,
+                     verbs[0]->get_name());
+  }
+  return arguments;
+}
+
+const CLI::App* CommandLine::Innermost() const {
+  const CLI::App* command = &app_;
+  while (!command->get_subcommands().empty()) command = command->get_subcommands()[0];
+  return command;
+}
+
+std::string CommandLine::Operation() const {
+  return PathOf(Innermost());
+}
+
+CommandLine::Command CommandLine::Parse(const std::vector<std::string>& arguments) {
+  Command command;
+  std::vector<std::string> reversed = WithDefaultVerb(arguments);
+  std::reverse(reversed.begin(), reversed.end());
+  try {
+    app_.parse(reversed);
+  } catch (const CLI::CallForHelp&) {
+    command.text = app_.help();
+    return command;
+  } catch (const CLI::CallForVersion&) {
+    command.text = app_.version() + "\n";
+    return command;
+  } catch (const CLI::ParseError& error) {
+    FailUsage(error);
+  }
+  const CLI::App* innermost = Innermost();
+  command.operation = PathOf(innermost);
+  command.run = handlers_.at(innermost);
+  command.options = options_;
+  return command;
+}
+
+void CommandLine::FailUsage(const CLI::ParseError& error) const {
+  const CLI::App* command = Innermost();
+  const std::string path = PathOf(command);
+  const std::string help = "'qcmapctl" + (path.empty() ? "" : " " + path) + " --help' shows more";
+  std::vector<std::string> unknown = app_.remaining(true);
+  unknown.erase(std::remove(unknown.begin(), unknown.end(), "--"), unknown.end());
+  if (unknown.empty()) throw CommandFailed(error.what(), help);
+
+  const std::string& word = unknown.front();
+  const std::string message =
+      (word[0] == '-' && word.size() > 1 ? "unknown option '" : "unknown word '") + word + "'";
+  const std::string nearest =
+      NearestWord(word.substr(0, word.find('=')), CandidatesFor(word, command));
+  if (nearest.empty()) throw CommandFailed(message, help);
+  throw CommandFailed(message, "did you mean '" + nearest + "'? " + help);
+}
+
+CLI::Option* AddIndex(CLI::App* command, std::optional<uint32_t>& index,
+                      const std::string& description, const std::string& name) {
+  return command
+      ->add_option_function<std::string>(
+          name, [&index](const std::string& word) { index = ToNumber(word, 999999999); },
+          description)
+      ->option_text(" ")
+      ->check([](const std::string& word) {
+        return ToNumber(word, 999999999) ? "" : "'" + word + "' is no profile index";
+      });
+}
+
+CLI::Option* AddVlanId(CLI::App* command, int32_t& vlan_id) {
+  return command
+      ->add_option_function<std::string>(
+          "VLAN",
+          [&vlan_id](const std::string& word) {
+            vlan_id = static_cast<int32_t>(*ToNumber(word, 4094));
+          },
+          "VLAN id, 2 to 4094")
+      ->option_text(" ")
+      ->required()
+      ->check([](const std::string& word) {
+        const auto number = ToNumber(word, 4094);
+        return number && *number >= 2 ? "" : "'" + word + "' is no VLAN id: 2 to 4094";
+      });
+}
+
+CLI::Option* AddOnOff(CLI::App* command, const std::string& name, std::optional<bool>& value,
+                      const std::string& description) {
+  static const std::map<std::string, bool> words = {{"off", false}, {"on", true}};
+  return AddWord(command, name, value, words, description);
+}
+
+CLI::Option* AddSeconds(CLI::App* command, const std::string& names,
+                        std::function<void(std::chrono::milliseconds)> set,
+                        const std::string& description) {
+  return command
+      ->add_option_function<std::string>(
+          names,
+          [set = std::move(set)](const std::string& word) {
+            set(std::chrono::milliseconds(static_cast<int64_t>(std::stod(word) * 1000)));
+          },
+          description)
+      ->option_text("SECONDS")
+      ->check([](const std::string& word) {
+        const size_t point = word.find('.');
+        const bool sound = ToNumber(word.substr(0, point), 86400) &&
+                           (point == std::string::npos ||
+                            (IsNumber(word.substr(point + 1)) && word.size() - point < 10));
+        return sound ? "" : "'" + word + "' is no time in seconds: 0 to 86400";
+      });
+}
+
+std::vector<IPFamily> Families::Chosen() const {
+  std::vector<IPFamily> chosen;
+  if (ipv4 || !ipv6) chosen.push_back(IPFamily::IPV4);
+  if (ipv6 || !ipv4) chosen.push_back(IPFamily::IPV6);
+  return chosen;
+}
+
+void AddFamilies(CLI::App* command, Families& families) {
+  command->add_flag("-4,--ipv4", families.ipv4, "Only IPv4");
+  command->add_flag("-6,--ipv6", families.ipv6, "Only IPv6");
+}
+
+}  // namespace qcmapctl

@@ -1,0 +1,117 @@
+/// lan: the device's address on the LAN, and its DHCP server.
+#include "commands.h"
+
+namespace qcmapctl {
+namespace {
+
+struct LanConfig {
+  std::string gateway;
+  std::string netmask;
+  bool dhcp = false;
+  std::string start;
+  std::string end;
+  int lease = 0;
+};
+
+struct LanArguments {
+  std::optional<std::string> gateway;
+  std::optional<std::string> netmask;
+  std::optional<bool> dhcp;
+  std::optional<std::string> start;
+  std::optional<std::string> end;
+  std::optional<int> lease;
+};
+
+LanConfig Read(Session& session) {
+  LanConfig lan;
+  session.Require(session.Wrapper().GetLanConfig(lan.gateway, lan.netmask, lan.dhcp, lan.start,
+                                                 lan.end, lan.lease),
+                  Failure::REFUSED);
+  return lan;
+}
+
+Report Describe(const LanConfig& lan) {
+  Report report;
+  Table table;
+  table.AddRow({"gateway", lan.gateway});
+  table.AddRow({"netmask", lan.netmask});
+  table.AddRow({"dhcp", lan.dhcp ? "on" : "off"});
+  table.AddRow({"range", lan.start + " to " + lan.end});
+  table.AddRow({"lease", std::to_string(lan.lease)});
+  report.text = table.Render();
+  report.json["gateway"] = lan.gateway;
+  report.json["netmask"] = lan.netmask;
+  report.json["dhcp"] = lan.dhcp;
+  report.json["start"] = lan.start;
+  report.json["end"] = lan.end;
+  report.json["lease"] = lan.lease;
+  return report;
+}
+
+void Set(Context& context, const LanArguments& arguments) {
+  if (!arguments.gateway && !arguments.netmask && !arguments.dhcp && !arguments.start &&
+      !arguments.lease) {
+    throw CommandFailed("no setting is given", "as in 'lan set --dhcp off'");
+  }
+  Session& session = context.session;
+  const LanConfig present = Read(session);
+  // In another subnet, or after a time without DHCP, the range that was set last means nothing:
+  // without a new one the library derives it.
+  const bool keep_range = !arguments.gateway && !arguments.netmask && present.dhcp;
+  const std::string start = arguments.start.value_or(keep_range ? present.start : "");
+  const std::string end = arguments.end.value_or(keep_range ? present.end : "");
+  session.Require(
+      session.Wrapper().SetLanConfig(
+          arguments.gateway.value_or(present.gateway), arguments.netmask.value_or(present.netmask),
+          arguments.dhcp.value_or(present.dhcp), start, end,
+          static_cast<uint32_t>(arguments.lease.value_or(present.lease))),
+      Failure::LAN_REFUSED);
+  Report report = Describe(Read(session));
+  report.text += "set; takes effect with 'qcmapctl lan activate'\n";
+  Finish(context, report);
+}
+
+void Activate(Context& context) {
+  context.session.Require(context.session.Wrapper().ActivateLan(), Failure::REFUSED);
+  Report report = {"LAN activated\n", {}};
+  report.json["result"] = "activated";
+  Finish(context, report);
+}
+
+CLI::Option* AddIpv4Address(CLI::App* verb, const std::string& name,
+                            std::optional<std::string>& address, const std::string& description) {
+  return verb->add_option(name, address, description)
+      ->option_text("ADDRESS")
+      ->check(CLI::ValidIPV4);
+}
+
+}  // namespace
+
+Report DescribeLan(Session& session) {
+  return Describe(Read(session));
+}
+
+void AddLan(CommandLine& line) {
+  const auto arguments = std::make_shared<LanArguments>();
+  CLI::App* lan = line.AddObject("lan", "The device's address on the LAN, and its DHCP server");
+  line.AddVerb(lan, "show", "Show the LAN configuration",
+               [](Context& context) { Finish(context, DescribeLan(context.session)); });
+  CLI::App* set = line.AddVerb(
+      lan, "set", "Set what is given; without a range, one that fits a new subnet is derived",
+      [arguments](Context& context) { Set(context, *arguments); });
+  AddIpv4Address(set, "--gateway", arguments->gateway, "The device's own address");
+  AddIpv4Address(set, "--netmask", arguments->netmask, "Netmask of the LAN");
+  AddOnOff(set, "--dhcp", arguments->dhcp, "Whether hosts get their addresses by DHCP");
+  CLI::Option* start =
+      AddIpv4Address(set, "--start", arguments->start, "First address for hosts, with --end");
+  CLI::Option* end =
+      AddIpv4Address(set, "--end", arguments->end, "Last address for hosts, with --start");
+  start->needs(end);
+  end->needs(start);
+  set->add_option("--lease", arguments->lease, "Lease time, in the server's unit")
+      ->option_text("N")
+      ->check(CLI::Range(0, 2147483647));
+  line.AddVerb(lan, "activate", "Make the LAN configuration take effect", Activate);
+}
+
+}  // namespace qcmapctl

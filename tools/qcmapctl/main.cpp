@@ -1,0 +1,69 @@
+/// qcmapctl: drives the modem's Mobile AP from the command line.
+#include <syslog.h>
+
+#include <algorithm>
+#include <iostream>
+
+#include "commands.h"
+
+namespace qcmapctl {
+namespace {
+
+int Report(const CommandFailed& failure, const std::string& operation, bool as_json) {
+  if (as_json) {
+    Json error;
+    error["operation"] = operation;
+    error["message"] = failure.what();
+    error["hint"] = failure.hint();
+    error["exit"] = failure.exit_code();
+    std::cerr << Dump(Json{{"error", error}}, true);
+  } else {
+    std::cerr << "qcmapctl: " << (operation.empty() ? "" : operation + ": ") << failure.what()
+              << "\nhint: " << failure.hint() << "\n";
+  }
+  return failure.exit_code();
+}
+
+int Run(const std::vector<std::string>& arguments) {
+  CommandLine line;
+  AddStatus(line);
+  AddPolicy(line);
+  AddSwitch(line);
+  AddCall(line);
+  AddStats(line);
+  AddAddress(line);
+  AddLan(line);
+  AddVlan(line);
+  AddMap(line);
+  AddPassthrough(line);
+  AddWatch(line);
+  AddWait(line);
+
+  // A wrong command line is told in the form that it asks for, as far as that can be seen.
+  bool as_json = std::any_of(arguments.begin(), arguments.end(), [](const std::string& argument) {
+    return argument == "-J" || argument == "--json";
+  });
+  try {
+    const CommandLine::Command command = line.Parse(arguments);
+    if (!command.text.empty()) {
+      Print({command.text, nullptr}, false);
+      return kExitDone;
+    }
+    as_json = command.options.json;
+    openlog("qcmapctl", command.options.verbose ? LOG_PERROR : 0, LOG_USER);
+    Context context{Session(), command.options};
+    command.run ? command.run(context) : ShowStatus(context);
+    return kExitDone;
+  } catch (const CommandFailed& failure) {
+    return Report(failure, line.Operation(), as_json);
+  } catch (const std::exception& error) {
+    return Report(CommandFailed(Failure::UNFORESEEN, error.what()), line.Operation(), as_json);
+  }
+}
+
+}  // namespace
+}  // namespace qcmapctl
+
+int main(int argc, char* argv[]) {
+  return qcmapctl::Run(std::vector<std::string>(argv + 1, argv + argc));
+}

@@ -1,0 +1,64 @@
+/// passthrough: handing the WWAN address through to a USB host.
+#include "commands.h"
+
+namespace qcmapctl {
+namespace {
+
+using mox::wwan::MobileapManager;
+using IpPassthroughConfig = MobileapManager::IpPassthroughConfig;
+
+void Show(Context& context) {
+  Finish(context, DescribePassthrough(context.session));
+}
+
+void Enable(Context& context, const std::string& host) {
+  IpPassthroughConfig config;
+  config.device_type = MobileapManager::DeviceType::USB_HOST;
+  config.host_device_name = host;
+  context.session.Require(context.session.Wrapper().SetIpPassthrough(true, config),
+                          Failure::PASSTHROUGH_REFUSED, "host '" + Printable(host) + "'");
+  Finish(context, DescribePassthrough(context.session));
+}
+
+void Disable(Context& context) {
+  IpPassthroughConfig config;
+  context.session.Require(context.session.Wrapper().SetIpPassthrough(false, config),
+                          Failure::REFUSED);
+  Finish(context, DescribePassthrough(context.session));
+}
+
+}  // namespace
+
+Report DescribePassthrough(Session& session) {
+  bool enabled = false;
+  IpPassthroughConfig config;
+  session.Require(session.Wrapper().GetIpPassthrough(enabled, config), Failure::REFUSED);
+  const bool has_host = config.device_type == MobileapManager::DeviceType::USB_HOST;
+  Report report;
+  report.text = std::string(enabled ? "enabled" : "disabled") +
+                (has_host ? " for USB host '" + Printable(config.host_device_name) + "'" : "") +
+                ", state " + std::to_string(config.pt_state) + "\n";
+  report.json["enabled"] = enabled;
+  report.json["host"] = has_host ? Json(config.host_device_name) : Json(nullptr);
+  report.json["state"] = config.pt_state;
+  return report;
+}
+
+void AddPassthrough(CommandLine& line) {
+  const auto host = std::make_shared<std::string>();
+  CLI::App* passthrough =
+      line.AddObject("passthrough", "Handing the WWAN address through to a USB host");
+  line.AddVerb(passthrough, "show", "Show whether, and for which host", Show);
+  CLI::App* enable = line.AddVerb(passthrough, "enable", "Enable it for a host",
+                                  [host](Context& context) { Enable(context, *host); });
+  enable->add_option("NAME", *host, "the USB host's name, at most 100 bytes")
+      ->option_text(" ")
+      ->required()
+      ->check([](const std::string& name) {
+        return !name.empty() && name.size() <= 100 ? ""
+                                                   : "the host's name must have 1 to 100 bytes";
+      });
+  line.AddVerb(passthrough, "disable", "Disable it", Disable);
+}
+
+}  // namespace qcmapctl

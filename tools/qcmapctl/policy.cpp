@@ -1,0 +1,159 @@
+/// policy: the server's WWAN policies.
+#include "commands.h"
+
+namespace qcmapctl {
+namespace {
+
+struct PolicyArguments {
+  std::optional<uint32_t> index;
+  std::optional<Tech> tech;
+  std::optional<IPFamily> family;
+  std::optional<int> profile_v4;
+  std::optional<int> profile_v6;
+};
+
+Report Describe(const std::vector<Profile>& profiles) {
+  Report report{"", Json::array()};
+  Table table({"PROFILE", "HANDLE", "TECH", "FAMILY", "PROFILE-V4", "PROFILE-V6"});
+  for (const Profile& profile : profiles) {
+    report.json.push_back(DescribePolicy(profile));
+    table.AddRow({std::to_string(profile.index), std::to_string(profile.policy.profile_handle),
+                  WordOf(profile.policy.tech), WordOf(profile.policy.ip_family),
+                  std::to_string(profile.policy.profile_v4),
+                  std::to_string(profile.policy.profile_v6)});
+  }
+  report.text = table.Render();
+  return report;
+}
+
+void Show(Context& context, const PolicyArguments& arguments) {
+  Report report = Describe(ChosenProfiles(context.session, arguments.index));
+  report.json = OneOrAll(std::move(report.json), arguments.index);
+  Finish(context, report);
+}
+
+Report DescribeChange(const char* result, const Profile& profile) {
+  Report report;
+  report.text = ProfileName(profile.index) + " " + result + "\n" + Describe({profile}).text;
+  report.json["result"] = result;
+  report.json["policy"] = DescribePolicy(profile);
+  return report;
+}
+
+void Add(Context& context, const PolicyArguments& arguments) {
+  Session& session = context.session;
+  if (!arguments.profile_v4 && !arguments.profile_v6) {
+    throw CommandFailed("--profile-v4 or --profile-v6 is required",
+                        "a family without a number of its own gets the other's");
+  }
+  const int v4 = arguments.profile_v4.value_or(arguments.profile_v6.value_or(0));
+  const int v6 = arguments.profile_v6.value_or(v4);
+  session.Require(
+      session.Wrapper().CreateWwanPolicy(arguments.tech.value_or(Tech::ANY),
+                                         arguments.family.value_or(IPFamily::IPV4V6),
+                                         static_cast<uint8_t>(v4), static_cast<uint8_t>(v6)),
+      Failure::REFUSED);
+  const std::vector<Profile> profiles = ChosenProfiles(session, std::nullopt);
+  if (profiles.empty()) throw CommandFailed(Failure::UNFORESEEN, "the new policy is not listed");
+  Finish(context, DescribeChange("added", profiles.back()));
+}
+
+bool Matches(const WwanPolicy& left, const WwanPolicy& right) {
+  return left.tech == right.tech && left.ip_family == right.ip_family &&
+         left.profile_v4 == right.profile_v4 && left.profile_v6 == right.profile_v6;
+}
+
+void Set(Context& context, const PolicyArguments& arguments) {
+  Session& session = context.session;
+  const uint32_t index = *arguments.index;
+  const std::string name = ProfileName(index);
+  const WwanPolicy present = session.Policy(index);
+  WwanPolicy wanted = present;
+  wanted.tech = arguments.tech.value_or(present.tech);
+  wanted.ip_family = arguments.family.value_or(present.ip_family);
+  wanted.profile_v4 = arguments.profile_v4.value_or(present.profile_v4);
+  wanted.profile_v6 = arguments.profile_v6.value_or(present.profile_v6);
+  if ((wanted.ip_family == IPFamily::IPV4 && arguments.profile_v6) ||
+      (wanted.ip_family == IPFamily::IPV6 && arguments.profile_v4)) {
+    throw CommandFailed(Failure::POLICY_OTHER_FAMILY, name);
+  }
+
+  if (!Matches(wanted, present)) {
+    // The library compares both numbers with the server's and sends nothing when they are equal.
+    // For a single family it does not send the second: a number that no server has makes it send.
+    const bool ipv6_only = wanted.ip_family == IPFamily::IPV6;
+    const int first = ipv6_only ? wanted.profile_v6 : wanted.profile_v4;
+    const int second = wanted.ip_family == IPFamily::IPV4V6 ? wanted.profile_v6 : -1;
+    if (first == present.profile_v4 && second == present.profile_v6) {
+      throw CommandFailed(Failure::POLICY_SAME_NUMBERS, name);
+    }
+    session.Require(
+        session.Wrapper().SetWwanPolicy(index, wanted.tech, wanted.ip_family, first, second),
+        Failure::REFUSED, name);
+  }
+  Finish(context, DescribeChange("set", {index, session.Policy(index)}));
+}
+
+void Delete(Context& context, const PolicyArguments& arguments) {
+  Session& session = context.session;
+  const Profile profile{*arguments.index, session.Policy(*arguments.index)};
+  // Indices above 49 do not exist, so the index fits.
+  if (!session.Wrapper().DeleteWwanPolicy(static_cast<uint8_t>(profile.index))) {
+    session.RequireServer();
+    const CallState state = ReadCallState(session, profile.index);
+    const bool down =
+        state.ipv4 == ConnectStatus::DISCONNECTED && state.ipv6 == ConnectStatus::DISCONNECTED;
+    throw CommandFailed(down ? Failure::REFUSED : Failure::PROFILE_IN_USE,
+                        ProfileName(profile.index));
+  }
+  Report report;
+  report.text = ProfileName(profile.index) + " deleted; later profiles move up by one\n";
+  report.json["result"] = "deleted";
+  report.json["policy"] = DescribePolicy(profile);
+  Finish(context, report);
+}
+
+void AddPolicyOptions(CLI::App* verb, PolicyArguments& arguments) {
+  AddWord(verb, "--tech", arguments.tech, TechWords(), "Radio technology");
+  AddWord(verb, "--family", arguments.family, FamilyWords(), "IP family");
+  verb->add_option("--profile-v4", arguments.profile_v4, "The modem's profile for IPv4, 1 to 24")
+      ->option_text("N")
+      ->check(CLI::Range(1, 24));
+  verb->add_option("--profile-v6", arguments.profile_v6, "The modem's profile for IPv6, 1 to 24")
+      ->option_text("N")
+      ->check(CLI::Range(1, 24));
+}
+
+}  // namespace
+
+Json DescribePolicy(const Profile& profile) {
+  Json json;
+  json["index"] = profile.index;
+  json["handle"] = profile.policy.profile_handle;
+  json["tech"] = WordOf(profile.policy.tech);
+  json["family"] = WordOf(profile.policy.ip_family);
+  json["profile_v4"] = profile.policy.profile_v4;
+  json["profile_v6"] = profile.policy.profile_v6;
+  return json;
+}
+
+void AddPolicy(CommandLine& line) {
+  const auto arguments = std::make_shared<PolicyArguments>();
+  const auto with = [arguments](void (*run)(Context&, const PolicyArguments&)) {
+    return [arguments, run](Context& context) { run(context, *arguments); };
+  };
+  CLI::App* policy = line.AddObject("policy", "WWAN policies, one for each profile");
+  CLI::App* list = line.AddVerb(policy, "list", "List policies", with(Show));
+  AddIndex(list, arguments->index);
+  CLI::App* show = line.AddVerb(policy, "show", "Show a policy", with(Show));
+  AddIndex(show, arguments->index)->required();
+  CLI::App* add = line.AddVerb(policy, "add", "Add a policy at the end of the list", with(Add));
+  AddPolicyOptions(add, *arguments);
+  CLI::App* set = line.AddVerb(policy, "set", "Change a policy", with(Set));
+  AddIndex(set, arguments->index)->required();
+  AddPolicyOptions(set, *arguments);
+  CLI::App* remove = line.AddVerb(policy, "delete", "Delete a policy", with(Delete));
+  AddIndex(remove, arguments->index)->required();
+}
+
+}  // namespace qcmapctl

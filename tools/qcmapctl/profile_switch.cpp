@@ -1,0 +1,106 @@
+/// switch: what a profile's call may do.
+#include "commands.h"
+
+namespace qcmapctl {
+namespace {
+
+/// One switch: its name in options, keys and messages, and how it is read and set.
+struct Switch {
+  const char* name;
+  const char* description;
+  bool (QcmapWrapper::*get)(uint32_t, bool&);
+  bool (*set)(QcmapWrapper&, uint32_t, bool);
+};
+
+constexpr Switch kSwitches[] = {
+    {"autoconnect", "Whether the call comes up by itself", &QcmapWrapper::GetAutoConnect,
+     [](QcmapWrapper& wrapper, uint32_t index, bool on) {
+       return wrapper.SetAutoConnect(index, on);
+     }},
+    {"roaming", "Whether the call may be made while roaming", &QcmapWrapper::GetRoaming,
+     [](QcmapWrapper& wrapper, uint32_t index, bool on) { return wrapper.SetRoaming(index, on); }},
+    {"ipv4", "Whether the call may carry IPv4", &QcmapWrapper::GetIpv4State,
+     [](QcmapWrapper& wrapper, uint32_t index, bool on) {
+       return on ? wrapper.EnableIpv4(index) : wrapper.DisableIpv4(index);
+     }},
+    {"ipv6", "Whether the call may carry IPv6", &QcmapWrapper::GetIpv6State,
+     [](QcmapWrapper& wrapper, uint32_t index, bool on) {
+       return on ? wrapper.EnableIpv6(index) : wrapper.DisableIpv6(index);
+     }},
+};
+
+struct SwitchArguments {
+  std::optional<uint32_t> index;
+  std::optional<bool> wanted[std::size(kSwitches)];
+};
+
+Report Describe(Session& session, const std::vector<Profile>& profiles) {
+  Report report{"", Json::array()};
+  Table table({"PROFILE", "AUTOCONNECT", "ROAMING", "IPV4", "IPV6"});
+  for (const Profile& profile : profiles) {
+    Json json;
+    json["index"] = profile.index;
+    std::vector<std::string> row = {std::to_string(profile.index)};
+    for (const Switch& which : kSwitches) {
+      bool on = false;
+      session.Require((session.Wrapper().*which.get)(profile.index, on), Failure::REFUSED,
+                      ProfileName(profile.index) + ": " + which.name);
+      json[which.name] = on;
+      row.push_back(on ? "on" : "off");
+    }
+    report.json.push_back(json);
+    table.AddRow(row);
+  }
+  report.text = table.Render();
+  return report;
+}
+
+void Show(Context& context, const std::optional<uint32_t>& index) {
+  Session& session = context.session;
+  Report report = Describe(session, ChosenProfiles(session, index));
+  report.json = OneOrAll(std::move(report.json), index);
+  Finish(context, report);
+}
+
+void Set(Context& context, const SwitchArguments& arguments) {
+  Session& session = context.session;
+  bool any = false;
+  for (const auto& wanted : arguments.wanted) any = any || wanted.has_value();
+  if (!any) throw CommandFailed("no switch is given", "as in 'switch set 1 --roaming on'");
+
+  const Profile profile{*arguments.index, session.Policy(*arguments.index)};
+  std::string done;
+  for (size_t i = 0; i < std::size(kSwitches); ++i) {
+    if (!arguments.wanted[i]) continue;
+    const Switch& which = kSwitches[i];
+    if (!which.set(session.Wrapper(), profile.index, *arguments.wanted[i])) {
+      session.RequireServer();
+      const std::string subject = ProfileName(profile.index) + ": " + which.name;
+      if (done.empty()) throw CommandFailed(Failure::REFUSED, subject);
+      throw CommandFailed(Failure::PARTLY_DONE, subject + " refused, set before it:" + done);
+    }
+    done += std::string(" ") + which.name;
+  }
+  Report report = Describe(session, {profile});
+  report.json = report.json.at(0);
+  Finish(context, report);
+}
+
+}  // namespace
+
+void AddSwitch(CommandLine& line) {
+  const auto arguments = std::make_shared<SwitchArguments>();
+  CLI::App* object = line.AddObject("switch", "What a profile's call may do");
+  CLI::App* show = line.AddVerb(object, "show", "Show the switches of a profile, or of all",
+                                [arguments](Context& context) { Show(context, arguments->index); });
+  AddIndex(show, arguments->index);
+  CLI::App* set = line.AddVerb(object, "set", "Set switches of a profile",
+                               [arguments](Context& context) { Set(context, *arguments); });
+  AddIndex(set, arguments->index)->required();
+  for (size_t i = 0; i < std::size(kSwitches); ++i) {
+    AddOnOff(set, std::string("--") + kSwitches[i].name, arguments->wanted[i],
+             kSwitches[i].description);
+  }
+}
+
+}  // namespace qcmapctl

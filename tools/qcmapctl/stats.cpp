@@ -1,0 +1,76 @@
+/// stats: the traffic counters of a profile's call.
+#include "commands.h"
+
+namespace qcmapctl {
+namespace {
+
+using mox::Result;
+
+struct StatsArguments {
+  std::optional<uint32_t> index;
+  Families families;
+
+  IPFamily Family() const {
+    const std::vector<IPFamily> chosen = families.Chosen();
+    return chosen.size() == 2 ? IPFamily::IPV4V6 : chosen[0];
+  }
+};
+
+void Show(Context& context, const StatsArguments& arguments) {
+  Session& session = context.session;
+  Report report{"", Json::array()};
+  Table table({"PROFILE", "FAMILY", "COUNTER64-1", "COUNTER64-2", "COUNTER32-1", "COUNTER32-2"});
+  for (const Profile& profile : ChosenProfiles(session, arguments.index)) {
+    QcmapWrapper::WWANStatics counters{};
+    session.Require(session.Wrapper().GetWWANStatistics(profile.index, arguments.Family(),
+                                                        counters) == Result::SUCCESS,
+                    Failure::REFUSED, ProfileName(profile.index));
+    Json json;
+    json["index"] = profile.index;
+    json["family"] = WordOf(arguments.Family());
+    json["counter64_1"] = counters.counter64_1;
+    json["counter64_2"] = counters.counter64_2;
+    json["counter32_1"] = counters.counter32_1;
+    json["counter32_2"] = counters.counter32_2;
+    report.json.push_back(json);
+    table.AddRow({std::to_string(profile.index), WordOf(arguments.Family()),
+                  std::to_string(counters.counter64_1), std::to_string(counters.counter64_2),
+                  std::to_string(counters.counter32_1), std::to_string(counters.counter32_2)});
+  }
+  report.text = table.Render();
+  report.json = OneOrAll(std::move(report.json), arguments.index);
+  Finish(context, report);
+}
+
+void Reset(Context& context, const StatsArguments& arguments) {
+  Session& session = context.session;
+  const uint32_t index = *arguments.index;
+  session.Policy(index);
+  session.Require(
+      session.Wrapper().ResetWWANStatistics(index, arguments.Family()) == Result::SUCCESS,
+      Failure::REFUSED, ProfileName(index));
+  Report report;
+  report.text = ProfileName(index) + ": " + WordOf(arguments.Family()) + " counters reset\n";
+  report.json["result"] = "reset";
+  report.json["index"] = index;
+  report.json["family"] = WordOf(arguments.Family());
+  Finish(context, report);
+}
+
+}  // namespace
+
+void AddStats(CommandLine& line) {
+  const auto arguments = std::make_shared<StatsArguments>();
+  CLI::App* stats = line.AddObject("stats", "Traffic counters of a profile's call");
+  CLI::App* show = line.AddVerb(
+      stats, "show", "Show the counters, both families together unless -4 or -6 is given",
+      [arguments](Context& context) { Show(context, *arguments); });
+  AddIndex(show, arguments->index);
+  AddFamilies(show, arguments->families);
+  CLI::App* reset = line.AddVerb(stats, "reset", "Set the counters to zero",
+                                 [arguments](Context& context) { Reset(context, *arguments); });
+  AddIndex(reset, arguments->index)->required();
+  AddFamilies(reset, arguments->families);
+}
+
+}  // namespace qcmapctl

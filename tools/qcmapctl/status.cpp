@@ -1,0 +1,101 @@
+/// status: the whole picture on one screen.
+#include <iostream>
+
+#include "commands.h"
+
+namespace qcmapctl {
+namespace {
+
+/// One part of the picture. What the server refuses is missing from it, and said so.
+template <typename Describe>
+Report Part(const char* name, Describe describe) {
+  try {
+    return describe();
+  } catch (const CommandFailed& failure) {
+    if (failure.failure() != Failure::REFUSED) throw;
+    std::cerr << "qcmapctl: status: " << name << ": " << failure.what() << "\n";
+    return {"not available\n", nullptr};
+  }
+}
+
+std::string Join(const std::vector<std::string>& words) {
+  std::string text;
+  for (const std::string& word : words) text += (text.empty() ? "" : " ") + word;
+  return text;
+}
+
+Report DescribeFamily(Session& session, const Profile& profile, const CallState& state,
+                      IPFamily family) {
+  Report report;
+  std::vector<std::string> addresses;
+  if (state.Of(family) == ConnectStatus::CONNECTED) {
+    addresses = ReadAddresses(session, profile.index, family);
+  }
+  report.text =
+      WordOf(state.Of(family)) + std::string(addresses.empty() ? "" : "  ") + Join(addresses);
+  report.json["state"] = WordOf(state.Of(family));
+  report.json["addresses"] = addresses.empty() ? Json(nullptr) : Json(addresses);
+  return report;
+}
+
+Report DescribeProfile(Session& session, const Profile& profile) {
+  Report report;
+  report.json = DescribePolicy(profile);
+  const CallState state = ReadCallState(session, profile.index);
+  const bool half_up = IsHalfUp(profile, state);
+  report.text = "Profile " + std::to_string(profile.index) + "  handle " +
+                std::to_string(profile.policy.profile_handle) + ", " + WordOf(profile.policy.tech) +
+                ", " + WordOf(profile.policy.ip_family) + ", profile numbers " +
+                std::to_string(profile.policy.profile_v4) + " and " +
+                std::to_string(profile.policy.profile_v6) + (half_up ? "  HALF UP" : "") + "\n";
+  for (const IPFamily family : {IPFamily::IPV4, IPFamily::IPV6}) {
+    const Report part = DescribeFamily(session, profile, state, family);
+    report.json[WordOf(family)] = part.json;
+    report.text += "  " + std::string(WordOf(family)) + "  " + part.text + "\n";
+  }
+  report.json["half_up"] = half_up;
+  return report;
+}
+
+Report DescribeProfiles(Session& session) {
+  Report report{"", Json::array()};
+  for (const Profile& profile : ChosenProfiles(session, std::nullopt)) {
+    const Report part =
+        Part(ProfileName(profile.index).c_str(), [&] { return DescribeProfile(session, profile); });
+    report.text += part.text;
+    report.json.push_back(part.json);
+  }
+  if (report.text.empty()) report.text = "No profiles\n";
+  return report;
+}
+
+}  // namespace
+
+void ShowStatus(Context& context) {
+  Session& session = context.session;
+  session.Wrapper();
+  const Report profiles = Part("profiles", [&] { return DescribeProfiles(session); });
+  const Report lan = Part("lan", [&] { return DescribeLan(session); });
+  const Report vlans = Part("vlans", [&] { return DescribeVlans(session); });
+  const Report passthrough = Part("passthrough", [&] { return DescribePassthrough(session); });
+
+  Report status;
+  status.text = "Server     running\nMobile AP  connected\n\n" + profiles.text + "\nLAN\n" +
+                Indent(lan.text) + "VLANs\n" + Indent(vlans.text) + "Passthrough\n" +
+                Indent(passthrough.text);
+  status.json["server"] = "running";
+  status.json["mobile_ap"] = "connected";
+  status.json["profiles"] = profiles.json;
+  status.json["lan"] = lan.json;
+  status.json["vlans"] = vlans.json;
+  status.json["passthrough"] = passthrough.json;
+  Finish(context, status);
+}
+
+void AddStatus(CommandLine& line) {
+  CLI::App* status = line.AddObject("status", "The whole picture");
+  line.AddVerb(status, "show", "Show server, profiles, calls, LAN, VLANs and passthrough",
+               ShowStatus);
+}
+
+}  // namespace qcmapctl

@@ -1,0 +1,126 @@
+/// vlan: VLANs on the tethering interfaces.
+#include <algorithm>
+
+#include "commands.h"
+
+namespace qcmapctl {
+namespace {
+
+using VlanConfig = mox::wwan::MobileapManager::VlanConfig;
+using VlanMapping = mox::wwan::MobileapManager::VlanMapping;
+
+struct VlanArguments {
+  std::optional<int32_t> interface;
+  int32_t vlan_id = 0;
+
+  VlanConfig ToConfig() const { return {*interface, vlan_id, -1}; }
+};
+
+std::vector<VlanConfig> Read(Session& session) {
+  std::vector<VlanConfig> vlans;
+  session.Require(session.Wrapper().GetVlanConfigs(vlans), Failure::REFUSED, "VLAN list");
+  return vlans;
+}
+
+bool Contains(const std::vector<VlanConfig>& vlans, const VlanConfig& wanted) {
+  return std::any_of(vlans.begin(), vlans.end(), [&wanted](const VlanConfig& vlan) {
+    return vlan.tethering_mode == wanted.tethering_mode && vlan.vlan_id == wanted.vlan_id;
+  });
+}
+
+std::vector<VlanMapping> ReadMappings(Session& session) {
+  std::vector<VlanMapping> mappings;
+  session.Require(session.Wrapper().GetPdnToVlanMapping(mappings), Failure::REFUSED,
+                  "mapping list");
+  return mappings;
+}
+
+void List(Context& context) {
+  Finish(context, DescribeVlans(context.session));
+}
+
+std::string NameOf(const VlanConfig& vlan) {
+  return std::string(InterfaceOf(vlan.tethering_mode)) + " VLAN " + std::to_string(vlan.vlan_id);
+}
+
+Report DescribeChange(const VlanConfig& vlan, const char* result) {
+  Report report;
+  report.text = NameOf(vlan) + " " + result + "\n";
+  report.json["result"] = result;
+  report.json["interface"] = InterfaceOf(vlan.tethering_mode);
+  report.json["vlan_id"] = vlan.vlan_id;
+  return report;
+}
+
+void Add(Context& context, const VlanArguments& arguments) {
+  Session& session = context.session;
+  VlanConfig vlan = arguments.ToConfig();
+  if (!session.Wrapper().SetVlanConfig(vlan)) {
+    session.RequireServer();
+    throw CommandFailed(Contains(Read(session), vlan) ? Failure::VLAN_EXISTS : Failure::REFUSED,
+                        NameOf(vlan));
+  }
+  Finish(context, DescribeChange(vlan, "added"));
+}
+
+void Delete(Context& context, const VlanArguments& arguments) {
+  Session& session = context.session;
+  VlanConfig vlan = arguments.ToConfig();
+  if (!session.Wrapper().DeleteVlanConfig(vlan)) {
+    session.RequireServer();
+    if (!Contains(Read(session), vlan)) throw CommandFailed(Failure::NO_VLAN, NameOf(vlan));
+    const std::vector<VlanMapping> mappings = ReadMappings(session);
+    const bool mapped =
+        std::any_of(mappings.begin(), mappings.end(),
+                    [&vlan](const VlanMapping& m) { return m.vlan_id == vlan.vlan_id; });
+    throw CommandFailed(mapped ? Failure::VLAN_MAPPED : Failure::REFUSED, NameOf(vlan));
+  }
+  Finish(context, DescribeChange(vlan, "deleted"));
+}
+
+}  // namespace
+
+Report DescribeVlans(Session& session) {
+  Report report{"", Json::array()};
+  const std::vector<VlanConfig> vlans = Read(session);
+  const std::vector<VlanMapping> mappings = ReadMappings(session);
+  Table table({"INTERFACE", "VLAN", "PROFILE"});
+  for (const VlanConfig& vlan : vlans) {
+    const char* interface = InterfaceOf(vlan.tethering_mode);
+    Json profiles = Json::array();
+    std::string words;
+    for (const VlanMapping& mapping : mappings) {
+      if (mapping.vlan_id != vlan.vlan_id || mapping.profile_index < 0) continue;
+      profiles.push_back(mapping.profile_index);
+      words += (words.empty() ? "" : " ") + std::to_string(mapping.profile_index);
+    }
+    Json json;
+    json["interface"] = interface == nullptr ? Json(nullptr) : Json(interface);
+    json["vlan_id"] = vlan.vlan_id;
+    json["profiles"] = profiles;
+    report.json.push_back(json);
+    table.AddRow({interface == nullptr ? "other" : interface, std::to_string(vlan.vlan_id),
+                  words.empty() ? "none" : words});
+  }
+  report.text = vlans.empty() ? "no VLANs\n" : table.Render();
+  return report;
+}
+
+void AddVlan(CommandLine& line) {
+  const auto arguments = std::make_shared<VlanArguments>();
+  CLI::App* vlan = line.AddObject("vlan", "VLANs on the tethering interfaces");
+  line.AddVerb(vlan, "list", "List VLANs with the profiles that they are mapped to", List);
+  CLI::App* add = line.AddVerb(vlan, "add", "Add a VLAN on an interface",
+                               [arguments](Context& context) { Add(context, *arguments); });
+  CLI::App* remove = line.AddVerb(vlan, "delete", "Delete a VLAN of an interface",
+                                  [arguments](Context& context) { Delete(context, *arguments); });
+  for (CLI::App* verb : {add, remove}) {
+    AddWord(verb, "INTERFACE", arguments->interface, InterfaceWords(),
+            "rndis0 or 1, ecm0 or 2, eth0 or 3")
+        ->required()
+        ->option_text(" ");
+    AddVlanId(verb, arguments->vlan_id);
+  }
+}
+
+}  // namespace qcmapctl

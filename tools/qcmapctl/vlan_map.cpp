@@ -1,0 +1,113 @@
+/// map: which profile's call a VLAN goes through (PDN to VLAN).
+#include <algorithm>
+
+#include "commands.h"
+
+namespace qcmapctl {
+namespace {
+
+using VlanConfig = mox::wwan::MobileapManager::VlanConfig;
+using VlanMapping = mox::wwan::MobileapManager::VlanMapping;
+
+struct MapArguments {
+  int32_t vlan_id = 0;
+  std::optional<uint32_t> index;
+};
+
+std::vector<VlanMapping> Read(Session& session) {
+  std::vector<VlanMapping> mappings;
+  session.Require(session.Wrapper().GetPdnToVlanMapping(mappings), Failure::REFUSED,
+                  "mapping list");
+  return mappings;
+}
+
+bool Contains(const std::vector<VlanMapping>& mappings, const VlanConfig& wanted) {
+  return std::any_of(mappings.begin(), mappings.end(), [&wanted](const VlanMapping& mapping) {
+    return mapping.vlan_id == wanted.vlan_id &&
+           (wanted.profile_index < 0 ? mapping.profile_index >= 0
+                                     : mapping.profile_index == wanted.profile_index);
+  });
+}
+
+void List(Context& context) {
+  Report report{"", Json::array()};
+  Table table({"VLAN", "PROFILE"});
+  const std::vector<VlanMapping> mappings = Read(context.session);
+  for (const VlanMapping& mapping : mappings) {
+    const bool known = mapping.profile_index >= 0;
+    Json json;
+    json["vlan_id"] = mapping.vlan_id;
+    json["profile"] = known ? Json(mapping.profile_index) : Json(nullptr);
+    report.json.push_back(json);
+    table.AddRow({std::to_string(mapping.vlan_id),
+                  known ? std::to_string(mapping.profile_index) : "none any more"});
+  }
+  report.text = mappings.empty() ? "no mappings\n" : table.Render();
+  Finish(context, report);
+}
+
+std::string NameOf(const VlanConfig& vlan) {
+  const std::string name = "VLAN " + std::to_string(vlan.vlan_id);
+  return vlan.profile_index < 0
+             ? name
+             : name + " to " + ProfileName(static_cast<uint32_t>(vlan.profile_index));
+}
+
+Report DescribeChange(const VlanConfig& vlan, const char* result) {
+  Report report;
+  report.text = "mapping of " + NameOf(vlan) + " " + result + "\n";
+  report.json["result"] = result;
+  report.json["vlan_id"] = vlan.vlan_id;
+  report.json["profile"] = vlan.profile_index < 0 ? Json(nullptr) : Json(vlan.profile_index);
+  return report;
+}
+
+void Add(Context& context, const MapArguments& arguments) {
+  Session& session = context.session;
+  session.Policy(*arguments.index);
+  VlanConfig vlan{0, arguments.vlan_id, static_cast<int32_t>(*arguments.index)};
+  if (!session.Wrapper().SetPdnToVlanMapping(vlan)) {
+    session.RequireServer();
+    std::vector<VlanConfig> vlans;
+    session.Require(session.Wrapper().GetVlanConfigs(vlans), Failure::REFUSED, NameOf(vlan));
+    const bool vlan_exists = std::any_of(vlans.begin(), vlans.end(), [&vlan](const VlanConfig& v) {
+      return v.vlan_id == vlan.vlan_id;
+    });
+    if (!vlan_exists) throw CommandFailed(Failure::NO_VLAN, "VLAN " + std::to_string(vlan.vlan_id));
+    throw CommandFailed(Contains(Read(session), vlan) ? Failure::MAPPING_EXISTS : Failure::REFUSED,
+                        NameOf(vlan));
+  }
+  Finish(context, DescribeChange(vlan, "added"));
+}
+
+void Delete(Context& context, const MapArguments& arguments) {
+  Session& session = context.session;
+  if (arguments.index) session.Policy(*arguments.index);
+  VlanConfig vlan{0, arguments.vlan_id,
+                  arguments.index ? static_cast<int32_t>(*arguments.index) : -1};
+  if (!session.Wrapper().DeletePdnToVlanMapping(vlan)) {
+    session.RequireServer();
+    throw CommandFailed(Contains(Read(session), vlan) ? Failure::REFUSED : Failure::NO_MAPPING,
+                        NameOf(vlan));
+  }
+  Finish(context, DescribeChange(vlan, "deleted"));
+}
+
+}  // namespace
+
+void AddMap(CommandLine& line) {
+  const auto arguments = std::make_shared<MapArguments>();
+  CLI::App* map = line.AddObject("map", "Which profile's call a VLAN goes through (PDN to VLAN)");
+  line.AddVerb(map, "list", "List mappings", List);
+  CLI::App* add = line.AddVerb(map, "add", "Map a VLAN to a profile",
+                               [arguments](Context& context) { Add(context, *arguments); });
+  AddVlanId(add, arguments->vlan_id);
+  AddIndex(add, arguments->index, "profile index", "PROFILE")->required();
+  CLI::App* remove = line.AddVerb(map, "delete", "Delete a mapping",
+                                  [arguments](Context& context) { Delete(context, *arguments); });
+  AddVlanId(remove, arguments->vlan_id);
+  AddIndex(remove, arguments->index, "profile index; without it, the VLAN's first mapping",
+           "PROFILE");
+}
+
+}  // namespace qcmapctl

@@ -1,0 +1,147 @@
+/// watch: the present state of all calls, then their events as they come.
+#include "commands.h"
+#include "event_feed.h"
+
+namespace qcmapctl {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+namespace qcmap = mox::vendor::qcom::qcmap;
+
+// How often a quiet watch looks whether the server is still there.
+constexpr std::chrono::seconds kCheckEvery{1};
+
+struct WatchArguments {
+  std::optional<uint32_t> count;
+  std::optional<milliseconds> idle_timeout;
+};
+
+const char* NameOf(uint32_t code) {
+  switch (code) {
+    case qcmap::BRING_UP_CONNECTED:
+      return "bring_up_connected";
+    case qcmap::BRING_UP_CONNECTION_FAILED:
+      return "bring_up_connection_failed";
+    case qcmap::TEAR_DOWN_DISCONNECTED:
+      return "tear_down_disconnected";
+    case qcmap::TEAR_DOWN_DISCONNECTION_FAILED:
+      return "tear_down_disconnection_failed";
+    case qcmap::WWAN_CONNECTED:
+      return "wwan_connected";
+    case qcmap::WWAN_DISCONNECTED:
+      return "wwan_disconnected";
+    default:
+      return "unknown";
+  }
+}
+
+/// Null unless the event says that a call is up or down.
+const char* StateOf(uint32_t code) {
+  switch (code) {
+    case qcmap::BRING_UP_CONNECTED:
+    case qcmap::WWAN_CONNECTED:
+      return WordOf(ConnectStatus::CONNECTED);
+    case qcmap::TEAR_DOWN_DISCONNECTED:
+    case qcmap::WWAN_DISCONNECTED:
+      return WordOf(ConnectStatus::DISCONNECTED);
+    default:
+      return nullptr;
+  }
+}
+
+/// The index of the profile that an event names; empty when it names none, or one that is gone.
+std::optional<uint32_t> IndexOf(const Event& event, const std::vector<Profile>& profiles) {
+  for (const Profile& profile : profiles) {
+    if (event.profile_handle == profile.policy.profile_handle) return profile.index;
+  }
+  return std::nullopt;
+}
+
+Report DescribeLine(const Event& event, const char* name, const char* state,
+                    const std::optional<uint32_t>& index) {
+  const auto number = [](const std::optional<uint32_t>& value) {
+    return value ? Json(*value) : Json(nullptr);
+  };
+  const std::string time = FormatTime(event.time);
+  Report line;
+  line.json["time"] = time;
+  line.json["event"] = name;
+  line.json["handle"] = number(event.profile_handle);
+  line.json["index"] = number(index);
+  line.json["family"] = WordOf(event.family);
+  line.json["state"] = state == nullptr ? Json(nullptr) : Json(state);
+  line.text = time + "  " + name + "  profile " + (index ? std::to_string(*index) : "?") +
+              "  handle " + (event.profile_handle ? std::to_string(*event.profile_handle) : "?") +
+              "  " + WordOf(event.family) + (state == nullptr ? "" : std::string("  ") + state) +
+              "\n";
+  return line;
+}
+
+void PrintInitial(Context& context, const std::vector<Profile>& profiles) {
+  for (const Profile& profile : profiles) {
+    const CallState state = ReadCallState(context.session, profile.index);
+    for (const IPFamily family : {IPFamily::IPV4, IPFamily::IPV6}) {
+      const Event now{std::chrono::system_clock::now(), 0, family, profile.policy.profile_handle};
+      PrintLine(DescribeLine(now, "initial", WordOf(state.Of(family)), profile.index),
+                context.options.json);
+    }
+  }
+}
+
+/// The policies again, since adding and deleting them moves indices; the old ones when refused.
+void Refresh(Session& session, std::vector<Profile>& profiles) {
+  try {
+    profiles = ChosenProfiles(session, std::nullopt);
+  } catch (const CommandFailed& failure) {
+    if (failure.failure() != Failure::REFUSED) throw;
+  }
+}
+
+void Watch(Context& context, const WatchArguments& arguments) {
+  // Subscribed first, so that nothing is missed between the present state and the events.
+  EventFeed feed(context.session.Wrapper());
+  std::vector<Profile> profiles = ChosenProfiles(context.session, std::nullopt);
+  PrintInitial(context, profiles);
+
+  uint32_t printed = 0;
+  auto last_event = Clock::now();
+  while (!arguments.count || printed < *arguments.count) {
+    auto deadline = Clock::now() + kCheckEvery;
+    if (arguments.idle_timeout) {
+      deadline = std::min(deadline, last_event + *arguments.idle_timeout);
+    }
+    const std::vector<Event> events = feed.Take(deadline);
+    if (!events.empty()) last_event = Clock::now();
+    const bool idle =
+        arguments.idle_timeout && Clock::now() - last_event >= *arguments.idle_timeout;
+    if (idle && events.empty()) {
+      if (arguments.count) throw CommandFailed(Failure::IDLE);
+      return;
+    }
+    Refresh(context.session, profiles);
+    for (const Event& event : events) {
+      if (arguments.count && printed == *arguments.count) break;
+      PrintLine(
+          DescribeLine(event, NameOf(event.code), StateOf(event.code), IndexOf(event, profiles)),
+          context.options.json);
+      ++printed;
+    }
+  }
+}
+
+}  // namespace
+
+void AddWatch(CommandLine& line) {
+  const auto arguments = std::make_shared<WatchArguments>();
+  CLI::App* watch = line.AddObject("watch", "The state of all calls, then events until interrupted",
+                                   [arguments](Context& context) { Watch(context, *arguments); });
+  watch->add_option("--count", arguments->count, "End after N events")
+      ->option_text("N")
+      ->check(CLI::Range(0, 1000000000));
+  AddSeconds(
+      watch, "--idle-timeout", [arguments](milliseconds limit) { arguments->idle_timeout = limit; },
+      "End when no event comes for so long; exit 3 if --count is not reached");
+}
+
+}  // namespace qcmapctl
