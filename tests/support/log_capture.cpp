@@ -1,0 +1,113 @@
+/// Takes the place of syslog and keeps what was logged.
+#include "log_capture.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdarg>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <mutex>
+
+#include "allocation.h"
+
+namespace {
+
+struct Entry {
+  int priority;
+  std::string signature;
+  int number;
+  std::string format;
+  std::string text;
+};
+
+std::mutex mutex;
+std::vector<Entry> entries;
+
+void Keep(int priority, const char* format, va_list arguments) {
+  const Untracked untracked;
+  Entry entry{priority, "", 0, format, ""};
+  if (entry.format.rfind("%s %d: ", 0) == 0) {
+    va_list head;
+    va_copy(head, arguments);
+    entry.signature = va_arg(head, const char*);
+    entry.number = va_arg(head, int);
+    va_end(head);
+  }
+  char text[2048];
+  vsnprintf(text, sizeof text, format, arguments);
+  const std::string start = entry.signature + " " + std::to_string(entry.number) + ": ";
+  entry.text = std::string(text).substr(start.size());
+  const std::lock_guard<std::mutex> lock(mutex);
+  entries.push_back(entry);
+}
+
+bool Holds(const std::vector<std::string>& source, const Entry& entry) {
+  std::string literal = entry.format.substr(7);
+  if (!literal.empty() && literal.back() == '\n') literal.replace(literal.size() - 1, 1, "\\n");
+  const auto at = [&](int number) {
+    return number < static_cast<int>(source.size()) ? source[static_cast<size_t>(number)] : "";
+  };
+  return at(entry.number - 1).find("SYSLOG(") != std::string::npos &&
+         (at(entry.number - 1) + at(entry.number)).find('"' + literal + '"') != std::string::npos;
+}
+
+/// Whether a source that defines the function named by the entry holds the call it came from.
+bool IsWhereItSays(const Entry& entry) {
+  const std::string before = entry.signature.substr(0, entry.signature.find('('));
+  const std::string name = before.substr(before.rfind(':') + 1) + "(";
+  for (const auto& file : std::filesystem::recursive_directory_iterator(MVQ_QCMAP_SOURCE_DIR)) {
+    if (file.path().extension() != ".cpp") continue;
+    std::ifstream stream(file.path());
+    std::vector<std::string> source;
+    bool defines = false;
+    for (std::string line; std::getline(stream, line); source.push_back(line)) {
+      defines |= !line.empty() && line[0] != ' ' && line.find(name) != std::string::npos;
+    }
+    if (defines && Holds(source, entry)) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+std::string Line(int priority, const std::string& signature, const std::string& text) {
+  std::string full = signature;
+  const size_t at = full.find('@');
+  if (at != std::string::npos) full.replace(at, 1, "mox::vendor::qcom::qcmap::QcmapWrapper::");
+  return std::to_string(priority) + " " + full + ": " + text;
+}
+
+std::vector<std::string> TakeLog() {
+  std::vector<Entry> taken;
+  {
+    const std::lock_guard<std::mutex> lock(mutex);
+    taken.swap(entries);
+  }
+  std::vector<std::string> lines;
+  for (const Entry& entry : taken) {
+    EXPECT_NE(entry.signature, "") << "line without its head: " << entry.format;
+    if (lines.size() < 50) {
+      EXPECT_TRUE(IsWhereItSays(entry)) << entry.signature << " logged from line " << entry.number
+                                        << ", which is no SYSLOG( of: " << entry.format;
+    }
+    lines.push_back(Line(entry.priority, entry.signature, entry.text));
+  }
+  return lines;
+}
+
+extern "C" __attribute__((format(printf, 2, 3))) void syslog(int priority, const char* format,
+                                                             ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  Keep(priority, format, arguments);
+  va_end(arguments);
+}
+
+extern "C" __attribute__((format(printf, 3, 4))) void __syslog_chk(int priority, int,
+                                                                   const char* format, ...) {
+  va_list arguments;
+  va_start(arguments, format);
+  Keep(priority, format, arguments);
+  va_end(arguments);
+}

@@ -1,0 +1,398 @@
+/// The libraries beyond the seam, under their own headers, answering as a test scripts them.
+#include "scripted_client.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <sstream>
+
+#include "allocation.h"
+#include "mox/util/event_dic.h"
+#include "mox/util/network_manager.h"
+#include "mox/util/process_control.h"
+
+namespace {
+
+Script* current = nullptr;
+
+std::ostream& operator<<(std::ostream& out, const qcmap_msgr_net_policy_info_v01& policy) {
+  return out << "tech " << policy.tech_pref << " family " << policy.ip_family << " v4 "
+             << +policy.v4_profile_id[0] << ' ' << +policy.v4_profile_id[1] << " v6 "
+             << +policy.v6_profile_id[0] << ' ' << +policy.v6_profile_id[1];
+}
+
+/// The text in a field, and whether anything stands behind its end.
+template <size_t kSize>
+std::string Field(const char (&field)[kSize]) {
+  const char* const end = std::find(field, field + kSize, '\0');
+  const bool clean = std::all_of(end, field + kSize, [](char c) { return c == '\0'; });
+  return std::string(field, end) + (end == field + kSize ? " (no end)" : clean ? "" : " (stale)");
+}
+
+template <typename... Arguments>
+std::string Text(const Arguments&... arguments) {
+  std::ostringstream out;
+  const char* separator = "";
+  ((out << separator << arguments, separator = " "), ...);
+  return out.str();
+}
+
+template <typename... Arguments>
+bool Ask(qmi_error_type_v01* error, const Arguments&... arguments) {
+  const Untracked untracked;
+  return current->Ask(Text(arguments...), error);
+}
+
+template <typename Record>
+bool Fill(bool granted, Record* record, const Record& answer) {
+  if (granted) {
+    *record = answer;
+  } else {
+    std::memset(record, 0xA5, sizeof *record);
+  }
+  return granted;
+}
+
+template <typename Record>
+const char* Cleared(const Record* record, size_t count = 1) {
+  const auto* const bytes = reinterpret_cast<const unsigned char*>(record);
+  const bool cleared = std::all_of(bytes, bytes + count * sizeof(Record),
+                                   [](unsigned char byte) { return byte == 0; });
+  return cleared ? "cleared" : "not cleared";
+}
+
+template <typename... Arguments>
+void NoteUtility(const Arguments&... arguments) {
+  current->utility_calls.push_back(Text(arguments...));
+}
+
+}  // namespace
+
+Script::Script(int server_pid) : pid(server_pid) {
+  current = this;
+  policy_list.policy_list_valid = 1;
+  policy_list.policy_list_len = 3;
+  for (uint32_t i = 0; i < QCMAP_MSGR_MAX_WWAN_POLICY_V01; ++i) {
+    const auto number = static_cast<uint8_t>(i);
+    policy_list.policy_list[i] = {11 * (i + 1), policy};
+    policy_list.policy_list[i].policy.v4_profile_id[1] = number;
+  }
+}
+
+Script::~Script() {
+  EXPECT_EQ(live_clients, 0) << "clients left";
+  current = nullptr;
+}
+
+void Script::Refuse(const std::string& request, int error) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  outcomes_[request] = {false, error};
+}
+
+void Script::Grant(const std::string& request, int error) {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  outcomes_[request] = {true, error};
+}
+
+std::vector<std::string> Script::TakeRequests() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  return std::exchange(requests_, {});
+}
+
+bool Script::Ask(const std::string& request, qmi_error_type_v01* error) {
+  const std::string name = request.substr(0, request.find(' '));
+  {
+    // These two share the error value of a request before them that may be refused.
+    const bool shares = name == "GetMobileAPStatus" || name == "SetLANConfig";
+    const bool stale = *error != QMI_ERR_NONE_V01 && !shares;
+    const std::lock_guard<std::mutex> lock(mutex_);
+    requests_.push_back(request + (stale ? " (error not cleared)" : ""));
+  }
+  const auto hook = before.find(name);
+  if (hook != before.end()) hook->second();
+  const std::lock_guard<std::mutex> lock(mutex_);
+  const auto outcome = outcomes_.find(name);
+  if (outcome == outcomes_.end()) return true;
+  *error = static_cast<qmi_error_type_v01>(outcome->second.error);
+  return outcome->second.granted;
+}
+
+bool Script::Deliver(uint32_t id, void* bytes, uint32_t length) {
+  const std::lock_guard<std::mutex> lock(indication_mutex_);
+  if (callback_ == nullptr) return false;
+  callback_(nullptr, id, bytes, length, nullptr);
+  return true;
+}
+
+void Script::Connect(void (*callback)(qmi_client_struct*, unsigned int, void*, unsigned int,
+                                      void*)) {
+  const std::lock_guard<std::mutex> lock(indication_mutex_);
+  callback_ = callback;
+  ++clients_made;
+  ++live_clients;
+}
+
+void Script::Disconnect() {
+  const std::lock_guard<std::mutex> lock(indication_mutex_);
+  callback_ = nullptr;
+  --live_clients;
+}
+
+QCMAP_Client::QCMAP_Client(void (*callback)(qmi_client_struct*, unsigned int, void*, unsigned int,
+                                            void*))
+    : mobile_ap_handle(77), state_(nullptr) {
+  current->Connect(callback);
+  static_cast<void>(state_);
+}
+
+QCMAP_Client::~QCMAP_Client() {
+  current->Disconnect();
+}
+
+bool QCMAP_Client::EnableMobileAP(qmi_error_type_v01* error) {
+  return Ask(error, "EnableMobileAP");
+}
+
+bool QCMAP_Client::GetMobileAPStatus(qcmap_msgr_mobile_ap_status_enum_v01* status,
+                                     qmi_error_type_v01* error) {
+  return Fill(Ask(error, "GetMobileAPStatus"), status, current->ap_status);
+}
+
+bool QCMAP_Client::GetWWANPolicyList(qcmap_msgr_wwan_policy_list_resp_msg_v01* list,
+                                     qmi_error_type_v01* error) {
+  return Fill(Ask(error, "GetWWANPolicyList"), list, current->policy_list);
+}
+
+bool QCMAP_Client::SetWWANProfileHandlePreference(unsigned int handle, qmi_error_type_v01* error) {
+  return Ask(error, "SetWWANProfileHandlePreference", handle);
+}
+
+bool QCMAP_Client::GetWWANPolicy(qcmap_msgr_net_policy_info_v01* policy,
+                                 qmi_error_type_v01* error) {
+  return Fill(Ask(error, "GetWWANPolicy", Cleared(policy)), policy, current->policy);
+}
+
+bool QCMAP_Client::SetWWANPolicy(qcmap_msgr_net_policy_info_v01 policy, qmi_error_type_v01* error) {
+  return Ask(error, "SetWWANPolicy", policy);
+}
+
+bool QCMAP_Client::UpdateWWANPolicy(qcmap_msgr_update_profile_enum_v01 update,
+                                    qcmap_msgr_net_policy_info_v01 policy,
+                                    qmi_error_type_v01* error) {
+  return Ask(error, "UpdateWWANPolicy", update, policy);
+}
+
+bool QCMAP_Client::CreateWWANPolicy(qcmap_msgr_net_policy_info_v01 policy,
+                                    qmi_error_type_v01* error) {
+  return Ask(error, "CreateWWANPolicy", policy);
+}
+
+bool QCMAP_Client::DeleteWWANPolicy(qmi_error_type_v01* error) {
+  return Ask(error, "DeleteWWANPolicy");
+}
+
+bool QCMAP_Client::SetAutoconnect(unsigned char enable, qmi_error_type_v01* error) {
+  return Ask(error, "SetAutoconnect", +enable);
+}
+
+bool QCMAP_Client::SetRoaming(unsigned char enable, qmi_error_type_v01* error) {
+  return Ask(error, "SetRoaming", +enable);
+}
+
+bool QCMAP_Client::EnableIPV4(qmi_error_type_v01* error) {
+  return Ask(error, "EnableIPV4");
+}
+
+bool QCMAP_Client::DisableIPV4(qmi_error_type_v01* error) {
+  return Ask(error, "DisableIPV4");
+}
+
+bool QCMAP_Client::EnableIPV6(qmi_error_type_v01* error) {
+  return Ask(error, "EnableIPV6");
+}
+
+bool QCMAP_Client::DisableIPV6(qmi_error_type_v01* error) {
+  return Ask(error, "DisableIPV6");
+}
+
+bool QCMAP_Client::GetAutoconnect(unsigned char* enabled, qmi_error_type_v01* error) {
+  const bool granted = Ask(error, "GetAutoconnect");
+  return granted && Fill(granted, enabled, current->flag);
+}
+
+bool QCMAP_Client::GetRoaming(unsigned char* enabled, qmi_error_type_v01* error) {
+  const bool granted = Ask(error, "GetRoaming");
+  return granted && Fill(granted, enabled, current->flag);
+}
+
+bool QCMAP_Client::GetIPv4State(unsigned char* enabled, qmi_error_type_v01* error) {
+  const bool granted = Ask(error, "GetIPv4State");
+  return granted && Fill(granted, enabled, current->flag);
+}
+
+bool QCMAP_Client::GetIPv6State(unsigned char* enabled, qmi_error_type_v01* error) {
+  const bool granted = Ask(error, "GetIPv6State");
+  return granted && Fill(granted, enabled, current->flag);
+}
+
+bool QCMAP_Client::GetWWANStatus(qcmap_msgr_wwan_status_enum_v01* v4_status,
+                                 qcmap_msgr_wwan_status_enum_v01* v6_status,
+                                 qmi_error_type_v01* error) {
+  const bool granted = Ask(error, "GetWWANStatus");
+  Fill(granted, v4_status, static_cast<qcmap_msgr_wwan_status_enum_v01>(current->wwan_status[0]));
+  return Fill(granted, v6_status,
+              static_cast<qcmap_msgr_wwan_status_enum_v01>(current->wwan_status[1]));
+}
+
+bool QCMAP_Client::ConnectBackHaul(qcmap_msgr_wwan_call_type_v01 call_type,
+                                   qmi_error_type_v01* error) {
+  return Ask(error, "ConnectBackHaul", call_type);
+}
+
+bool QCMAP_Client::DisconnectBackHaul(qcmap_msgr_wwan_call_type_v01 call_type,
+                                      qmi_error_type_v01* error) {
+  return Ask(error, "DisconnectBackHaul", call_type);
+}
+
+bool QCMAP_Client::GetWWANStatistics(qcmap_msgr_ip_family_enum_v01 family,
+                                     qcmap_msgr_wwan_statistics_type_v01* statistics,
+                                     qmi_error_type_v01* error) {
+  return Fill(Ask(error, "GetWWANStatistics", family), statistics, current->statistics);
+}
+
+bool QCMAP_Client::ResetWWANStatistics(qcmap_msgr_ip_family_enum_v01 family,
+                                       qmi_error_type_v01* error) {
+  return Ask(error, "ResetWWANStatistics", family);
+}
+
+bool QCMAP_Client::GetNetworkConfiguration(qcmap_msgr_ip_family_enum_v01 family,
+                                           qcmap_nw_params_t* params, qmi_error_type_v01* error) {
+  return Fill(Ask(error, "GetNetworkConfiguration", family), params, current->addresses);
+}
+
+bool QCMAP_Client::GetLANConfig(qcmap_msgr_lan_config_v01* config, qmi_error_type_v01* error) {
+  return Fill(Ask(error, "GetLANConfig"), config, current->lan);
+}
+
+bool QCMAP_Client::SetLANConfig(qcmap_msgr_lan_config_v01 config, qmi_error_type_v01* error) {
+  char text[80];
+  snprintf(text, sizeof text, "%x %x %d %x %x %u", config.gw_ip, config.netmask, config.enable_dhcp,
+           config.dhcp_start_ip, config.dhcp_end_ip, config.lease_time);
+  return Ask(error, "SetLANConfig", text);
+}
+
+bool QCMAP_Client::ActivateLAN(qmi_error_type_v01* error) {
+  return Ask(error, "ActivateLAN");
+}
+
+bool QCMAP_Client::SetVLANConfig(qcmap_msgr_vlan_config_v01 config, qmi_error_type_v01* error,
+                                 bool* out_flag) {
+  return Ask(error, "SetVLANConfig", Field(config.iface_name), config.vlan_id, *out_flag);
+}
+
+bool QCMAP_Client::DeleteVLANConfig(qcmap_msgr_vlan_config_v01 config, qmi_error_type_v01* error) {
+  return Ask(error, "DeleteVLANConfig", Field(config.iface_name), config.vlan_id);
+}
+
+bool QCMAP_Client::GetVLANConfig(qcmap_msgr_vlan_conf_t* list, qmi_error_type_v01* error) {
+  return Fill(Ask(error, "GetVLANConfig", Cleared(list)), list, current->vlans);
+}
+
+bool QCMAP_Client::AddPDNToVLANMapping(short vlan_id, unsigned int profile_handle,
+                                       qmi_error_type_v01* error) {
+  return Ask(error, "AddPDNToVLANMapping", vlan_id, profile_handle);
+}
+
+bool QCMAP_Client::DeletePDNToVLANMapping(short vlan_id, unsigned int profile_handle,
+                                          qmi_error_type_v01* error) {
+  return Ask(error, "DeletePDNToVLANMapping", vlan_id, profile_handle);
+}
+
+bool QCMAP_Client::GetPDNtoVLANMappings(qcmap_msgr_pdn_to_vlan_mapping_v01* mappings, int* count,
+                                        qmi_error_type_v01* error) {
+  const bool granted =
+      Ask(error, "GetPDNtoVLANMappings", Cleared(mappings, QCMAP_MSGR_MAX_MAPPINGS_V01), *count);
+  std::copy(current->mappings.begin(), current->mappings.end(), mappings);
+  return Fill(granted, count, current->mapping_count);
+}
+
+bool QCMAP_Client::SetIPPassthroughConfig(qcmap_msgr_ip_passthrough_mode_enum_v01 mode, bool flag,
+                                          qcmap_msgr_ip_passthrough_config_v01* config,
+                                          qmi_error_type_v01* error) {
+  return Ask(error, "SetIPPassthroughConfig", mode, flag, config->device_type,
+             Cleared(config->mac_addr, sizeof config->mac_addr), Field(config->device_name));
+}
+
+bool QCMAP_Client::GetIPPassthroughConfig(qcmap_msgr_ip_passthrough_mode_enum_v01* mode,
+                                          qcmap_msgr_ip_passthrough_config_v01* config,
+                                          qmi_error_type_v01* error) {
+  const bool granted = Ask(error, "GetIPPassthroughConfig");
+  Fill(granted, mode,
+       static_cast<qcmap_msgr_ip_passthrough_mode_enum_v01>(current->passthrough_mode));
+  return Fill(granted, config, current->passthrough);
+}
+
+bool QCMAP_Client::GetIPPassthroughState(unsigned char* state, qmi_error_type_v01* error) {
+  const bool granted = Ask(error, "GetIPPassthroughState");
+  return granted && Fill(granted, state, current->passthrough_state);
+}
+
+extern "C" int qmi_client_message_decode(qmi_client_type, int message_type, unsigned int message_id,
+                                         const void* bytes, unsigned int length, void* record,
+                                         unsigned int record_size) {
+  const Untracked untracked;
+  if (current == nullptr) return 1;
+  if (current->decode_error != 0) return current->decode_error;
+  std::memcpy(record, bytes, std::min(length, record_size));
+  static std::mutex mutex;
+  const std::lock_guard<std::mutex> lock(mutex);
+  current->decoded = Text(message_type, message_id, length, record_size);
+  return 0;
+}
+
+namespace mox {
+namespace util {
+
+int ProcessControl::GetPidByProcessName(std::string name, int limit) {
+  const Untracked untracked;
+  NoteUtility("GetPidByProcessName", name, limit);
+  return current->pid;
+}
+
+bool NetworkManager::IsValidAddress(std::string address, bool flag) {
+  const Untracked untracked;
+  NoteUtility("IsValidAddress", address, flag);
+  return current->bad_addresses.count(address) == 0;
+}
+
+bool NetworkManager::GetIpv4DhcpRange(std::string gateway, std::string netmask, std::string& start,
+                                      std::string& end) {
+  const Untracked untracked;
+  NoteUtility("GetIpv4DhcpRange", gateway, netmask);
+  if (current->derived_range.empty()) return false;
+  start = current->derived_range.at(0);
+  end = current->derived_range.at(1);
+  return true;
+}
+
+bool NetworkManager::CheckIpv4DhcpRangeValidation(std::string gateway, std::string netmask,
+                                                  std::string start, std::string end) {
+  const Untracked untracked;
+  NoteUtility("CheckIpv4DhcpRangeValidation", gateway, netmask, start, end);
+  return current->range_fits;
+}
+
+bool NetworkManager::CheckIpv4MacValidation(std::string text) {
+  const Untracked untracked;
+  NoteUtility("CheckIpv4MacValidation", text);
+  return current->is_mac;
+}
+
+bool EventDic::AddParam(Param param, std::string value) {
+  return params_.emplace(param, std::move(value)).second;
+}
+
+}  // namespace util
+}  // namespace mox

@@ -1,0 +1,45 @@
+/// A wrapper in front of scripted libraries.
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "allocation.h"
+#include "log_capture.h"
+#include "mox/vendor/qcom/qcmap/subscription.h"
+#include "scripted_client.h"
+
+using mox::Result;
+using mox::util::EventDic;
+using mox::util::IPFamily;
+using mox::vendor::qcom::qcmap::QcmapWrapper;
+using mox::wwan::DataManager;
+using mox::wwan::MobileapManager;
+using mox::wwan::Tech;
+
+using Lines = std::vector<std::string>;
+
+constexpr char kSelection[] = "bool @ChangeWwanProfile(uint32_t)";
+const Lines kSelectSecond = {"GetWWANPolicyList", "SetWWANProfileHandlePreference 22"};
+
+/// The wrapper is connected, unless `server_pid` says that there is no server; what that took is
+/// forgotten.
+struct Session {
+  explicit Session(int server_pid = 4711) : script(server_pid) {
+    QcmapWrapper::s_ins_ = &wrapper;
+    Forget();
+  }
+  ~Session() { QcmapWrapper::s_ins_ = nullptr; }
+
+  void Forget() {
+    script.TakeRequests();
+    script.utility_calls.clear();
+    TakeLog();
+  }
+
+  Script script;
+  QcmapWrapper wrapper;
+};

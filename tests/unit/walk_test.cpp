@@ -1,0 +1,349 @@
+/// Every operation along its four paths: no server, profile refused, request refused, granted.
+#include <unistd.h>
+
+#include <algorithm>
+#include <functional>
+#include <new>
+
+#include "session.h"
+
+namespace {
+
+using testing::ElementsAreArray;
+
+struct Refusal {
+  std::string request;
+  /// Priority and text of each line.
+  Lines log;
+};
+
+struct Operation {
+  std::string signature;
+  /// Acts on profile 1, if on any.
+  std::function<int(QcmapWrapper&)> call;
+  /// How often it selects its profile.
+  int selections;
+  Lines requests;
+  Lines log;
+  std::vector<Refusal> refusals;
+  /// What a success may allocate: the lists and texts that it returns.
+  int allocations;
+};
+
+void PrintTo(const Operation& operation, std::ostream* out) {
+  *out << operation.signature;
+}
+
+int Code(bool success) {
+  return success ? 0 : 1;
+}
+int Code(Result result) {
+  return static_cast<int>(result);
+}
+
+template <typename Call>
+Operation Row(const std::string& signature, int selections, const Lines& requests, const Lines& log,
+              const std::vector<Refusal>& refusals, Call call, int allocations = 0) {
+  return {signature,  [call](QcmapWrapper& w) { return Code(call(w)); },
+          selections, requests,
+          log,        refusals,
+          allocations};
+}
+
+/// An operation with one request, no trace, and a refusal told in one line.
+template <typename Call>
+Operation Plain(const std::string& signature, int selections, const std::string& request,
+                const std::string& refusal, Call call, int allocations = 0) {
+  const std::string name = request.substr(0, request.find(' '));
+  return Row(signature, selections, {request}, {}, {{name, {"3 " + refusal}}}, call, allocations);
+}
+
+Lines Prefixed(const Operation& operation, const Lines& log) {
+  Lines lines;
+  for (const std::string& line : log) {
+    lines.push_back(Line(line[0] - '0', operation.signature, line.substr(2)));
+  }
+  return lines;
+}
+
+std::vector<Operation> Operations() {
+  static bool flag;
+  static profile_handle_type_v01 handle;
+  static DataManager::WwanPolicy policy;
+  static DataManager::ConnectStatus v4, v6;
+  static QcmapWrapper::WWANStatics counters;
+  static std::string gateway, netmask, start, end;
+  static int lease;
+  static MobileapManager::VlanConfig vlan = {3, 100, 1};
+  static MobileapManager::IpPassthroughConfig host = {MobileapManager::DeviceType::USB_HOST,
+                                                      "laptop", 0};
+  using W = QcmapWrapper;
+  const std::string list_error = "3 QCMAP_Client::GetWWANPolicyList error 59[0x3b]\n";
+  const std::string policy_numbers = "7 profile_v4 5 profile_v6 7 profile_1 9 profile_2 7\n";
+  const std::string policy_update = "7 index 1 ip_family 1 update_req 2\n";
+  const std::string set_error = "3 QCMAP_Client::SetWWANPolicy error 59[0x3b]\n";
+  const std::string record = "tech 1 family 4 v4 9 9 v6 7 7";
+  const std::string lan_range = "7 dhcp_start_ip 192.168.1.20 dhcp_end_ip 192.168.1.60\n";
+  const std::string lan_record =
+      "7 gw_ip c0a80101 netmask ffffff00 enable_dhcp 1 dhcp_start_ip c0a80114 dhcp_end_ip "
+      "c0a8013c\n";
+  const std::string taking_down =
+      "7 DisconnectBackhaul call_type [2] pid [" + std::to_string(getpid()) + "]\n";
+  const std::string passthrough = "7 enabled 1 pt_mode 0x1\n";
+  return {
+      Row(kSelection, 0, kSelectSecond, {},
+          {{"GetWWANPolicyList", {list_error}},
+           {"SetWWANProfileHandlePreference",
+            {"3 QCMAP_Client::SetWWANProfileHandlePreference error 59[0x3b]\n"}}},
+          [](W& w) { return w.ChangeWwanProfile(1); }),
+      Plain("bool @GetProfileHandle(uint32_t, profile_handle_type_v01&)", 1, "GetWWANPolicyList",
+            "QCMAP_Client::GetWWANPolicyList error 59[0x3b]\n",
+            [](W& w) { return w.GetProfileHandle(1, handle); }),
+      Row("bool @SetWwanPolicy(uint32_t, mox::wwan::Tech, mox::util::IPFamily, int, int)", 1,
+          {"GetWWANPolicy cleared", "UpdateWWANPolicy 2 " + record, "UpdateWWANPolicy 3 " + record},
+          {policy_numbers, policy_update},
+          {{"GetWWANPolicy", {"3 QCMAP_Client::GetWWANPolicy error 59[0x3b]\n"}},
+           {"UpdateWWANPolicy", {policy_numbers, policy_update, set_error}}},
+          [](W& w) { return w.SetWwanPolicy(1, Tech::TECH_3GPP, IPFamily::IPV4, 9, 7); }),
+      Plain("bool @CreateWwanPolicy(mox::wwan::Tech, mox::util::IPFamily, uint8_t, uint8_t)", 0,
+            "CreateWWANPolicy tech 2 family 6 v4 0 0 v6 30 30",
+            "QCMAP_Client::CreateWWANPolicy error 59[0x3b]\n",
+            [](W& w) { return w.CreateWwanPolicy(Tech::TECH_3GPP2, IPFamily::IPV6, 0, 30); }),
+      Plain("bool @DeleteWwanPolicy(uint8_t)", 1, "DeleteWWANPolicy",
+            "QCMAP_Client::DeleteWWANPolicy error 59[0x3b]\n",
+            [](W& w) { return w.DeleteWwanPolicy(1); }),
+      Plain("bool @GetWwanPolicy(uint32_t, mox::wwan::DataManager::WwanPolicy&)", 1,
+            "GetWWANPolicy cleared", "QCMAP_Client::GetWWANPolicy error 59[3b]\n",
+            [](W& w) { return w.GetWwanPolicy(1, policy); }),
+      Plain(
+          "bool @GetWwanPolicies(std::vector<mox::wwan::DataManager::WwanPolicy>&)", 0,
+          "GetWWANPolicyList", "QCMAP_Client::GetWWANPolicyList error 59[0x3b]\n",
+          [](W& w) {
+            std::vector<DataManager::WwanPolicy> policies;
+            return w.GetWwanPolicies(policies);
+          },
+          1),
+      Plain("bool @SetAutoConnect(uint32_t, bool)", 1, "SetAutoconnect 1",
+            "QCMAP_Client::SetAutoConnect error 59[0x3b]\n",
+            [](W& w) { return w.SetAutoConnect(1, true); }),
+      Plain("bool @GetAutoConnect(uint32_t, bool&)", 1, "GetAutoconnect",
+            "QCMAP_Client::GetAutoConnect error 59[0x3b]\n",
+            [](W& w) { return w.GetAutoConnect(1, flag); }),
+      Plain("bool @SetRoaming(uint32_t, bool)", 1, "SetRoaming 0",
+            "QCMAP_Client::SetRoaming error 59[0x3b]\n",
+            [](W& w) { return w.SetRoaming(1, false); }),
+      Plain("bool @GetRoaming(uint32_t, bool&)", 1, "GetRoaming",
+            "QCMAP_ClientGetRoaming error 59[0x3b]\n", [](W& w) { return w.GetRoaming(1, flag); }),
+      Plain("bool @EnableIpv4(uint32_t)", 1, "EnableIPV4",
+            "QCMAP_Client::EnableIPV4 error 59[0x3b]\n", [](W& w) { return w.EnableIpv4(1); }),
+      Plain("bool @DisableIpv4(uint32_t)", 1, "DisableIPV4",
+            "QCMAP_Client::DisableIPV4 error 59[0x3b]\n", [](W& w) { return w.DisableIpv4(1); }),
+      Plain("bool @EnableIpv6(uint32_t)", 1, "EnableIPV6",
+            "QCMAP_Client::EnableIPV6 error 59[0x3b]\n", [](W& w) { return w.EnableIpv6(1); }),
+      Plain("bool @DisableIpv6(uint32_t)", 1, "DisableIPV6",
+            "QCMAP_Client::DisableIPV6 error 59[0x3b]\n", [](W& w) { return w.DisableIpv6(1); }),
+      Plain("bool @GetIpv4State(uint32_t, bool&)", 1, "GetIPv4State",
+            "QCMAP_Client::GetIPv4State  error 59[0x3b]\n",
+            [](W& w) { return w.GetIpv4State(1, flag); }),
+      Plain("bool @GetIpv6State(uint32_t, bool&)", 1, "GetIPv6State",
+            "QCMAP_Client::GetIPv6State  error 59[0x3b]\n",
+            [](W& w) { return w.GetIpv6State(1, flag); }),
+      Plain("bool @GetWwanConnectStatus(uint32_t, mox::wwan::DataManager::ConnectStatus&, "
+            "mox::wwan::DataManager::ConnectStatus&)",
+            1, "GetWWANStatus", "QCMAP_Client::GetWWANStatus error 59[0x3b]",
+            [](W& w) { return w.GetWwanConnectStatus(1, v4, v6); }),
+      Row("mox::Result @ConnectBackhaul(uint32_t, mox::util::IPFamily)", 2,
+          {"GetWWANStatus", "ConnectBackHaul 1"}, {"7 ip_family [1] call_type [0x1]\n"},
+          {{"ConnectBackHaul",
+            {"7 ip_family [1] call_type [0x1]\n",
+             "3 QCMAP_Client::ConnectBackhaul error 59[0x3b]\n"}}},
+          [](W& w) { return w.ConnectBackhaul(1, IPFamily::IPV4); }),
+      Row("mox::Result @DisconnectBackhaul(uint32_t, mox::util::IPFamily)", 1,
+          {"GetWWANStatus", "DisconnectBackHaul 2"}, {taking_down},
+          {{"DisconnectBackHaul",
+            {taking_down, "3 QCMAP_Client::DisconnectBackhaul error 59[0x3b]\n"}}},
+          [](W& w) { return w.DisconnectBackhaul(1, IPFamily::IPV6); }),
+      Plain("mox::Result @GetWWANStatistics(uint32_t, mox::util::IPFamily, WWANStatics&)", 1,
+            "GetWWANStatistics 10", "QCMAP_Client::GetWWANStatistics error 59",
+            [](W& w) { return w.GetWWANStatistics(1, IPFamily::IPV4V6, counters); }),
+      Plain("mox::Result @ResetWWANStatistics(uint32_t, mox::util::IPFamily)", 1,
+            "ResetWWANStatistics 6", "QCMAP_Client::ResetWWANStatistics error 59",
+            [](W& w) { return w.ResetWWANStatistics(1, IPFamily::IPV6); }),
+      Plain(
+          "mox::Result @GetNetworkConfig(uint32_t, mox::util::IPFamily, "
+          "mox::wwan::DataManager::NetworkConfig&)",
+          1, "GetNetworkConfiguration 6", "QCMAP_Client::GetNetworkConfiguration error 59[0x3b]\n",
+          [](W& w) {
+            DataManager::NetworkConfig config;
+            return w.GetNetworkConfig(1, IPFamily::IPV6, config);
+          },
+          3),
+      Row("bool @GetLanConfig(std::string&, std::string&, bool&, std::string&, std::string&, int&)",
+          0, {"GetLANConfig"},
+          {"7 gw [192.168.1.1] nm [255.255.255.0] denable [1] dstart [192.168.1.20] dend "
+           "[192.168.1.60] lease_time [3600]\n"},
+          {{"GetLANConfig", {"3 QCMAP_Client::GetLANConfig error 59[3b]\n"}}},
+          [](W& w) { return w.GetLanConfig(gateway, netmask, flag, start, end, lease); }),
+      Row("bool @SetLanConfig(std::string, std::string, bool, std::string, std::string, uint32_t)",
+          0, {"GetLANConfig", "SetLANConfig c0a80101 ffffff00 1 c0a80114 c0a8013c 3600"},
+          {lan_range, lan_record},
+          {{"SetLANConfig", {lan_range, lan_record, "3 SetLANConfig errno [59]\n"}}},
+          [](W& w) {
+            return w.SetLanConfig("192.168.1.1", "255.255.255.0", true, "192.168.1.20",
+                                  "192.168.1.60", 3600);
+          }),
+      Plain("bool @ActivateLan()", 0, "ActivateLAN", "QCMAP_Client::ActivateLan  error 59[0x3b]\n",
+            [](W& w) { return w.ActivateLan(); }),
+      Plain("bool @SetVlanConfig(mox::wwan::MobileapManager::VlanConfig&)", 0,
+            "SetVLANConfig eth0 100 0", "QCMAP_Client::SetVLANConfig error 59[0x3b]\n",
+            [](W& w) { return w.SetVlanConfig(vlan); }),
+      Plain("bool @DeleteVlanConfig(mox::wwan::MobileapManager::VlanConfig&)", 0,
+            "DeleteVLANConfig eth0 100", "QCMAP_Client::DeleteVLANConfig error 59[0x3b]\n",
+            [](W& w) { return w.DeleteVlanConfig(vlan); }),
+      Plain(
+          "bool @GetVlanConfigs(std::vector<mox::wwan::MobileapManager::VlanConfig>&)", 0,
+          "GetVLANConfig cleared", "QCMAP_Client::GetVLANConfig error 59[0x3b]\n",
+          [](W& w) {
+            std::vector<MobileapManager::VlanConfig> vlans;
+            return w.GetVlanConfigs(vlans);
+          },
+          1),
+      Row("bool @SetPdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig&)", 0,
+          {"GetWWANPolicyList", "AddPDNToVLANMapping 100 22"}, {},
+          {{"GetWWANPolicyList", {list_error}},
+           {"AddPDNToVLANMapping", {"3 QCMAP_Client::SetPDNtoVLANMapping error 59[0x3b]\n"}}},
+          [](W& w) { return w.SetPdnToVlanMapping(vlan); }),
+      Row("bool @DeletePdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig&)", 0,
+          {"GetPDNtoVLANMappings cleared 0", "GetWWANPolicyList", "GetWWANPolicyList",
+           "DeletePDNToVLANMapping 100 22"},
+          {},
+          {{"GetPDNtoVLANMappings", {"3 QCMAP_Client::GetPDNtoVLANMappings error 59[0x3b]\n"}},
+           {"GetWWANPolicyList", {list_error}},
+           {"DeletePDNToVLANMapping", {"3 QCMAP_Client::DeletePDNToVLANMapping error 59[0x3b]\n"}}},
+          [](W& w) {
+            MobileapManager::VlanConfig unknown = {3, 100, -1};
+            return w.DeletePdnToVlanMapping(unknown);
+          }),
+      Row(
+          "bool @GetPdnToVlanMapping(std::vector<mox::wwan::MobileapManager::VlanMapping>&)", 0,
+          {"GetPDNtoVLANMappings cleared 0", "GetWWANPolicyList"}, {},
+          {{"GetPDNtoVLANMappings", {"3 QCMAP_Client::GetPDNtoVLANMappings error 59[0x3b]\n"}},
+           {"GetWWANPolicyList", {list_error}}},
+          [](W& w) {
+            std::vector<MobileapManager::VlanMapping> mappings;
+            return w.GetPdnToVlanMapping(mappings);
+          },
+          1),
+      Plain("bool @SetIpPassthrough(bool, mox::wwan::MobileapManager::IpPassthroughConfig&)", 0,
+            "SetIPPassthroughConfig 1 1 3 cleared laptop",
+            "QCMAP_Client::SetIPPassthroughConfig error 59[0x3b]\n",
+            [](W& w) { return w.SetIpPassthrough(true, host); }),
+      Row("bool @GetIpPassthrough(bool&, mox::wwan::MobileapManager::IpPassthroughConfig&)", 0,
+          {"GetIPPassthroughConfig", "GetIPPassthroughState"}, {passthrough},
+          {{"GetIPPassthroughConfig", {"3 QCMAP_Client::GetIPPassthroughConfig error 59[0x3b]\n"}},
+           {"GetIPPassthroughState",
+            {passthrough, "3 QCMAP_Client::GetIPPassthroughState error 59[0x3b]\n"}}},
+          [](W& w) { return w.GetIpPassthrough(flag, host); }),
+  };
+}
+
+/// Answers that let every operation of the table succeed.
+void Grant(Script& script) {
+  script.addresses.v6[0][0] = script.addresses.v6[1][0] = script.addresses.v6[2][0] = 0x20;
+  for (auto& address : script.addresses.v6) std::fill_n(address + 1, 15, uint8_t{0x11});
+  script.vlans.vlan_config_len = 3;
+  script.mapping_count = 3;
+  script.mappings = {{22, 7}, {22, 100}, {11, 100}};
+}
+
+class Walk : public testing::TestWithParam<Operation> {};
+
+TEST_P(Walk, WithoutServerSendsNothing) {
+  Session session(-1);
+  EXPECT_EQ(GetParam().call(session.wrapper), 1);
+  EXPECT_EQ(session.script.clients_made, 0);
+  EXPECT_THAT(
+      TakeLog(),
+      ElementsAreArray({Line(7, "bool @IsQcmapAlive()", "QCMAP_ConnectionManager pid -1\n"),
+                        Line(4, "bool @ConnectToQcmapIfNeeded()", "QCMAP server is not alive")}));
+}
+
+TEST_P(Walk, WithProfileRefusedSendsNoRequestOfItsOwn) {
+  const auto selections = static_cast<size_t>(GetParam().selections);
+  if (selections == 0) return;
+  Session session;
+  session.script.Refuse("GetWWANPolicyList");
+  EXPECT_EQ(GetParam().call(session.wrapper), 1);
+  EXPECT_THAT(session.script.TakeRequests(),
+              ElementsAreArray(Lines(selections, "GetWWANPolicyList")));
+  EXPECT_THAT(
+      TakeLog(),
+      ElementsAreArray(Lines(
+          selections, Line(3, kSelection, "QCMAP_Client::GetWWANPolicyList error 59[0x3b]\n"))));
+}
+
+TEST_P(Walk, RefusedTellsWhy) {
+  for (const Refusal& refusal : GetParam().refusals) {
+    SCOPED_TRACE("refused: " + refusal.request);
+    Session session;
+    Grant(session.script);
+    ASSERT_TRUE(GetParam().selections == 0 || session.wrapper.ChangeWwanProfile(1));
+    session.Forget();
+    session.script.Refuse(refusal.request);
+    EXPECT_EQ(GetParam().call(session.wrapper), 1);
+    Lines requests = GetParam().requests;
+    const auto is_refused = [&](const std::string& request) {
+      return request.substr(0, request.find(' ')) == refusal.request;
+    };
+    requests.erase(std::find_if(requests.begin(), requests.end(), is_refused) + 1, requests.end());
+    EXPECT_THAT(session.script.TakeRequests(), ElementsAreArray(requests));
+    EXPECT_THAT(TakeLog(), ElementsAreArray(Prefixed(GetParam(), refusal.log)));
+  }
+}
+
+TEST_P(Walk, GrantedSendsItsRequestsInOrder) {
+  Session session;
+  Grant(session.script);
+  int allocated = 0;
+  {
+    const Allocations allocations;
+    EXPECT_EQ(GetParam().call(session.wrapper), 0);
+    allocated = allocations.count();
+  }
+  EXPECT_LE(allocated, GetParam().allocations);
+  Lines requests = GetParam().selections > 0 ? kSelectSecond : Lines();
+  requests.insert(requests.end(), GetParam().requests.begin(), GetParam().requests.end());
+  EXPECT_THAT(session.script.TakeRequests(), ElementsAreArray(requests));
+  EXPECT_THAT(TakeLog(), ElementsAreArray(Prefixed(GetParam(), GetParam().log)));
+}
+
+TEST_P(Walk, SurvivesEachFailedAllocation) {
+  for (const bool and_after : {false, true}) {
+    bool failed = true;
+    for (int n = 1; failed; ++n) {
+      SCOPED_TRACE("allocation " + std::to_string(n));
+      ASSERT_LT(n, 50);
+      Session session(-1);
+      Grant(session.script);
+      session.script.pid = 4711;
+      try {
+        const Allocations allocations(n, and_after);
+        failed = false;
+        GetParam().call(session.wrapper);
+      } catch (const std::bad_alloc&) {
+        failed = true;
+      }
+      EXPECT_EQ(GetParam().call(session.wrapper), 0);
+      EXPECT_EQ(session.script.live_clients, 1);
+    }
+  }
+  TakeLog();
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Walk, testing::ValuesIn(Operations()), [](const auto& row) {
+  const std::string& signature = row.param.signature;
+  const size_t at = signature.find('@') + 1;
+  return signature.substr(at, signature.find('(') - at);
+});
+
+}  // namespace
