@@ -1,0 +1,122 @@
+/// Receives a client's datagrams one by one, and sends what it is to get.
+#include "server/connection.h"
+
+#include <sys/socket.h>
+
+namespace sim {
+namespace {
+
+/// For the first datagram, and for a reply to be taken.
+constexpr std::chrono::seconds kTimeLimit{5};
+/// A minute and more of a busy modem's indications.
+constexpr size_t kMaxUnsent = 8192;
+
+}  // namespace
+
+Connection::Connection(Hub& hub, Hub::Protocol::socket socket)
+    : hub_(hub), socket_(std::move(socket)), timer_(hub.io_) {
+  hub_.connections_.insert(this);
+}
+
+Connection::~Connection() {
+  hub_.connections_.erase(this);
+  if (session_ == nullptr) return;
+  for (Connection* other : hub_.connections_)
+    if (other->session_ == session_) other->Close();
+}
+
+void Connection::Start() {
+  SetTimeLimit("a client said nothing");
+  Receive();
+}
+
+void Connection::Close() {
+  asio::error_code ignored;
+  socket_.close(ignored);
+  timer_.cancel();
+}
+
+void Connection::CloseBecause(const char* reason) {
+  hub_.Complain(std::string(reason) + ", connection closed");
+  Close();
+}
+
+void Connection::SetTimeLimit(const char* reason) {
+  timer_.expires_after(kTimeLimit);
+  timer_.async_wait([weak = weak_from_this(), reason](const asio::error_code& cancelled) {
+    const auto self = weak.lock();
+    if (!cancelled && self) self->CloseBecause(reason);
+  });
+}
+
+void Connection::Receive() {
+  receiving_ = true;
+  socket_.async_receive(asio::buffer(received_), received_flags_,
+                        [self = shared_from_this()](const asio::error_code& error, size_t size) {
+                          self->receiving_ = false;
+                          if (error || size == 0) return self->Close();
+                          self->OnDatagram(size);
+                        });
+}
+
+void Connection::OnDatagram(size_t size) {
+  Header header;
+  if (size < sizeof header || (received_flags_ & MSG_TRUNC) != 0)
+    return CloseBecause("a datagram of no known size");
+  std::memcpy(&header, received_.data(), sizeof header);
+  if (session_ == nullptr) {
+    if (!Open(header, size)) CloseBecause("a client did not open its session");
+    return;
+  }
+  if (gets_indications_) return CloseBecause("a request came where indications go");
+  std::string reply = hub_.requests_->Answer(*session_, received_.data(), size);
+  if (hub_.latency_.count() == 0) return Send(std::move(reply));
+  timer_.expires_after(hub_.latency_);
+  timer_.async_wait([self = shared_from_this(), reply](const asio::error_code& cancelled) {
+    if (!cancelled) self->Send(reply);
+  });
+}
+
+bool Connection::Open(const Header& header, size_t size) {
+  uint32_t handle;
+  if (header.id != message::OpenSession::kId || size != sizeof header + sizeof handle) return false;
+  std::memcpy(&handle, received_.data() + sizeof header, sizeof handle);
+  if (handle == 0) {
+    session_ = std::make_shared<Session>(Session{hub_.NewHandle()});
+  } else {
+    for (const Connection* other : hub_.connections_) {
+      if (other->session_ == nullptr || other->session_->handle != handle) continue;
+      if (session_ != nullptr) return false;  // it has both already
+      session_ = other->session_;
+    }
+    if (session_ == nullptr) return false;
+    gets_indications_ = true;
+  }
+  timer_.cancel();
+  Send(MakeDatagram(
+      header.id, header.transaction, QMI_ERR_NONE_V01,
+      std::string(reinterpret_cast<const char*>(&session_->handle), sizeof session_->handle)));
+  return true;
+}
+
+void Connection::Send(std::string datagram) {
+  if (!socket_.is_open()) return;
+  if (unsent_.size() == kMaxUnsent) return CloseBecause("a client does not read its indications");
+  unsent_.push_back(std::move(datagram));
+  if (unsent_.size() == 1) SendNext();
+}
+
+// A client's next request waits until it has been sent the reply to its last.
+void Connection::SendNext() {
+  if (!gets_indications_) SetTimeLimit("a client does not read its replies");
+  socket_.async_send(asio::buffer(unsent_.front()), 0,
+                     [self = shared_from_this()](const asio::error_code& error, size_t) {
+                       if (error) return self->Close();
+                       self->unsent_.pop_front();
+                       if (!self->unsent_.empty()) return self->SendNext();
+                       if (!self->gets_indications_) self->timer_.cancel();
+                       if (!self->receiving_) self->Receive();
+                     });
+}
+
+}  // namespace sim

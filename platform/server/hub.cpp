@@ -1,0 +1,100 @@
+/// Accepting clients, and indications to them.
+#include "server/hub.h"
+
+#include <fcntl.h>
+#include <sys/socket.h>
+
+#include <cstdio>
+
+#include "protocol/indication_elements.h"
+#include "protocol/socket_path.h"
+#include "server/connection.h"
+
+namespace sim {
+namespace {
+
+constexpr size_t kMaxConnections = 256;
+constexpr Milliseconds kAcceptPause{100};
+constexpr std::chrono::seconds kComplaintInterval{1};
+
+void AppendElement(std::string& elements, uint8_t type, uint32_t value) {
+  elements.push_back(static_cast<char>(type));
+  elements.push_back(sizeof value);
+  elements.push_back(0);
+  for (unsigned shift = 0; shift < 32; shift += 8)
+    elements.push_back(static_cast<char>(value >> shift & 0xFF));
+}
+
+}  // namespace
+
+Hub::Hub(asio::io_context& io, Milliseconds latency)
+    : io_(io), latency_(latency), acceptor_(io), pause_(io) {}
+
+void Hub::Accept(int listening_fd, Requests& requests) {
+  requests_ = &requests;
+  acceptor_.assign(Protocol(AF_UNIX, 0), listening_fd);
+  AcceptNext();
+}
+
+void Hub::Close() {
+  acceptor_.close();
+  for (Connection* connection : connections_) connection->Close();
+  io_.restart();
+  io_.poll();
+}
+
+void Hub::AcceptNext() {
+  acceptor_.async_accept([this](const asio::error_code& error, Protocol::socket socket) {
+    if (error == asio::error::operation_aborted) return;
+    if (error) {  // most likely out of descriptors; asking again at once would not help
+      Complain("cannot accept: " + error.message());
+      pause_.expires_after(kAcceptPause);
+      pause_.async_wait([this](const asio::error_code& stopped) {
+        if (!stopped) AcceptNext();
+      });
+      return;
+    }
+    AcceptNext();
+    if (connections_.size() >= kMaxConnections) {
+      Complain("too many connections, one refused");
+    } else if (!IsTrustedPeer(socket.native_handle())) {
+      Complain("another user's connection refused");
+    } else {
+      ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
+      std::make_shared<Connection>(*this, std::move(socket))->Start();
+    }
+  });
+}
+
+void Hub::Indicate(uint32_t session, const Indication& indication) {
+  for (Connection* connection : connections_) {
+    const uint32_t handle = connection->IndicatedHandle();
+    if (handle == 0 || (session != 0 && session != handle)) continue;
+    std::string elements;
+    AppendElement(elements, kMobileApHandleElement, indication.mobile_ap_handle.value_or(handle));
+    AppendElement(elements, kStatusElement, static_cast<uint32_t>(indication.status));
+    if (indication.profile) AppendElement(elements, kProfileHandleElement, *indication.profile);
+    connection->Send(MakeDatagram(indication.id, 0, QMI_ERR_NONE_V01, elements));
+  }
+}
+
+void Hub::IndicateRaw(uint32_t id, const std::string& elements) {
+  for (Connection* connection : connections_)
+    if (connection->IndicatedHandle() != 0)
+      connection->Send(MakeDatagram(id, 0, QMI_ERR_NONE_V01, elements));
+}
+
+void Hub::Complain(const std::string& complaint) {
+  const auto now = asio::steady_timer::clock_type::now();
+  if (now - complained_ < kComplaintInterval) {
+    ++complaints_left_out_;
+    return;
+  }
+  std::fprintf(stderr, "QCMAP_ConnectionManager: %s", complaint.c_str());
+  if (complaints_left_out_ > 0) std::fprintf(stderr, " (and %u more)", complaints_left_out_);
+  std::fputc('\n', stderr);
+  complained_ = now;
+  complaints_left_out_ = 0;
+}
+
+}  // namespace sim

@@ -1,0 +1,126 @@
+/// Creates and removes the server's socket.
+#include "server/listening_socket.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <stdexcept>
+
+#include "protocol/socket_path.h"
+
+namespace sim {
+namespace {
+
+constexpr int kBacklog = 128;
+
+[[noreturn]] void Refuse(const std::string& path, const std::string& reason) {
+  throw std::runtime_error(path + ": " + reason);
+}
+
+[[noreturn]] void RefuseForErrno(const std::string& path, const std::string& what) {
+  Refuse(path, what + ": " + std::strerror(errno));
+}
+
+}  // namespace
+
+// Once the private constructor is done, the destructor cleans up whatever the rest has made.
+ListeningSocket::ListeningSocket(const std::string& path) : ListeningSocket() {
+  sockaddr_un address;
+  if (!ToAddress(path, address))
+    Refuse(path, "a socket's path has 1 to " + std::to_string(sizeof address.sun_path - 1) +
+                     " characters");
+  const size_t slash = path.rfind('/');
+  directory_ = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+  name_ = path.substr(slash + 1);
+  lock_name_ = name_ + ".lock";
+  if (name_.empty()) Refuse(path, "is a directory");
+  OpenDirectory();
+  Lock();
+  RemoveStaleSocket();
+  Listen();
+}
+
+ListeningSocket::~ListeningSocket() {
+  if (bound_) ::unlinkat(directory_fd_, name_.c_str(), 0);
+  if (lock_fd_ >= 0) {
+    ::unlinkat(directory_fd_, lock_name_.c_str(), 0);
+    ::close(lock_fd_);
+  }
+  if (directory_fd_ >= 0) ::close(directory_fd_);
+  if (made_directory_) ::rmdir(directory_.c_str());
+}
+
+// From here on everything is done through the descriptor, whatever becomes of the path.
+void ListeningSocket::OpenDirectory() {
+  // With a slash at its end, a symbolic link would be followed.
+  while (directory_.size() > 1 && directory_.back() == '/') directory_.pop_back();
+  made_directory_ = ::mkdir(directory_.c_str(), 0700) == 0;
+  directory_fd_ = ::open(directory_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+  struct stat status;
+  if (directory_fd_ < 0 || ::fstat(directory_fd_, &status) != 0)
+    RefuseForErrno(directory_, "cannot open the directory");
+  if (status.st_uid != ::geteuid()) Refuse(directory_, "the directory is another user's");
+  if ((status.st_mode & 022) != 0) Refuse(directory_, "others can write to the directory");
+}
+
+// A lock file that was removed between opening and locking it guards nothing any more.
+void ListeningSocket::Lock() {
+  for (;;) {
+    const int fd = ::openat(directory_fd_, lock_name_.c_str(),
+                            O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
+    if (fd < 0) RefuseForErrno(directory_ + "/" + lock_name_, "cannot open the lock file");
+    struct stat opened, present;
+    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+      ::close(fd);
+      Refuse(directory_ + "/" + name_, "a server is already running");
+    }
+    if (::fstat(fd, &opened) == 0 &&
+        ::fstatat(directory_fd_, lock_name_.c_str(), &present, AT_SYMLINK_NOFOLLOW) == 0 &&
+        opened.st_ino == present.st_ino) {
+      lock_fd_ = fd;
+      return;
+    }
+    ::close(fd);
+  }
+}
+
+sockaddr_un ListeningSocket::Address() const {
+  sockaddr_un address;
+  if (!ToAddress("/proc/self/fd/" + std::to_string(directory_fd_) + "/" + name_, address))
+    Refuse(directory_ + "/" + name_, "the name is too long");
+  return address;
+}
+
+void ListeningSocket::RemoveStaleSocket() {
+  const std::string path = directory_ + "/" + name_;
+  struct stat status;
+  if (::fstatat(directory_fd_, name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;
+  if (!S_ISSOCK(status.st_mode)) Refuse(path, "exists and is not a socket");
+  if (status.st_uid != ::geteuid()) Refuse(path, "is another user's socket");
+  const sockaddr_un address = Address();
+  const int fd = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+  const int result = ::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+  const bool is_stale = result != 0 && errno == ECONNREFUSED;
+  if (fd >= 0) ::close(fd);
+  if (!is_stale) Refuse(path, "a server is already running");
+  if (::unlinkat(directory_fd_, name_.c_str(), 0) != 0) RefuseForErrno(path, "cannot be replaced");
+}
+
+void ListeningSocket::Listen() {
+  const sockaddr_un address = Address();
+  fd_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+  const mode_t before = ::umask(0177);
+  bound_ =
+      fd_ >= 0 && ::bind(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  ::umask(before);
+  if (!bound_ || ::listen(fd_, kBacklog) != 0) {
+    const int error = errno;
+    if (fd_ >= 0) ::close(fd_);
+    errno = error;
+    RefuseForErrno(directory_ + "/" + name_, "cannot listen");
+  }
+}
+
+}  // namespace sim

@@ -1,0 +1,115 @@
+/// A simulated modem's Mobile AP server, for developing without a modem.
+#include <signal.h>
+
+#include <CLI/CLI.hpp>
+#include <asio/io_context.hpp>
+#include <asio/signal_set.hpp>
+#include <cstdio>
+#include <new>
+
+#include "protocol/socket_path.h"
+#include "server/console.h"
+#include "server/hub.h"
+#include "server/listening_socket.h"
+
+namespace {
+
+constexpr int kUsageError = 2;
+constexpr int64_t kMaxMs = 3600 * 1000;
+
+struct Options {
+  std::string socket = sim::DefaultSocketPath();
+  int64_t call_time_ms = 200, latency_ms = 0, profiles = 3, traffic = 10000;
+  std::string network = "on";
+  std::vector<std::string> failures;
+  bool console = false;
+};
+
+void Declare(CLI::App& app, Options& options) {
+  app.add_option("--socket", options.socket,
+                 "Where clients connect [$QCMAP_SOCKET, else $XDG_RUNTIME_DIR/qcmap/server, else "
+                 "/tmp/qcmap-UID/server]");
+  app.add_option("--profiles", options.profiles, "Number of profiles at the start [3]")
+      ->check(CLI::Range(0, int{QCMAP_MSGR_MAX_WWAN_POLICY_V01}));
+  app.add_option("--call-time", options.call_time_ms,
+                 "Milliseconds that connecting and disconnecting take [200]")
+      ->check(CLI::Range(int64_t{0}, kMaxMs));
+  app.add_option("--network", options.network, "Whether there is a network at the start [on]")
+      ->check(CLI::IsMember({"on", "off"}));
+  app.add_option("--traffic", options.traffic,
+                 "Bytes that each connected family receives in a second [10000]")
+      ->check(CLI::Range(int64_t{0}, int64_t{1} << 40));
+  app.add_option("--latency", options.latency_ms, "Milliseconds before each reply [0]")
+      ->check(CLI::Range(int64_t{0}, kMaxMs));
+  app.add_option("--fail", options.failures,
+                 "REQUEST[:ERROR[:COUNT]], a request to refuse, as ConnectBackHaul:13:1; with "
+                 "error 3 and every time unless given; may be repeated")
+      ->take_all();
+  app.add_flag("--console", options.console, "Read commands from standard input; try help");
+}
+
+sim::Modem::Settings Settings(const Options& options) {
+  return {static_cast<size_t>(options.profiles), sim::Milliseconds(options.call_time_ms),
+          options.network == "on", static_cast<uint64_t>(options.traffic)};
+}
+
+/// Serves until a signal or the console ends it.
+void Serve(const Options& options, asio::io_context& io, sim::Requests& requests, sim::Hub& hub,
+           sim::Model& model) {
+  sim::ListeningSocket listening(options.socket);
+  hub.Accept(listening.fd(), requests);
+  asio::signal_set signals(io, SIGINT, SIGTERM, SIGHUP);
+  signals.async_wait([&io](const asio::error_code& error, int) {
+    if (!error) io.stop();
+  });
+  std::printf("listening on %s\n", options.socket.c_str());
+  std::fflush(stdout);
+
+  sim::Console console(io, model, requests, hub);
+  if (options.console) console.Start();
+  while (!io.stopped()) {
+    try {
+      io.run();
+    } catch (const std::bad_alloc&) {
+      // Whatever was being done is dropped, with the connection that it was done for.
+      std::fputs("QCMAP_ConnectionManager: out of memory, connection closed\n", stderr);
+    }
+  }
+  hub.Close();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  Options options;
+  CLI::App app("Simulated Mobile AP server", "QCMAP_ConnectionManager");
+  Declare(app, options);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kUsageError;
+  }
+
+  ::signal(SIGPIPE, SIG_IGN);  // a reader of standard output that has gone must not end the server
+  asio::io_context io(1);
+  sim::Hub hub(io, sim::Milliseconds(options.latency_ms));
+  sim::Model model{sim::Modem(io, Settings(options),
+                              [&hub](uint32_t session, const sim::Indication& indication) {
+                                hub.Indicate(session, indication);
+                              }),
+                   {}};
+  sim::Requests requests(model);
+  for (const std::string& failure : options.failures) {
+    const std::string wrong = requests.Fail(failure);
+    if (wrong.empty()) continue;
+    std::fprintf(stderr, "--fail: %s\n", wrong.c_str());
+    return kUsageError;
+  }
+  try {
+    Serve(options, io, requests, hub, model);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "QCMAP_ConnectionManager: %s\n", error.what());
+    return 1;
+  }
+  return 0;
+}

@@ -1,0 +1,129 @@
+/// What the simulated modem holds: its profiles with their calls, and the LAN side. Everything here
+/// belongs to the server's one thread.
+#pragma once
+
+#include <array>
+#include <asio/io_context.hpp>
+#include <asio/steady_timer.hpp>
+#include <chrono>
+#include <functional>
+#include <optional>
+#include <vector>
+
+#include "protocol/messages.h"
+
+namespace sim {
+
+using Error = qmi_error_type_v01;
+using Milliseconds = std::chrono::milliseconds;
+
+/// Places in Profile::families.
+enum FamilyIndex : size_t { kIpv4 = 0, kIpv6 = 1 };
+constexpr FamilyIndex kFamilies[] = {kIpv4, kIpv6};
+
+/// One family of a profile's call. Its phase is the status code of IPv4; IPv6 codes are 6 higher.
+struct Family {
+  bool enabled = true;
+  qcmap_msgr_wwan_status_enum_v01 phase = QCMAP_MSGR_WWAN_STATUS_DISCONNECTED_V01;
+  /// The session that hears the outcome of its request; 0 when nobody asked.
+  uint32_t asker = 0;
+  /// Ends a phase that takes time.
+  asio::steady_timer timer;
+  /// Bytes received and sent until `counted`; traffic adds to them while the call is up.
+  std::array<uint64_t, 2> bytes{};
+  asio::steady_timer::time_point counted;
+
+  bool IsUp() const { return phase == QCMAP_MSGR_WWAN_STATUS_CONNECTED_V01; }
+  /// Neither up nor on the way up or down.
+  bool IsDown() const;
+};
+
+struct Profile {
+  profile_handle_type_v01 handle;
+  qcmap_msgr_net_policy_info_v01 policy;
+  bool autoconnect = false;
+  bool roaming = false;
+  std::array<Family, 2> families;
+
+  qcmap_msgr_wwan_status_enum_v01 Status(FamilyIndex family) const;
+};
+
+struct Indication {
+  uint32_t id;
+  int32_t status;
+  std::optional<profile_handle_type_v01> profile{};
+  /// The receiving session's own unless given.
+  std::optional<uint32_t> mobile_ap_handle{};
+};
+
+class Modem {
+ public:
+  struct Settings {
+    size_t profiles = 3;
+    Milliseconds call_time{200};
+    bool network = true;
+    /// Bytes received in a second by each family that is up; a tenth of them is sent.
+    uint64_t traffic = 10000;
+  };
+  /// `indicate` sends an indication to a session, or to all when the session is 0.
+  using Indicate = std::function<void(uint32_t session, const Indication&)>;
+
+  Modem(asio::io_context& io, const Settings& settings, Indicate indicate);
+
+  std::vector<Profile>& profiles() { return profiles_; }
+  /// Null when there is none.
+  Profile* Find(profile_handle_type_v01 handle);
+  /// Adds a profile with a handle that none had before.
+  void Add(const qcmap_msgr_net_policy_info_v01& policy);
+
+  bool mobile_ap_enabled() const { return mobile_ap_enabled_; }
+  bool network() const { return network_; }
+  bool roaming() const { return roaming_; }
+  void EnableMobileAp();
+  void SetNetwork(bool on);
+  void SetRoaming(bool on);
+
+  Error Connect(Profile& profile, FamilyIndex family, uint32_t asker);
+  Error Disconnect(Profile& profile, FamilyIndex family, uint32_t asker);
+  /// The network ends a call, or an attempt at one.
+  void Drop(Profile& profile, FamilyIndex family);
+  /// Brings the families up that autoconnect wants up.
+  void AutoConnect(Profile& profile);
+
+  std::array<uint64_t, 2> Count(const Family& family) const;
+  void SetCounters(Family& family, std::array<uint64_t, 2> bytes);
+
+ private:
+  bool MayCarry(const Profile& profile, FamilyIndex family) const;
+  void Enter(Profile& profile, FamilyIndex family, qcmap_msgr_wwan_status_enum_v01 phase);
+  void EnterAndFinish(Profile& profile, FamilyIndex family, uint32_t indication,
+                      qcmap_msgr_wwan_status_enum_v01 phase,
+                      qcmap_msgr_wwan_status_enum_v01 outcome);
+  void Report(const Profile& profile, FamilyIndex family, uint32_t indication,
+              qcmap_msgr_wwan_status_enum_v01 outcome);
+
+  asio::io_context& io_;
+  const Settings settings_;
+  const Indicate indicate_;
+  std::vector<Profile> profiles_;
+  profile_handle_type_v01 next_handle_ = 101;
+  bool mobile_ap_enabled_ = false;
+  bool network_;
+  bool roaming_ = false;
+};
+
+/// The LAN side holds what it was told; requests check it.
+struct Lan {
+  qcmap_msgr_lan_config_v01 config{0xC0A80A01, 0xFFFFFF00, 1, 0xC0A80A14, 0xC0A80AC8, 86400};
+  bool active = false;
+  std::vector<qcmap_msgr_vlan_config_v01> vlans;
+  std::vector<qcmap_msgr_pdn_to_vlan_mapping_v01> mappings;
+  Passthrough passthrough{};
+};
+
+struct Model {
+  Modem modem;
+  Lan lan;
+};
+
+}  // namespace sim

@@ -1,0 +1,161 @@
+/// The modem's profiles and the life of their calls.
+#include "server/model.h"
+
+namespace sim {
+namespace {
+
+constexpr auto kConnecting = QCMAP_MSGR_WWAN_STATUS_CONNECTING_V01;
+constexpr auto kConnectingFailed = QCMAP_MSGR_WWAN_STATUS_CONNECTING_FAIL_V01;
+constexpr auto kConnected = QCMAP_MSGR_WWAN_STATUS_CONNECTED_V01;
+constexpr auto kDisconnecting = QCMAP_MSGR_WWAN_STATUS_DISCONNECTING_V01;
+constexpr auto kDisconnected = QCMAP_MSGR_WWAN_STATUS_DISCONNECTED_V01;
+constexpr auto kBringUp = QMI_QCMAP_MSGR_BRING_UP_WWAN_IND_V01;
+constexpr auto kTearDown = QMI_QCMAP_MSGR_TEAR_DOWN_WWAN_IND_V01;
+
+qcmap_msgr_wwan_status_enum_v01 Code(FamilyIndex family, qcmap_msgr_wwan_status_enum_v01 phase) {
+  return static_cast<qcmap_msgr_wwan_status_enum_v01>(phase + (family == kIpv6 ? 6 : 0));
+}
+
+}  // namespace
+
+bool Family::IsDown() const {
+  return phase != kConnecting && phase != kConnected && phase != kDisconnecting;
+}
+
+qcmap_msgr_wwan_status_enum_v01 Profile::Status(FamilyIndex family) const {
+  return Code(family, families[family].phase);
+}
+
+Modem::Modem(asio::io_context& io, const Settings& settings, Indicate indicate)
+    : io_(io), settings_(settings), indicate_(std::move(indicate)), network_(settings.network) {
+  for (size_t i = 0; i < settings.profiles; ++i) {
+    const auto number = static_cast<uint8_t>(i + 1);
+    Add({QCMAP_MSGR_TECH_PREF_3GPP_V01,
+         QCMAP_MSGR_IP_FAMILY_V4V6_V01,
+         {number, number},
+         {number, number}});
+  }
+}
+
+Profile* Modem::Find(profile_handle_type_v01 handle) {
+  for (Profile& profile : profiles_)
+    if (profile.handle == handle) return &profile;
+  return nullptr;
+}
+
+void Modem::Add(const qcmap_msgr_net_policy_info_v01& policy) {
+  const auto family = [this] {
+    return Family{true, kDisconnected, 0, asio::steady_timer(io_), {}, {}};
+  };
+  profiles_.push_back({next_handle_++, policy, false, false, {family(), family()}});
+}
+
+void Modem::EnableMobileAp() {
+  if (mobile_ap_enabled_) return;
+  mobile_ap_enabled_ = true;
+  indicate_(0, {QMI_QCMAP_MSGR_MOBILE_AP_STATUS_IND_V01, QCMAP_MSGR_MOBILE_AP_STATUS_CONNECTED_V01,
+                std::nullopt});
+  for (Profile& profile : profiles_) AutoConnect(profile);
+}
+
+void Modem::SetNetwork(bool on) {
+  network_ = on;
+  for (Profile& profile : profiles_) {
+    for (const FamilyIndex family : kFamilies)
+      if (!on) Drop(profile, family);
+    AutoConnect(profile);
+  }
+}
+
+void Modem::SetRoaming(bool on) {
+  roaming_ = on;
+  for (Profile& profile : profiles_) AutoConnect(profile);
+}
+
+Error Modem::Connect(Profile& profile, FamilyIndex family, uint32_t asker) {
+  const auto phase = profile.families[family].phase;
+  if (phase == kConnecting || phase == kConnected) return QMI_ERR_NO_EFFECT_V01;
+  if (phase == kDisconnecting) return QMI_ERR_INCOMPATIBLE_STATE_V01;
+  if (!network_) return QMI_ERR_NO_NETWORK_FOUND_V01;
+  if (!MayCarry(profile, family)) return QMI_ERR_CALL_FAILED_V01;
+  profile.families[family].asker = asker;
+  EnterAndFinish(profile, family, kBringUp, kConnecting, kConnected);
+  return QMI_ERR_NONE_V01;
+}
+
+Error Modem::Disconnect(Profile& profile, FamilyIndex family, uint32_t asker) {
+  if (profile.families[family].phase == kDisconnecting) return QMI_ERR_NO_EFFECT_V01;
+  if (profile.families[family].IsDown()) return QMI_ERR_INCOMPATIBLE_STATE_V01;
+  // Whoever asked for a call that never came up is told so.
+  if (profile.families[family].phase == kConnecting)
+    Report(profile, family, kBringUp, kConnectingFailed);
+  profile.families[family].asker = asker;
+  EnterAndFinish(profile, family, kTearDown, kDisconnecting, kDisconnected);
+  return QMI_ERR_NONE_V01;
+}
+
+void Modem::Drop(Profile& profile, FamilyIndex family) {
+  if (profile.families[family].phase == kConnecting) {
+    Report(profile, family, kBringUp, kConnectingFailed);
+    Enter(profile, family, kConnectingFailed);
+  } else if (profile.families[family].IsUp()) {
+    Enter(profile, family, kDisconnected);
+  }
+}
+
+void Modem::AutoConnect(Profile& profile) {
+  if (!mobile_ap_enabled_ || !profile.autoconnect) return;
+  for (const FamilyIndex family : kFamilies) Connect(profile, family, 0);
+}
+
+bool Modem::MayCarry(const Profile& profile, FamilyIndex family) const {
+  const auto other = family == kIpv4 ? QCMAP_MSGR_IP_FAMILY_V6_V01 : QCMAP_MSGR_IP_FAMILY_V4_V01;
+  return (!roaming_ || profile.roaming) && profile.families[family].enabled &&
+         profile.policy.ip_family != other;
+}
+
+void Modem::Enter(Profile& profile, FamilyIndex family, qcmap_msgr_wwan_status_enum_v01 phase) {
+  Family& entered = profile.families[family];
+  entered.timer.cancel();
+  SetCounters(entered, Count(entered));
+  entered.phase = phase;
+  indicate_(0, {QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01, profile.Status(family), profile.handle});
+}
+
+// The handler looks the profile up again, which may have moved in the list.
+void Modem::EnterAndFinish(Profile& profile, FamilyIndex family, uint32_t indication,
+                           qcmap_msgr_wwan_status_enum_v01 phase,
+                           qcmap_msgr_wwan_status_enum_v01 outcome) {
+  Enter(profile, family, phase);
+  asio::steady_timer& timer = profile.families[family].timer;
+  timer.expires_after(settings_.call_time);
+  timer.async_wait([this, handle = profile.handle, family, indication, phase,
+                    outcome](const asio::error_code& cancelled) {
+    Profile* const found = Find(handle);
+    if (cancelled || found == nullptr || found->families[family].phase != phase) return;
+    Report(*found, family, indication, outcome);
+    Enter(*found, family, outcome);
+  });
+}
+
+void Modem::Report(const Profile& profile, FamilyIndex family, uint32_t indication,
+                   qcmap_msgr_wwan_status_enum_v01 outcome) {
+  const uint32_t asker = profile.families[family].asker;
+  if (asker != 0) indicate_(asker, {indication, Code(family, outcome), profile.handle});
+}
+
+std::array<uint64_t, 2> Modem::Count(const Family& family) const {
+  if (!family.IsUp()) return family.bytes;
+  const std::chrono::duration<double> seconds =
+      asio::steady_timer::clock_type::now() - family.counted;
+  const auto received =
+      static_cast<uint64_t>(static_cast<double>(settings_.traffic) * seconds.count());
+  return {family.bytes[0] + received, family.bytes[1] + received / 10};
+}
+
+void Modem::SetCounters(Family& family, std::array<uint64_t, 2> bytes) {
+  family.bytes = bytes;
+  family.counted = asio::steady_timer::clock_type::now();
+}
+
+}  // namespace sim
