@@ -85,7 +85,7 @@ bool Connection::Open(const Header& header, size_t size) {
     session_ = std::make_shared<Session>(Session{hub_.NewHandle()});
   } else {
     for (const Connection* other : hub_.connections_) {
-      if (other->session_ == nullptr || other->session_->handle != handle) continue;
+      if (other == this || !other->session_ || other->session_->handle != handle) continue;
       if (session_ != nullptr) return false;  // it has both already
       session_ = other->session_;
     }
