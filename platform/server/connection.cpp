@@ -15,6 +15,7 @@ constexpr size_t kMaxUnsent = 8192;
 
 Connection::Connection(Hub& hub, Hub::Protocol::socket socket)
     : hub_(hub), socket_(std::move(socket)), timer_(hub.io_) {
+  socket_.non_blocking(true);
   hub_.connections_.insert(this);
 }
 
@@ -103,20 +104,28 @@ void Connection::Send(std::string datagram) {
   if (!socket_.is_open()) return;
   if (unsent_.size() == kMaxUnsent) return CloseBecause("a client does not read its indications");
   unsent_.push_back(std::move(datagram));
-  if (unsent_.size() == 1) SendNext();
+  if (unsent_.size() == 1) Flush();
 }
 
 // A client's next request waits until it has been sent the reply to its last.
-void Connection::SendNext() {
-  if (!gets_indications_) SetTimeLimit("a client does not read its replies");
-  socket_.async_send(asio::buffer(unsent_.front()), 0,
-                     [self = shared_from_this()](const asio::error_code& error, size_t) {
-                       if (error) return self->Close();
-                       self->unsent_.pop_front();
-                       if (!self->unsent_.empty()) return self->SendNext();
-                       if (!self->gets_indications_) self->timer_.cancel();
-                       if (!self->receiving_) self->Receive();
-                     });
+void Connection::Flush() {
+  asio::error_code error;
+  while (!unsent_.empty() && !error) {
+    socket_.send(asio::buffer(unsent_.front()), 0, error);
+    if (!error) unsent_.pop_front();
+  }
+  if (error == asio::error::would_block) {
+    if (!gets_indications_) SetTimeLimit("a client does not read its replies");
+    socket_.async_wait(asio::socket_base::wait_write,
+                       [self = shared_from_this()](const asio::error_code& closed) {
+                         if (!closed) self->Flush();
+                       });
+  } else if (error) {
+    Close();
+  } else {
+    timer_.cancel();
+    if (!receiving_) Receive();
+  }
 }
 
 }  // namespace sim

@@ -29,7 +29,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void OnDatagram(size_t size);
   /// Answers the first datagram, which says whose connection this is. False when it does not.
   bool Open(const Header& header, size_t size);
-  void SendNext();
+  /// Sends what the socket takes, and goes on when it takes more.
+  void Flush();
   void CloseBecause(const char* reason);
   /// Has the connection closed unless the timer is set anew or cancelled in time.
   void SetTimeLimit(const char* reason);

@@ -1,0 +1,88 @@
+/// Runs a child process and follows what it prints.
+#include "process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <stdexcept>
+
+namespace {
+
+int MsUntil(std::chrono::steady_clock::time_point deadline) {
+  const auto left = deadline - std::chrono::steady_clock::now();
+  const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(left).count();
+  return ms > 0 ? static_cast<int>(ms) : 0;
+}
+
+}  // namespace
+
+Process::Process(const std::string& program, const std::vector<std::string>& arguments) {
+  int input[2], output[2];
+  if (::pipe2(input, O_CLOEXEC) != 0 || ::pipe2(output, O_CLOEXEC) != 0)
+    throw std::runtime_error("no pipe");
+  std::vector<char*> argv;
+  for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+  argv.push_back(nullptr);
+  posix_spawn_file_actions_t actions;
+  ::posix_spawn_file_actions_init(&actions);
+  ::posix_spawn_file_actions_adddup2(&actions, input[0], 0);
+  ::posix_spawn_file_actions_adddup2(&actions, output[1], 1);
+  ::posix_spawn_file_actions_adddup2(&actions, output[1], 2);
+  const int error = ::posix_spawn(&pid_, program.c_str(), &actions, nullptr, argv.data(), environ);
+  ::posix_spawn_file_actions_destroy(&actions);
+  ::close(input[0]);
+  ::close(output[1]);
+  input_ = input[1];
+  output_fd_ = output[0];
+  if (error != 0) throw std::runtime_error("cannot run " + program);
+}
+
+Process::~Process() {
+  if (!ended_) {
+    Signal(SIGKILL);
+    ::waitpid(pid_, nullptr, 0);
+  }
+  ::close(input_);
+  ::close(output_fd_);
+}
+
+void Process::Signal(int number) const {
+  ::kill(pid_, number);
+}
+
+void Process::Write(const std::string& text) const {
+  for (size_t done = 0; done < text.size();) {
+    const ssize_t size = ::write(input_, text.data() + done, text.size() - done);
+    if (size <= 0) throw std::runtime_error("the process does not read");
+    done += static_cast<size_t>(size);
+  }
+}
+
+bool Process::WaitForOutput(const std::string& text) {
+  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  while (output_.find(text) == std::string::npos) {
+    pollfd waited{output_fd_, POLLIN, 0};
+    char bytes[4096];
+    if (::poll(&waited, 1, MsUntil(deadline)) <= 0) return false;
+    const ssize_t size = ::read(output_fd_, bytes, sizeof bytes);
+    if (size <= 0) return false;
+    output_.append(bytes, static_cast<size_t>(size));
+  }
+  return true;
+}
+
+int Process::Wait() {
+  WaitForOutput("\1never printed: reads on until the process has closed its output");
+  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  while (!ended_ && MsUntil(deadline) > 0) {
+    ended_ = ::waitpid(pid_, &status_, WNOHANG) == pid_;
+    if (!ended_) ::poll(nullptr, 0, 1);
+  }
+  if (!ended_) return -1000;
+  return WIFEXITED(status_) ? WEXITSTATUS(status_) : -WTERMSIG(status_);
+}

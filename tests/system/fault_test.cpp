@@ -1,0 +1,249 @@
+/// Servers that die, hang or lie, clients that lie, and who is unharmed by it.
+#include <sys/socket.h>
+#include <sys/un.h>
+
+#include <atomic>
+#include <future>
+#include <thread>
+
+#include "every_request.h"
+#include "protocol/messages.h"
+#include "simulated_server.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+class Fault : public SimulatedServer {
+ protected:
+  Fault() { ::setenv("QCMAP_TIMEOUT_MS", "300", 1); }
+};
+
+milliseconds Since(steady_clock::time_point start) {
+  return std::chrono::duration_cast<milliseconds>(steady_clock::now() - start);
+}
+
+/// A socket at `path`, connected or listening.
+int RawSocket(const std::string& path, bool listens) {
+  sockaddr_un address{AF_UNIX, {}};
+  path.copy(address.sun_path, sizeof address.sun_path - 1);
+  const int fd = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+  const timeval patience{kPatience.count(), 0};
+  ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+  const auto* const where = reinterpret_cast<sockaddr*>(&address);
+  const int result = listens ? ::bind(fd, where, sizeof address) | ::listen(fd, 8)
+                             : ::connect(fd, where, sizeof address);
+  EXPECT_EQ(result, 0) << path;
+  return fd;
+}
+
+std::string Datagram(uint32_t id, uint32_t transaction, const std::string& record) {
+  const sim::Header header{id, transaction, 0, static_cast<uint32_t>(record.size())};
+  return std::string(reinterpret_cast<const char*>(&header), sizeof header) + record;
+}
+
+void Send(int fd, const std::string& bytes) {
+  ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
+}
+
+/// Empty when the connection was closed.
+std::string Receive(int fd) {
+  std::string bytes(sim::kMaxDatagramBytes, '\0');
+  const ssize_t size = ::recv(fd, bytes.data(), bytes.size(), 0);
+  EXPECT_FALSE(size < 0 && errno == EAGAIN) << "neither an answer nor the end";
+  bytes.resize(size > 0 ? static_cast<size_t>(size) : 0);
+  return bytes;
+}
+
+/// Hands all short forms of `bytes`, longer ones, and some with one byte changed to `use`.
+void ForEachMutant(const std::string& bytes, const std::function<void(const std::string&)>& use) {
+  for (size_t size = 1; size < bytes.size(); ++size) use(bytes.substr(0, size));
+  for (const size_t more : {1, 4, 500, 5000}) use(bytes + std::string(more, '\1'));
+  for (size_t i = 0; i < bytes.size(); ++i)
+    for (const int change : {0x01, 0x02, 0x10, 0x80, 0xFF}) {
+      std::string mutant = bytes;
+      mutant[i] = static_cast<char>(mutant[i] ^ change);
+      use(mutant);
+    }
+}
+
+TEST_F(Fault, EveryRequestFailsWithoutAServerAndAtOnceAfterItsEnd) {
+  QCMAP_Client never_connected(nullptr);
+  Start();
+  QCMAP_Client left_alone(nullptr);
+  server_.reset();
+  Start();  // a new server is another one: it is not looked for
+  for (QCMAP_Client* client : {&never_connected, &left_alone}) {
+    for (const Request& request : kEveryRequest) {
+      const auto start = steady_clock::now();
+      qmi_error_type_v01 error{};
+      EXPECT_FALSE(request.send(*client, &error)) << request.name;
+      EXPECT_EQ(error, QMI_ERR_INTERNAL_V01) << request.name;
+      EXPECT_LE(Since(start), milliseconds(100)) << request.name;
+    }
+  }
+}
+
+TEST_F(Fault, HangingServerCostsNoMoreThanTheLimitAndIsUsableAfterwards) {
+  Start();
+  QCMAP_Client client(nullptr);
+  qmi_error_type_v01 error{};
+  qcmap_msgr_mobile_ap_status_enum_v01 status{};
+  server_->Signal(SIGSTOP);
+  const auto start = steady_clock::now();
+  auto other = std::async([&] { return client.ActivateLAN(nullptr); });
+  EXPECT_FALSE(client.GetMobileAPStatus(&status, &error));
+  EXPECT_FALSE(other.get());
+  EXPECT_EQ(error, QMI_ERR_INTERNAL_V01);
+  EXPECT_GE(Since(start), milliseconds(300));
+  EXPECT_LE(Since(start), milliseconds(500)) << "waiting for the other request counts";
+  server_->Signal(SIGCONT);
+  // The late replies are there first, and are not taken for these.
+  EXPECT_TRUE(client.EnableMobileAP(&error));
+  ASSERT_TRUE(client.GetMobileAPStatus(&status, &error));
+  EXPECT_EQ(status, QCMAP_MSGR_MOBILE_AP_STATUS_CONNECTED_V01);
+
+  server_->Signal(SIGSTOP);
+  auto pending = std::async([&] { return client.GetMobileAPStatus(&status, &error); });
+  server_->Signal(SIGKILL);
+  EXPECT_FALSE(pending.get());
+  EXPECT_EQ(error, QMI_ERR_INTERNAL_V01);
+}
+
+TEST_F(Fault, ProcessOfTheServersNameIsNoServer) {
+  const Process sleeper("/bin/sleep", {"/somewhere/QCMAP_ConnectionManager", "60"});
+  const auto start = steady_clock::now();
+  QcmapWrapper& wrapper = *QcmapWrapper::GetInstance();
+  EXPECT_TRUE(wrapper.IsQcmapAlive());
+  EXPECT_FALSE(wrapper.ActivateLan());
+  EXPECT_LE(Since(start), milliseconds(300));
+}
+
+TEST_F(Fault, MalformedRequestsHarmNobodyElse) {
+  Start();
+  QCMAP_Client honest(nullptr);
+  const std::string open = Datagram(sim::message::OpenSession::kId, 7, std::string(4, '\0'));
+  const std::string connect =
+      Datagram(sim::message::ConnectBackHaul::kId, 8, std::string("\1\0\0\0", 4));
+  const auto descriptors = [&] {
+    std::filesystem::directory_iterator all("/proc/" + std::to_string(server_->pid()) + "/fd");
+    return std::distance(begin(all), end(all));
+  };
+  const auto before = descriptors();
+  ForEachMutant(open, [&](const std::string& mutant) {
+    const int fd = RawSocket(path_, false);
+    Send(fd, mutant);
+    Receive(fd);
+    ::close(fd);
+  });
+  int fd = -1;
+  ForEachMutant(connect, [&](const std::string& mutant) {
+    if (fd < 0) {
+      fd = RawSocket(path_, false);
+      Send(fd, open);
+      ASSERT_EQ(Receive(fd).size(), open.size());
+    }
+    Send(fd, mutant);
+    if (!Receive(fd).empty()) return;
+    ::close(fd);
+    fd = -1;
+  });
+  ::close(fd);
+  qcmap_msgr_mobile_ap_status_enum_v01 status;
+  qmi_error_type_v01 error{};
+  const auto deadline = steady_clock::now() + kPatience;
+  while (descriptors() != before && steady_clock::now() < deadline)
+    EXPECT_TRUE(honest.GetMobileAPStatus(&status, &error));
+  EXPECT_EQ(descriptors(), before);
+}
+
+TEST_F(Fault, SilentAndDeafClientsAreCutAndOthersUnharmed) {
+  Start({"--console"});
+  static std::atomic<uint32_t> received{0}, out_of_order{0};
+  QCMAP_Client honest([](qmi_client_struct*, unsigned int, void* bytes, unsigned int, void*) {
+    uint32_t status;
+    std::memcpy(&status, static_cast<char*>(bytes) + 10, sizeof status);
+    if (status != ++received) ++out_of_order;
+  });
+  const int deaf[] = {RawSocket(path_, false), RawSocket(path_, false)};
+  Send(deaf[0], Datagram(sim::message::OpenSession::kId, 1, std::string(4, '\0')));
+  const std::string opened = Receive(deaf[0]);
+  Send(deaf[1], Datagram(sim::message::OpenSession::kId, 1, opened.substr(sizeof(sim::Header))));
+  std::vector<int> silent;
+  while (silent.size() < 300) silent.push_back(RawSocket(path_, false));
+
+  for (const uint32_t count : {4500u, 9000u}) {
+    std::string commands;
+    for (uint32_t i = received + 1; i <= count; ++i)
+      commands += "indicate 0x5e " + std::to_string(i) + "\n";
+    Console(commands);
+    const auto deadline = steady_clock::now() + kPatience;
+    while (received < count && steady_clock::now() < deadline) std::this_thread::yield();
+    ASSERT_EQ(received, count);
+  }
+  EXPECT_EQ(out_of_order, 0u);
+  EXPECT_TRUE(Receive(deaf[0]).empty()) << "the whole session is cut";
+  for (const int fd : silent) {
+    EXPECT_TRUE(Receive(fd).empty());
+    ::close(fd);
+  }
+  for (const int fd : deaf) ::close(fd);
+}
+
+TEST_F(Fault, LyingServerIsNotBelieved) {
+  std::filesystem::create_directory(directory_ + "/made");
+  const int listening = RawSocket(path_, true);
+  std::string answer;
+  std::thread liar([&] {
+    int fds[2];
+    for (uint32_t i = 0; i < 2; ++i) {
+      fds[i] = ::accept(listening, nullptr, nullptr);
+      Receive(fds[i]);
+      Send(fds[i], Datagram(sim::message::OpenSession::kId, 1 + i, std::string("\5\0\0\0", 4)));
+    }
+    for (std::string request; !(request = Receive(fds[0])).empty();) {
+      sim::Header header;
+      std::memcpy(&header, request.data(), sizeof header);
+      Send(fds[1], answer);
+      if (answer.size() > 4) answer.replace(4, 4, request, 4, 4);
+      Send(fds[0], answer);
+    }
+    for (const int fd : fds) ::close(fd);
+  });
+  {
+    QCMAP_Client client(
+        [](qmi_client_struct* handle, unsigned int id, void* bytes, unsigned int size, void*) {
+          for (const unsigned int record_size : {8u, 28u, 108u}) {
+            const std::unique_ptr<char[]> record(new char[record_size]);
+            qmi_client_message_decode(handle, QMI_IDL_INDICATION, id, bytes, size, record.get(),
+                                      record_size);
+          }
+        });
+    ASSERT_EQ(client.mobile_ap_handle, 5u);
+    qmi_error_type_v01 error{};
+    unsigned char flag = 7;
+    for (int value = 0; value < 256; ++value) {
+      answer = Datagram(sim::message::GetRoaming::kId, 0, std::string(1, static_cast<char>(value)));
+      ASSERT_TRUE(client.GetRoaming(&flag, &error));
+      EXPECT_EQ(flag, value != 0);
+    }
+    static qcmap_msgr_vlan_conf_t vlans;
+    std::string list(sim::kMaxDatagramBytes - sizeof(sim::Header), '\xFF');
+    answer = Datagram(sim::message::GetVLANConfig::kId, 0, list);
+    EXPECT_TRUE(client.GetVLANConfig(&vlans, &error));
+    EXPECT_EQ(vlans.vlan_config_len, 2000) << "clamped to what there is";
+    const std::string elements("\1\4\0\1\0\0\0\2\4\0\3\0\0\0\x10\4\0\x65\0\0\0", 21);
+    for (const uint32_t id : {0x22, 0x23, 0x25, 0x29, 0x5E, 0x0D}) {
+      ForEachMutant(Datagram(id, 0, elements), [&](const std::string& mutant) {
+        answer = mutant;
+        EXPECT_FALSE(client.GetLANConfig(nullptr, &error));
+        EXPECT_NE(error, 0);
+      });
+    }
+  }
+  liar.join();
+  ::close(listening);
+}
+
+}  // namespace

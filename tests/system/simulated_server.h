@@ -1,0 +1,86 @@
+/// A world of its own for each test: a private socket, and a simulated server on it.
+#pragma once
+
+#include <gtest/gtest.h>
+#include <qcmap_client.h>
+#include <signal.h>
+#include <stdlib.h>
+
+#include <condition_variable>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "mox/vendor/qcom/qcmap/subscription.h"
+#include "process.h"
+
+using mox::Result;
+using mox::util::EventDic;
+using mox::util::IPFamily;
+using mox::vendor::qcom::qcmap::QcmapWrapper;
+
+class SimulatedServer : public testing::Test {
+ protected:
+  SimulatedServer() {
+    char made[] = "/tmp/qcmap-test-XXXXXX";
+    directory_ = ::mkdtemp(made);
+    path_ = directory_ + "/made/server";
+    ::setenv("QCMAP_SOCKET", path_.c_str(), 1);
+  }
+  ~SimulatedServer() override {
+    server_.reset();
+    std::filesystem::remove_all(directory_);
+  }
+
+  static std::unique_ptr<Process> Run(std::vector<std::string> options) {
+    options.insert(options.begin(), "QCMAP_ConnectionManager");
+    return std::make_unique<Process>(MVQ_QCMAP_SERVER, options);
+  }
+  void Start(const std::vector<std::string>& options = {}) {
+    server_ = Run(options);
+    ASSERT_TRUE(server_->WaitForOutput("listening on " + path_ + "\n")) << server_->output();
+  }
+  /// Carries out console commands, and waits until they are done.
+  void Console(const std::string& commands) {
+    server_->Write(commands + "\nend" + std::to_string(++commands_) + "\n");
+    ASSERT_TRUE(server_->WaitForOutput("'end" + std::to_string(commands_) + "'"));
+  }
+
+  std::string directory_, path_;
+  std::unique_ptr<Process> server_;
+  int commands_ = 0;
+};
+
+/// What a subscriber has received, as "CODE profile HANDLE ipv N".
+class Events {
+ public:
+  explicit Events(QcmapWrapper& wrapper, std::function<void()> then = {}) : wrapper_(wrapper) {
+    Subscribe(wrapper, this, [this, then](EventDic& event) {
+      if (then) then();
+      char text[80];
+      std::snprintf(text, sizeof text, "%x profile %s ipv%s", event.event_,
+                    event.params_[EventDic::PROFILE_HANDLE].c_str(),
+                    event.params_[EventDic::IP_VERSION].c_str());
+      const std::lock_guard<std::mutex> lock(mutex_);
+      received_.push_back(text);
+      changed_.notify_all();
+    });
+  }
+  ~Events() { Unsubscribe(wrapper_, this); }
+
+  /// Waits for as many events as expected, and returns all there are.
+  std::vector<std::string> WaitFor(size_t count) {
+    std::unique_lock<std::mutex> lock(mutex_);
+    changed_.wait_for(lock, kPatience, [&] { return received_.size() >= count; });
+    return received_;
+  }
+
+ private:
+  QcmapWrapper& wrapper_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::vector<std::string> received_;
+};
