@@ -159,7 +159,8 @@ CommandLine::Command CommandLine::Parse(const std::vector<std::string>& argument
   }
   const CLI::App* innermost = Innermost();
   command.operation = PathOf(innermost);
-  command.run = handlers_.at(innermost);
+  const auto handler = handlers_.find(innermost);
+  if (handler != handlers_.end()) command.run = handler->second;
   command.options = options_;
   return command;
 }

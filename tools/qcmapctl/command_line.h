@@ -45,7 +45,7 @@ class CommandLine {
   struct Command {
     /// The object and its verb, as they stand in messages.
     std::string operation;
-    /// Empty when only `text` is to be printed.
+    /// Empty without an object, and when only `text` is to be printed.
     Handler run;
     Options options;
     /// Help or version.
