@@ -27,16 +27,11 @@ bool Order(void* session, const typename Message::Request& request, qmi_error_ty
   return Call<Message>(session, request, nothing, error);
 }
 
-template <typename Message>
-bool Read(void* session, typename Message::Reply* value, qmi_error_type_v01* error) {
-  return Call<Message>(session, {}, *value, error);
-}
-
 /// Callers pass the address of a bool: whatever the server says, it gets 0 or 1.
 template <typename Message>
 bool ReadFlag(void* session, unsigned char* enabled, qmi_error_type_v01* error) {
   uint8_t flag;
-  if (!Read<Message>(session, &flag, error)) return false;
+  if (!Call<Message>(session, {}, flag, error)) return false;
   *enabled = flag != 0;
   return true;
 }
@@ -60,32 +55,34 @@ QCMAP_Client::~QCMAP_Client() {
   delete static_cast<sim::Session*>(state_);
 }
 
-bool QCMAP_Client::EnableMobileAP(qmi_error_type_v01* error) {
-  return Order<message::EnableMobileAP>(state_, {}, error);
-}
+// Most requests carry one value or none, and bring one back or none.
+#define ORDER(name)                                    \
+  bool QCMAP_Client::name(qmi_error_type_v01* error) { \
+    return Order<message::name>(state_, {}, error);    \
+  }
+#define ORDER_WITH(name, type)                                     \
+  bool QCMAP_Client::name(type value, qmi_error_type_v01* error) { \
+    return Order<message::name>(state_, value, error);             \
+  }
+#define READ(name)                                                                  \
+  bool QCMAP_Client::name(message::name::Reply* value, qmi_error_type_v01* error) { \
+    return Call<message::name>(state_, {}, *value, error);                          \
+  }
+#define READ_FLAG(name)                                                        \
+  bool QCMAP_Client::name(unsigned char* enabled, qmi_error_type_v01* error) { \
+    return ReadFlag<message::name>(state_, enabled, error);                    \
+  }
 
-bool QCMAP_Client::GetMobileAPStatus(qcmap_msgr_mobile_ap_status_enum_v01* status,
-                                     qmi_error_type_v01* error) {
-  return Read<message::GetMobileAPStatus>(state_, status, error);
-}
+ORDER(EnableMobileAP)
+READ(GetMobileAPStatus)
 
-bool QCMAP_Client::GetWWANPolicyList(qcmap_msgr_wwan_policy_list_resp_msg_v01* list,
-                                     qmi_error_type_v01* error) {
-  return Read<message::GetWWANPolicyList>(state_, list, error);
-}
+READ(GetWWANPolicyList)
+ORDER_WITH(SetWWANProfileHandlePreference, unsigned int)
 
-bool QCMAP_Client::SetWWANProfileHandlePreference(unsigned int handle, qmi_error_type_v01* error) {
-  return Order<message::SetWWANProfileHandlePreference>(state_, handle, error);
-}
-
-bool QCMAP_Client::GetWWANPolicy(qcmap_msgr_net_policy_info_v01* policy,
-                                 qmi_error_type_v01* error) {
-  return Read<message::GetWWANPolicy>(state_, policy, error);
-}
-
-bool QCMAP_Client::SetWWANPolicy(qcmap_msgr_net_policy_info_v01 policy, qmi_error_type_v01* error) {
-  return Order<message::SetWWANPolicy>(state_, policy, error);
-}
+READ(GetWWANPolicy)
+ORDER_WITH(SetWWANPolicy, qcmap_msgr_net_policy_info_v01)
+ORDER_WITH(CreateWWANPolicy, qcmap_msgr_net_policy_info_v01)
+ORDER(DeleteWWANPolicy)
 
 bool QCMAP_Client::UpdateWWANPolicy(qcmap_msgr_update_profile_enum_v01 update,
                                     qcmap_msgr_net_policy_info_v01 policy,
@@ -93,74 +90,29 @@ bool QCMAP_Client::UpdateWWANPolicy(qcmap_msgr_update_profile_enum_v01 update,
   return Order<message::UpdateWWANPolicy>(state_, {update, policy}, error);
 }
 
-bool QCMAP_Client::CreateWWANPolicy(qcmap_msgr_net_policy_info_v01 policy,
-                                    qmi_error_type_v01* error) {
-  return Order<message::CreateWWANPolicy>(state_, policy, error);
-}
-
-bool QCMAP_Client::DeleteWWANPolicy(qmi_error_type_v01* error) {
-  return Order<message::DeleteWWANPolicy>(state_, {}, error);
-}
-
-bool QCMAP_Client::SetAutoconnect(unsigned char enable, qmi_error_type_v01* error) {
-  return Order<message::SetAutoconnect>(state_, enable, error);
-}
-
-bool QCMAP_Client::GetAutoconnect(unsigned char* enabled, qmi_error_type_v01* error) {
-  return ReadFlag<message::GetAutoconnect>(state_, enabled, error);
-}
-
-bool QCMAP_Client::SetRoaming(unsigned char enable, qmi_error_type_v01* error) {
-  return Order<message::SetRoaming>(state_, enable, error);
-}
-
-bool QCMAP_Client::GetRoaming(unsigned char* enabled, qmi_error_type_v01* error) {
-  return ReadFlag<message::GetRoaming>(state_, enabled, error);
-}
-
-bool QCMAP_Client::EnableIPV4(qmi_error_type_v01* error) {
-  return Order<message::EnableIPV4>(state_, {}, error);
-}
-
-bool QCMAP_Client::DisableIPV4(qmi_error_type_v01* error) {
-  return Order<message::DisableIPV4>(state_, {}, error);
-}
-
-bool QCMAP_Client::EnableIPV6(qmi_error_type_v01* error) {
-  return Order<message::EnableIPV6>(state_, {}, error);
-}
-
-bool QCMAP_Client::DisableIPV6(qmi_error_type_v01* error) {
-  return Order<message::DisableIPV6>(state_, {}, error);
-}
-
-bool QCMAP_Client::GetIPv4State(unsigned char* enabled, qmi_error_type_v01* error) {
-  return ReadFlag<message::GetIPv4State>(state_, enabled, error);
-}
-
-bool QCMAP_Client::GetIPv6State(unsigned char* enabled, qmi_error_type_v01* error) {
-  return ReadFlag<message::GetIPv6State>(state_, enabled, error);
-}
+ORDER_WITH(SetAutoconnect, unsigned char)
+READ_FLAG(GetAutoconnect)
+ORDER_WITH(SetRoaming, unsigned char)
+READ_FLAG(GetRoaming)
+ORDER(EnableIPV4)
+ORDER(DisableIPV4)
+ORDER(EnableIPV6)
+ORDER(DisableIPV6)
+READ_FLAG(GetIPv4State)
+READ_FLAG(GetIPv6State)
 
 bool QCMAP_Client::GetWWANStatus(qcmap_msgr_wwan_status_enum_v01* v4_status,
                                  qcmap_msgr_wwan_status_enum_v01* v6_status,
                                  qmi_error_type_v01* error) {
   sim::WwanStatus status;
-  if (!Read<message::GetWWANStatus>(state_, &status, error)) return false;
+  if (!Call<message::GetWWANStatus>(state_, {}, status, error)) return false;
   *v4_status = status.v4;
   *v6_status = status.v6;
   return true;
 }
 
-bool QCMAP_Client::ConnectBackHaul(qcmap_msgr_wwan_call_type_v01 call_type,
-                                   qmi_error_type_v01* error) {
-  return Order<message::ConnectBackHaul>(state_, call_type, error);
-}
-
-bool QCMAP_Client::DisconnectBackHaul(qcmap_msgr_wwan_call_type_v01 call_type,
-                                      qmi_error_type_v01* error) {
-  return Order<message::DisconnectBackHaul>(state_, call_type, error);
-}
+ORDER_WITH(ConnectBackHaul, qcmap_msgr_wwan_call_type_v01)
+ORDER_WITH(DisconnectBackHaul, qcmap_msgr_wwan_call_type_v01)
 
 bool QCMAP_Client::GetWWANStatistics(qcmap_msgr_ip_family_enum_v01 family,
                                      qcmap_msgr_wwan_statistics_type_v01* statistics,
@@ -168,10 +120,7 @@ bool QCMAP_Client::GetWWANStatistics(qcmap_msgr_ip_family_enum_v01 family,
   return Call<message::GetWWANStatistics>(state_, family, *statistics, error);
 }
 
-bool QCMAP_Client::ResetWWANStatistics(qcmap_msgr_ip_family_enum_v01 family,
-                                       qmi_error_type_v01* error) {
-  return Order<message::ResetWWANStatistics>(state_, family, error);
-}
+ORDER_WITH(ResetWWANStatistics, qcmap_msgr_ip_family_enum_v01)
 
 bool QCMAP_Client::GetNetworkConfiguration(qcmap_msgr_ip_family_enum_v01 family,
                                            qcmap_nw_params_t* params, qmi_error_type_v01* error) {
@@ -179,18 +128,13 @@ bool QCMAP_Client::GetNetworkConfiguration(qcmap_msgr_ip_family_enum_v01 family,
 }
 
 bool QCMAP_Client::GetLANConfig(qcmap_msgr_lan_config_v01* config, qmi_error_type_v01* error) {
-  if (!Read<message::GetLANConfig>(state_, config, error)) return false;
+  if (!Call<message::GetLANConfig>(state_, {}, *config, error)) return false;
   config->enable_dhcp = config->enable_dhcp != 0;
   return true;
 }
 
-bool QCMAP_Client::SetLANConfig(qcmap_msgr_lan_config_v01 config, qmi_error_type_v01* error) {
-  return Order<message::SetLANConfig>(state_, config, error);
-}
-
-bool QCMAP_Client::ActivateLAN(qmi_error_type_v01* error) {
-  return Order<message::ActivateLAN>(state_, {}, error);
-}
+ORDER_WITH(SetLANConfig, qcmap_msgr_lan_config_v01)
+ORDER(ActivateLAN)
 
 bool QCMAP_Client::SetVLANConfig(qcmap_msgr_vlan_config_v01 config, qmi_error_type_v01* error,
                                  bool* flag) {
@@ -200,13 +144,8 @@ bool QCMAP_Client::SetVLANConfig(qcmap_msgr_vlan_config_v01 config, qmi_error_ty
   return true;
 }
 
-bool QCMAP_Client::DeleteVLANConfig(qcmap_msgr_vlan_config_v01 config, qmi_error_type_v01* error) {
-  return Order<message::DeleteVLANConfig>(state_, config, error);
-}
-
-bool QCMAP_Client::GetVLANConfig(qcmap_msgr_vlan_conf_t* list, qmi_error_type_v01* error) {
-  return Read<message::GetVLANConfig>(state_, list, error);
-}
+ORDER_WITH(DeleteVLANConfig, qcmap_msgr_vlan_config_v01)
+READ(GetVLANConfig)
 
 bool QCMAP_Client::AddPDNToVLANMapping(short vlan_id, unsigned int profile_handle,
                                        qmi_error_type_v01* error) {
@@ -221,7 +160,7 @@ bool QCMAP_Client::DeletePDNToVLANMapping(short vlan_id, unsigned int profile_ha
 bool QCMAP_Client::GetPDNtoVLANMappings(qcmap_msgr_pdn_to_vlan_mapping_v01* mappings, int* count,
                                         qmi_error_type_v01* error) {
   sim::MappingList list;
-  if (!Read<message::GetPDNtoVLANMappings>(state_, &list, error)) return false;
+  if (!Call<message::GetPDNtoVLANMappings>(state_, {}, list, error)) return false;
   std::copy_n(list.mappings, list.count, mappings);
   *count = static_cast<int>(list.count);
   return true;
@@ -238,12 +177,10 @@ bool QCMAP_Client::GetIPPassthroughConfig(qcmap_msgr_ip_passthrough_mode_enum_v0
                                           qcmap_msgr_ip_passthrough_config_v01* config,
                                           qmi_error_type_v01* error) {
   sim::Passthrough passthrough;
-  if (!Read<message::GetIPPassthroughConfig>(state_, &passthrough, error)) return false;
+  if (!Call<message::GetIPPassthroughConfig>(state_, {}, passthrough, error)) return false;
   *mode = passthrough.mode;
   *config = passthrough.config;
   return true;
 }
 
-bool QCMAP_Client::GetIPPassthroughState(unsigned char* state, qmi_error_type_v01* error) {
-  return Read<message::GetIPPassthroughState>(state_, state, error);
-}
+READ(GetIPPassthroughState)

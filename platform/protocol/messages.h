@@ -45,25 +45,12 @@ using VlanList = qcmap_msgr_vlan_conf_t;
 // and learns the session's Mobile AP handle; on the second, which gets the indications, it carries
 // that handle.
 // clang-format off
-#define SIM_GENERAL_MESSAGES(MESSAGE) \
-  MESSAGE(OpenSession, uint32_t, uint32_t) \
+#define SIM_MODEM_MESSAGES(MESSAGE) \
   MESSAGE(EnableMobileAP, Nothing, Nothing) \
   MESSAGE(GetMobileAPStatus, Nothing, qcmap_msgr_mobile_ap_status_enum_v01) \
   MESSAGE(GetWWANPolicyList, Nothing, PolicyList) \
   MESSAGE(SetWWANProfileHandlePreference, profile_handle_type_v01, Nothing) \
-  MESSAGE(CreateWWANPolicy, qcmap_msgr_net_policy_info_v01, Nothing) \
-  MESSAGE(GetLANConfig, Nothing, qcmap_msgr_lan_config_v01) \
-  MESSAGE(SetLANConfig, qcmap_msgr_lan_config_v01, Nothing) \
-  MESSAGE(ActivateLAN, Nothing, Nothing) \
-  MESSAGE(SetVLANConfig, qcmap_msgr_vlan_config_v01, uint8_t) \
-  MESSAGE(DeleteVLANConfig, qcmap_msgr_vlan_config_v01, Nothing) \
-  MESSAGE(GetVLANConfig, Nothing, VlanList) \
-  MESSAGE(AddPDNToVLANMapping, qcmap_msgr_pdn_to_vlan_mapping_v01, Nothing) \
-  MESSAGE(DeletePDNToVLANMapping, qcmap_msgr_pdn_to_vlan_mapping_v01, Nothing) \
-  MESSAGE(GetPDNtoVLANMappings, Nothing, MappingList) \
-  MESSAGE(SetIPPassthroughConfig, Passthrough, Nothing) \
-  MESSAGE(GetIPPassthroughConfig, Nothing, Passthrough) \
-  MESSAGE(GetIPPassthroughState, Nothing, uint8_t)
+  MESSAGE(CreateWWANPolicy, qcmap_msgr_net_policy_info_v01, Nothing)
 
 // These act on the session's current profile.
 #define SIM_PROFILE_MESSAGES(MESSAGE) \
@@ -88,7 +75,23 @@ using VlanList = qcmap_msgr_vlan_conf_t;
   MESSAGE(ResetWWANStatistics, qcmap_msgr_ip_family_enum_v01, Nothing) \
   MESSAGE(GetNetworkConfiguration, qcmap_msgr_ip_family_enum_v01, qcmap_nw_params_t)
 
-#define SIM_MESSAGES(MESSAGE) SIM_GENERAL_MESSAGES(MESSAGE) SIM_PROFILE_MESSAGES(MESSAGE)
+#define SIM_LAN_MESSAGES(MESSAGE) \
+  MESSAGE(GetLANConfig, Nothing, qcmap_msgr_lan_config_v01) \
+  MESSAGE(SetLANConfig, qcmap_msgr_lan_config_v01, Nothing) \
+  MESSAGE(ActivateLAN, Nothing, Nothing) \
+  MESSAGE(SetVLANConfig, qcmap_msgr_vlan_config_v01, uint8_t) \
+  MESSAGE(DeleteVLANConfig, qcmap_msgr_vlan_config_v01, Nothing) \
+  MESSAGE(GetVLANConfig, Nothing, VlanList) \
+  MESSAGE(AddPDNToVLANMapping, qcmap_msgr_pdn_to_vlan_mapping_v01, Nothing) \
+  MESSAGE(DeletePDNToVLANMapping, qcmap_msgr_pdn_to_vlan_mapping_v01, Nothing) \
+  MESSAGE(GetPDNtoVLANMappings, Nothing, MappingList) \
+  MESSAGE(SetIPPassthroughConfig, Passthrough, Nothing) \
+  MESSAGE(GetIPPassthroughConfig, Nothing, Passthrough) \
+  MESSAGE(GetIPPassthroughState, Nothing, uint8_t)
+
+#define SIM_MESSAGES(MESSAGE) \
+  SIM_MODEM_MESSAGES(MESSAGE) SIM_PROFILE_MESSAGES(MESSAGE) SIM_LAN_MESSAGES(MESSAGE) \
+  MESSAGE(OpenSession, uint32_t, uint32_t)
 // clang-format on
 
 #define SIM_NUMBER(name, request, reply) name,

@@ -8,13 +8,16 @@
 namespace sim {
 namespace {
 
-constexpr Error kGranted = QMI_ERR_NONE_V01;
+using Policy = qcmap_msgr_net_policy_info_v01;
+using CallType = qcmap_msgr_wwan_call_type_v01;
+using IpFamily = qcmap_msgr_ip_family_enum_v01;
+
 constexpr uint8_t kMaxProfileNumber = 24;
 constexpr uint64_t kPacketBytes = 1000;
 
 /// Whether a modem takes the policy: known technologies and family, and profile numbers that it has
 /// for the families that the policy carries.
-bool IsSound(const qcmap_msgr_net_policy_info_v01& policy) {
+bool IsSound(const Policy& policy) {
   const bool is_v4 = policy.ip_family == QCMAP_MSGR_IP_FAMILY_V4_V01;
   const bool is_v6 = policy.ip_family == QCMAP_MSGR_IP_FAMILY_V6_V01;
   const auto are_numbers = [](const uint8_t(&numbers)[2]) {
@@ -27,213 +30,181 @@ bool IsSound(const qcmap_msgr_net_policy_info_v01& policy) {
          (is_v4 || are_numbers(policy.v6_profile_id));
 }
 
-/// Changes something of a profile that may be what a call was waiting for.
-template <typename Member, typename Value>
-Error Set(Model& model, Profile& profile, Member& member, const Value& value) {
-  member = value;
-  model.modem.AutoConnect(profile);
+template <typename Value>
+Error Give(Value& reply, const Value& value) {
+  reply = value;
   return kGranted;
 }
 
-bool IsFlag(uint8_t value) {
-  return value <= 1;
-}
+class ModemAnswers {
+ public:
+  ModemAnswers(Model& model, Session& session) : modem_(model.modem), session_(session) {}
+  explicit operator bool() const { return true; }
 
-/// Hands each family that is meant to `use`.
-template <typename Use>
-Error ForEach(qcmap_msgr_ip_family_enum_v01 meant, Use use) {
-  const bool both = meant == QCMAP_MSGR_IP_FAMILY_V4V6_V01;
-  const bool v4 = both || meant == QCMAP_MSGR_IP_FAMILY_V4_V01;
-  const bool v6 = both || meant == QCMAP_MSGR_IP_FAMILY_V6_V01;
-  if (v4) use(kIpv4);
-  if (v6) use(kIpv6);
-  return v4 || v6 ? kGranted : QMI_ERR_INVALID_ARG_V01;
-}
+  Error EnableMobileAP(const Nothing&, Nothing&) {
+    modem_.EnableMobileAp();
+    return kGranted;
+  }
+  Error GetMobileAPStatus(const Nothing&, qcmap_msgr_mobile_ap_status_enum_v01& status) {
+    return Give(status, modem_.mobile_ap_enabled() ? QCMAP_MSGR_MOBILE_AP_STATUS_CONNECTED_V01
+                                                   : QCMAP_MSGR_MOBILE_AP_STATUS_DISCONNECTED_V01);
+  }
+  Error GetWWANPolicyList(const Nothing&, PolicyList& list) {
+    list.policy_list_valid = 1;
+    for (const Profile& profile : modem_.profiles())
+      list.policy_list[list.policy_list_len++] = {profile.handle, profile.policy};
+    return kGranted;
+  }
+  Error SetWWANProfileHandlePreference(const profile_handle_type_v01& handle, Nothing&) {
+    if (modem_.Find(handle) == nullptr) return QMI_ERR_INVALID_HANDLE_V01;
+    return Give(session_.profile, handle);
+  }
+  Error CreateWWANPolicy(const Policy& policy, Nothing&) {
+    if (!IsSound(policy)) return QMI_ERR_INVALID_ARG_V01;
+    if (modem_.profiles().size() == QCMAP_MSGR_MAX_WWAN_POLICY_V01)
+      return QMI_ERR_NO_MEMORY_IN_LIST_V01;
+    modem_.Add(policy);
+    return kGranted;
+  }
 
-bool IsKnown(qcmap_msgr_wwan_call_type_v01 type) {
-  return type == QCMAP_MSGR_WWAN_CALL_TYPE_V4_V01 || type == QCMAP_MSGR_WWAN_CALL_TYPE_V6_V01;
-}
+ private:
+  Modem& modem_;
+  Session& session_;
+};
 
-FamilyIndex FamilyOf(qcmap_msgr_wwan_call_type_v01 type) {
-  return type == QCMAP_MSGR_WWAN_CALL_TYPE_V6_V01 ? kIpv6 : kIpv4;
-}
+/// Answers for the session's current profile, if it exists.
+class ProfileAnswers {
+ public:
+  ProfileAnswers(Model& model, Session& session)
+      : modem_(model.modem), lan_(model.lan), session_(session) {
+    if (session_.profile == 0 && !modem_.profiles().empty())
+      session_.profile = modem_.profiles().front().handle;
+    profile_ = modem_.Find(session_.profile);
+  }
+  explicit operator bool() const { return profile_ != nullptr; }
+
+  Error GetWWANPolicy(const Nothing&, Policy& policy) { return Give(policy, profile_->policy); }
+  Error SetWWANPolicy(const Policy& policy, Nothing&) {
+    return IsSound(policy) ? Set(profile_->policy, policy) : QMI_ERR_INVALID_ARG_V01;
+  }
+  Error UpdateWWANPolicy(const PolicyUpdate& request, Nothing& nothing) {
+    const bool both = request.update == QCMAP_MSGR_UPDATE_PROFILE_V4V6_V01;
+    const bool whole = request.update == QCMAP_MSGR_UPDATE_PROFILE_POLICY_V01;
+    const bool v4 = both || request.update == QCMAP_MSGR_UPDATE_PROFILE_V4_V01;
+    const bool v6 = both || request.update == QCMAP_MSGR_UPDATE_PROFILE_V6_V01;
+    if (!whole && !v4 && !v6) return QMI_ERR_INVALID_ARG_V01;
+    Policy updated = whole ? request.policy : profile_->policy;
+    if (v4) std::copy_n(request.policy.v4_profile_id, 2, updated.v4_profile_id);
+    if (v6) std::copy_n(request.policy.v6_profile_id, 2, updated.v6_profile_id);
+    return SetWWANPolicy(updated, nothing);
+  }
+  Error DeleteWWANPolicy(const Nothing&, Nothing&) {
+    for (const auto& mapping : lan_.mappings)
+      if (mapping.profile_handle == profile_->handle) return QMI_ERR_INCOMPATIBLE_STATE_V01;
+    for (const Family& family : profile_->families)
+      if (!family.IsDown()) return QMI_ERR_INCOMPATIBLE_STATE_V01;
+    auto& profiles = modem_.profiles();
+    profiles.erase(profiles.begin() + (profile_ - profiles.data()));
+    return kGranted;
+  }
+
+  Error SetAutoconnect(const uint8_t& on, Nothing&) { return SetFlag(profile_->autoconnect, on); }
+  Error GetAutoconnect(const Nothing&, uint8_t& on) { return GetFlag(on, profile_->autoconnect); }
+  Error SetRoaming(const uint8_t& on, Nothing&) { return SetFlag(profile_->roaming, on); }
+  Error GetRoaming(const Nothing&, uint8_t& on) { return GetFlag(on, profile_->roaming); }
+  Error EnableIPV4(const Nothing&, Nothing&) { return Set(OfFamily(kIpv4).enabled, true); }
+  Error DisableIPV4(const Nothing&, Nothing&) { return Set(OfFamily(kIpv4).enabled, false); }
+  Error EnableIPV6(const Nothing&, Nothing&) { return Set(OfFamily(kIpv6).enabled, true); }
+  Error DisableIPV6(const Nothing&, Nothing&) { return Set(OfFamily(kIpv6).enabled, false); }
+  Error GetIPv4State(const Nothing&, uint8_t& on) { return GetFlag(on, OfFamily(kIpv4).enabled); }
+  Error GetIPv6State(const Nothing&, uint8_t& on) { return GetFlag(on, OfFamily(kIpv6).enabled); }
+
+  Error GetWWANStatus(const Nothing&, WwanStatus& status) {
+    return Give(status, {profile_->Status(kIpv4), profile_->Status(kIpv6)});
+  }
+  Error ConnectBackHaul(const CallType& type, Nothing&) { return Order(type, &Modem::Connect); }
+  Error DisconnectBackHaul(const CallType& type, Nothing&) {
+    return Order(type, &Modem::Disconnect);
+  }
+
+  Error GetWWANStatistics(const IpFamily& meant, qcmap_msgr_wwan_statistics_type_v01& statistics) {
+    return ForEach(meant, [&](Family& family) {
+      const auto bytes = modem_.Count(family);
+      for (size_t i = 0; i < bytes.size(); ++i) {
+        statistics.bytes[i] += bytes[i];
+        const uint64_t packets = (bytes[i] + kPacketBytes - 1) / kPacketBytes;
+        statistics.packets[i] += static_cast<uint32_t>(packets);
+      }
+    });
+  }
+  Error ResetWWANStatistics(const IpFamily& meant, Nothing&) {
+    return ForEach(meant, [&](Family& family) { modem_.SetCounters(family, {}); });
+  }
+  // The call's own address and two name servers, from the ranges set aside for documentation.
+  Error GetNetworkConfiguration(const IpFamily& family, qcmap_nw_params_t& params) {
+    const bool is_v6 = family == QCMAP_MSGR_IP_FAMILY_V6_V01;
+    if (!is_v6 && family != QCMAP_MSGR_IP_FAMILY_V4_V01) return QMI_ERR_INVALID_ARG_V01;
+    if (!OfFamily(is_v6 ? kIpv6 : kIpv4).IsUp()) return QMI_ERR_NO_NETWORK_FOUND_V01;
+    const uint32_t host = (profile_->handle - 1) % 254 + 1;
+    if (!is_v6) return Give(params, {{0xC0000200 | host, 0xC6336401, 0xC6336402}});
+    const char* const addresses[] = {"2001:db8::", "2001:db8:53::1", "2001:db8:53::2"};
+    for (size_t i = 0; i < std::size(addresses); ++i)
+      ::inet_pton(AF_INET6, addresses[i], params.v6[i]);
+    params.v6[0][15] = static_cast<uint8_t>(host);
+    return kGranted;
+  }
+
+ private:
+  Family& OfFamily(FamilyIndex family) { return profile_->families[family]; }
+  /// Changes something that a call may have been waiting for.
+  template <typename Member, typename Value>
+  Error Set(Member& member, const Value& value) {
+    member = value;
+    modem_.AutoConnect(*profile_);
+    return kGranted;
+  }
+  Error SetFlag(bool& flag, uint8_t on) {
+    return on <= 1 ? Set(flag, on) : QMI_ERR_INVALID_ARG_V01;
+  }
+  Error GetFlag(uint8_t& on, bool flag) { return Give<uint8_t>(on, flag); }
+  Error Order(CallType type, Error (Modem::*order)(Profile&, FamilyIndex, uint32_t)) {
+    const bool is_v6 = type == QCMAP_MSGR_WWAN_CALL_TYPE_V6_V01;
+    if (!is_v6 && type != QCMAP_MSGR_WWAN_CALL_TYPE_V4_V01) return QMI_ERR_INVALID_ARG_V01;
+    return (modem_.*order)(*profile_, is_v6 ? kIpv6 : kIpv4, session_.handle);
+  }
+  template <typename Use>
+  Error ForEach(IpFamily meant, Use use) {
+    const bool both = meant == QCMAP_MSGR_IP_FAMILY_V4V6_V01;
+    const bool v4 = both || meant == QCMAP_MSGR_IP_FAMILY_V4_V01;
+    const bool v6 = both || meant == QCMAP_MSGR_IP_FAMILY_V6_V01;
+    if (v4) use(OfFamily(kIpv4));
+    if (v6) use(OfFamily(kIpv6));
+    return v4 || v6 ? kGranted : QMI_ERR_INVALID_ARG_V01;
+  }
+
+  Modem& modem_;
+  Lan& lan_;
+  Session& session_;
+  Profile* profile_;
+};
 
 }  // namespace
 
-namespace answer {
-
-// The connection itself opens its session, once.
-Error OpenSession(Model&, Session&, const uint32_t&, uint32_t&) {
-  return QMI_ERR_INCOMPATIBLE_STATE_V01;
-}
-
-Error EnableMobileAP(Model& model, Session&, const Nothing&, Nothing&) {
-  model.modem.EnableMobileAp();
-  return kGranted;
-}
-
-Error GetMobileAPStatus(Model& model, Session&, const Nothing&,
-                        qcmap_msgr_mobile_ap_status_enum_v01& status) {
-  status = model.modem.mobile_ap_enabled() ? QCMAP_MSGR_MOBILE_AP_STATUS_CONNECTED_V01
-                                           : QCMAP_MSGR_MOBILE_AP_STATUS_DISCONNECTED_V01;
-  return kGranted;
-}
-
-Error GetWWANPolicyList(Model& model, Session&, const Nothing&, PolicyList& list) {
-  list.policy_list_valid = 1;
-  for (const Profile& profile : model.modem.profiles())
-    list.policy_list[list.policy_list_len++] = {profile.handle, profile.policy};
-  return kGranted;
-}
-
-Error SetWWANProfileHandlePreference(Model& model, Session& session,
-                                     const profile_handle_type_v01& handle, Nothing&) {
-  if (model.modem.Find(handle) == nullptr) return QMI_ERR_INVALID_HANDLE_V01;
-  session.profile = handle;
-  return kGranted;
-}
-
-Error GetWWANPolicy(Model&, Session&, Profile& profile, const Nothing&,
-                    qcmap_msgr_net_policy_info_v01& policy) {
-  policy = profile.policy;
-  return kGranted;
-}
-
-Error SetWWANPolicy(Model& model, Session&, Profile& profile,
-                    const qcmap_msgr_net_policy_info_v01& policy, Nothing&) {
-  if (!IsSound(policy)) return QMI_ERR_INVALID_ARG_V01;
-  return Set(model, profile, profile.policy, policy);
-}
-
-Error UpdateWWANPolicy(Model& model, Session& session, Profile& profile,
-                       const PolicyUpdate& request, Nothing& nothing) {
-  const bool both = request.update == QCMAP_MSGR_UPDATE_PROFILE_V4V6_V01;
-  const bool whole = request.update == QCMAP_MSGR_UPDATE_PROFILE_POLICY_V01;
-  const bool v4 = both || request.update == QCMAP_MSGR_UPDATE_PROFILE_V4_V01;
-  const bool v6 = both || request.update == QCMAP_MSGR_UPDATE_PROFILE_V6_V01;
-  if (!whole && !v4 && !v6) return QMI_ERR_INVALID_ARG_V01;
-  qcmap_msgr_net_policy_info_v01 updated = whole ? request.policy : profile.policy;
-  if (v4) std::copy_n(request.policy.v4_profile_id, 2, updated.v4_profile_id);
-  if (v6) std::copy_n(request.policy.v6_profile_id, 2, updated.v6_profile_id);
-  return SetWWANPolicy(model, session, profile, updated, nothing);
-}
-
-Error CreateWWANPolicy(Model& model, Session&, const qcmap_msgr_net_policy_info_v01& policy,
-                       Nothing&) {
-  if (!IsSound(policy)) return QMI_ERR_INVALID_ARG_V01;
-  if (model.modem.profiles().size() == QCMAP_MSGR_MAX_WWAN_POLICY_V01)
-    return QMI_ERR_NO_MEMORY_IN_LIST_V01;
-  model.modem.Add(policy);
-  return kGranted;
-}
-
-Error DeleteWWANPolicy(Model& model, Session&, Profile& profile, const Nothing&, Nothing&) {
-  for (const auto& mapping : model.lan.mappings)
-    if (mapping.profile_handle == profile.handle) return QMI_ERR_INCOMPATIBLE_STATE_V01;
-  for (const Family& family : profile.families)
-    if (!family.IsDown()) return QMI_ERR_INCOMPATIBLE_STATE_V01;
-  auto& profiles = model.modem.profiles();
-  profiles.erase(profiles.begin() + (&profile - profiles.data()));
-  return kGranted;
-}
-
-Error SetAutoconnect(Model& model, Session&, Profile& profile, const uint8_t& on, Nothing&) {
-  return IsFlag(on) ? Set(model, profile, profile.autoconnect, on) : QMI_ERR_INVALID_ARG_V01;
-}
-
-Error GetAutoconnect(Model&, Session&, Profile& profile, const Nothing&, uint8_t& on) {
-  on = profile.autoconnect;
-  return kGranted;
-}
-
-Error SetRoaming(Model& model, Session&, Profile& profile, const uint8_t& on, Nothing&) {
-  return IsFlag(on) ? Set(model, profile, profile.roaming, on) : QMI_ERR_INVALID_ARG_V01;
-}
-
-Error GetRoaming(Model&, Session&, Profile& profile, const Nothing&, uint8_t& on) {
-  on = profile.roaming;
-  return kGranted;
-}
-
-Error EnableIPV4(Model& model, Session&, Profile& profile, const Nothing&, Nothing&) {
-  return Set(model, profile, profile.families[kIpv4].enabled, true);
-}
-
-Error DisableIPV4(Model& model, Session&, Profile& profile, const Nothing&, Nothing&) {
-  return Set(model, profile, profile.families[kIpv4].enabled, false);
-}
-
-Error EnableIPV6(Model& model, Session&, Profile& profile, const Nothing&, Nothing&) {
-  return Set(model, profile, profile.families[kIpv6].enabled, true);
-}
-
-Error DisableIPV6(Model& model, Session&, Profile& profile, const Nothing&, Nothing&) {
-  return Set(model, profile, profile.families[kIpv6].enabled, false);
-}
-
-Error GetIPv4State(Model&, Session&, Profile& profile, const Nothing&, uint8_t& on) {
-  on = profile.families[kIpv4].enabled;
-  return kGranted;
-}
-
-Error GetIPv6State(Model&, Session&, Profile& profile, const Nothing&, uint8_t& on) {
-  on = profile.families[kIpv6].enabled;
-  return kGranted;
-}
-
-Error GetWWANStatus(Model&, Session&, Profile& profile, const Nothing&, WwanStatus& status) {
-  status = {profile.Status(kIpv4), profile.Status(kIpv6)};
-  return kGranted;
-}
-
-Error ConnectBackHaul(Model& model, Session& session, Profile& profile,
-                      const qcmap_msgr_wwan_call_type_v01& type, Nothing&) {
-  if (!IsKnown(type)) return QMI_ERR_INVALID_ARG_V01;
-  return model.modem.Connect(profile, FamilyOf(type), session.handle);
-}
-
-Error DisconnectBackHaul(Model& model, Session& session, Profile& profile,
-                         const qcmap_msgr_wwan_call_type_v01& type, Nothing&) {
-  if (!IsKnown(type)) return QMI_ERR_INVALID_ARG_V01;
-  return model.modem.Disconnect(profile, FamilyOf(type), session.handle);
-}
-
-Error GetWWANStatistics(Model& model, Session&, Profile& profile,
-                        const qcmap_msgr_ip_family_enum_v01& meant,
-                        qcmap_msgr_wwan_statistics_type_v01& statistics) {
-  return ForEach(meant, [&](FamilyIndex family) {
-    const auto bytes = model.modem.Count(profile.families[family]);
-    for (size_t i = 0; i < bytes.size(); ++i) {
-      statistics.bytes[i] += bytes[i];
-      statistics.packets[i] += static_cast<uint32_t>((bytes[i] + kPacketBytes - 1) / kPacketBytes);
-    }
-  });
-}
-
-Error ResetWWANStatistics(Model& model, Session&, Profile& profile,
-                          const qcmap_msgr_ip_family_enum_v01& meant, Nothing&) {
-  return ForEach(
-      meant, [&](FamilyIndex family) { model.modem.SetCounters(profile.families[family], {}); });
-}
-
-// The call's own address and two name servers, from the ranges set aside for documentation.
-Error GetNetworkConfiguration(Model&, Session&, Profile& profile,
-                              const qcmap_msgr_ip_family_enum_v01& family,
-                              qcmap_nw_params_t& params) {
-  const bool is_v6 = family == QCMAP_MSGR_IP_FAMILY_V6_V01;
-  if (!is_v6 && family != QCMAP_MSGR_IP_FAMILY_V4_V01) return QMI_ERR_INVALID_ARG_V01;
-  if (!profile.families[is_v6 ? kIpv6 : kIpv4].IsUp()) return QMI_ERR_NO_NETWORK_FOUND_V01;
-  const uint32_t host = (profile.handle - 1) % 254 + 1;
-  if (!is_v6) {
-    params = {{0xC0000200 | host, 0xC6336401, 0xC6336402}};
-    return kGranted;
+AnswerFunction FindCallAnswer(uint32_t id) {
+  switch (id) {
+#define SIM_CASE(name, request, reply) \
+  case message::name::kId:             \
+    return AnswerWith<message::name, ModemAnswers, &ModemAnswers::name>;
+    SIM_MODEM_MESSAGES(SIM_CASE)
+#undef SIM_CASE
+#define SIM_CASE(name, request, reply) \
+  case message::name::kId:             \
+    return AnswerWith<message::name, ProfileAnswers, &ProfileAnswers::name>;
+    SIM_PROFILE_MESSAGES(SIM_CASE)
+#undef SIM_CASE
+    default:
+      return nullptr;
   }
-  const char* const addresses[] = {"2001:db8::", "2001:db8:53::1", "2001:db8:53::2"};
-  for (size_t i = 0; i < std::size(addresses); ++i)
-    ::inet_pton(AF_INET6, addresses[i], params.v6[i]);
-  params.v6[0][15] = static_cast<uint8_t>(host);
-  return kGranted;
 }
 
-}  // namespace answer
 }  // namespace sim

@@ -1,5 +1,5 @@
 /// Receives a client's datagrams one by one, and sends what it is to get.
-#include "server/connection.h"
+#include "server/connections.h"
 
 #include <sys/socket.h>
 

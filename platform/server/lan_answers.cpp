@@ -10,6 +10,7 @@ namespace sim {
 namespace {
 
 using mox::util::NetworkManager;
+using LanConfig = qcmap_msgr_lan_config_v01;
 using Mapping = qcmap_msgr_pdn_to_vlan_mapping_v01;
 using Vlan = qcmap_msgr_vlan_config_v01;
 
@@ -19,14 +20,12 @@ std::string ToText(uint32_t address) {
   return ::inet_ntop(AF_INET, &in_network_order, text, sizeof text);
 }
 
-bool IsSound(const qcmap_msgr_lan_config_v01& lan) {
+bool IsSound(const LanConfig& lan) {
   const std::string gateway = ToText(lan.gw_ip), netmask = ToText(lan.netmask);
-  std::string start, end;
-  if (lan.enable_dhcp > 1) return false;
-  return lan.enable_dhcp == 1
-             ? NetworkManager::CheckIpv4DhcpRangeValidation(
-                   gateway, netmask, ToText(lan.dhcp_start_ip), ToText(lan.dhcp_end_ip))
-             : NetworkManager::GetIpv4DhcpRange(gateway, netmask, start, end);
+  std::string start = ToText(lan.dhcp_start_ip), end = ToText(lan.dhcp_end_ip);
+  if (lan.enable_dhcp == 1)
+    return NetworkManager::CheckIpv4DhcpRangeValidation(gateway, netmask, start, end);
+  return lan.enable_dhcp == 0 && NetworkManager::GetIpv4DhcpRange(gateway, netmask, start, end);
 }
 
 template <size_t kSize>
@@ -39,116 +38,121 @@ bool IsSound(const Vlan& vlan) {
          vlan.iface_name[0] != '\0';
 }
 
-auto Find(Lan& lan, const Vlan& vlan) {
-  return std::find_if(lan.vlans.begin(), lan.vlans.end(), [&](const Vlan& other) {
-    return other.vlan_id == vlan.vlan_id && std::strcmp(other.iface_name, vlan.iface_name) == 0;
-  });
-}
+class LanAnswers {
+ public:
+  LanAnswers(Model& model, Session&)
+      : lan_(model.lan), vlans_(lan_.vlans), mappings_(lan_.mappings), modem_(model.modem) {}
+  explicit operator bool() const { return true; }
 
-auto FindMapping(Lan& lan, int16_t vlan_id) {
-  return std::find_if(lan.mappings.begin(), lan.mappings.end(),
-                      [&](const Mapping& mapping) { return mapping.vlan_id == vlan_id; });
-}
+  Error GetLANConfig(const Nothing&, LanConfig& config) {
+    config = lan_.config;
+    return kGranted;
+  }
+  Error SetLANConfig(const LanConfig& config, Nothing&) {
+    if (!IsSound(config)) return QMI_ERR_INVALID_ARG_V01;
+    lan_.config = config;
+    lan_.active = false;
+    return kGranted;
+  }
+  Error ActivateLAN(const Nothing&, Nothing&) {
+    lan_.active = true;
+    return kGranted;
+  }
+
+  Error SetVLANConfig(const Vlan& vlan, uint8_t&) {
+    if (!IsSound(vlan)) return QMI_ERR_INVALID_ARG_V01;
+    if (Find(vlan) != vlans_.end()) return QMI_ERR_NO_EFFECT_V01;
+    if (vlans_.size() == QCMAP_MSGR_MAX_VLAN_ENTRIES_V01) return QMI_ERR_NO_MEMORY_IN_LIST_V01;
+    vlans_.push_back(vlan);
+    return kGranted;
+  }
+  Error DeleteVLANConfig(const Vlan& vlan, Nothing&) {
+    if (!IsSound(vlan) || Find(vlan) == vlans_.end()) return QMI_ERR_INVALID_ARG_V01;
+    if (FindMapping(vlan.vlan_id) != mappings_.end()) return QMI_ERR_INCOMPATIBLE_STATE_V01;
+    vlans_.erase(Find(vlan));
+    return kGranted;
+  }
+  Error GetVLANConfig(const Nothing&, VlanList& list) {
+    for (const Vlan& vlan : vlans_) list.vlan_config[list.vlan_config_len++] = vlan;
+    return kGranted;
+  }
+
+  // A VLAN is bound to one profile at a time.
+  Error AddPDNToVLANMapping(const Mapping& mapping, Nothing&) {
+    const auto has_id = [&](const Vlan& vlan) { return vlan.vlan_id == mapping.vlan_id; };
+    if (modem_.Find(mapping.profile_handle) == nullptr) return QMI_ERR_INVALID_HANDLE_V01;
+    if (std::none_of(vlans_.begin(), vlans_.end(), has_id)) return QMI_ERR_INVALID_ARG_V01;
+    const auto bound = FindMapping(mapping.vlan_id);
+    if (bound != mappings_.end())
+      return bound->profile_handle == mapping.profile_handle ? QMI_ERR_NO_EFFECT_V01
+                                                             : QMI_ERR_INCOMPATIBLE_STATE_V01;
+    if (mappings_.size() == QCMAP_MSGR_MAX_MAPPINGS_V01) return QMI_ERR_NO_MEMORY_IN_LIST_V01;
+    mappings_.push_back(mapping);
+    return kGranted;
+  }
+  Error DeletePDNToVLANMapping(const Mapping& mapping, Nothing&) {
+    if (modem_.Find(mapping.profile_handle) == nullptr) return QMI_ERR_INVALID_HANDLE_V01;
+    const auto bound = FindMapping(mapping.vlan_id);
+    if (bound == mappings_.end() || bound->profile_handle != mapping.profile_handle)
+      return QMI_ERR_INVALID_ARG_V01;
+    mappings_.erase(bound);
+    return kGranted;
+  }
+  Error GetPDNtoVLANMappings(const Nothing&, MappingList& list) {
+    for (const Mapping& mapping : mappings_) list.mappings[list.count++] = mapping;
+    return kGranted;
+  }
+
+  Error SetIPPassthroughConfig(const Passthrough& passthrough, Nothing&) {
+    const bool disables = passthrough.mode == QCMAP_MSGR_IP_PASSTHROUGH_MODE_DISABLE_V01;
+    if ((!disables && passthrough.mode != QCMAP_MSGR_IP_PASSTHROUGH_MODE_ENABLE_V01) ||
+        !IsTerminated(passthrough.config.device_name))
+      return QMI_ERR_INVALID_ARG_V01;
+    lan_.passthrough = passthrough;
+    return kGranted;
+  }
+  Error GetIPPassthroughConfig(const Nothing&, Passthrough& passthrough) {
+    passthrough = lan_.passthrough;
+    return kGranted;
+  }
+  // 0: off; 1: on, waiting for a call; 2: the host has the address of an IPv4 call.
+  Error GetIPPassthroughState(const Nothing&, uint8_t& state) {
+    if (lan_.passthrough.mode == QCMAP_MSGR_IP_PASSTHROUGH_MODE_DISABLE_V01) return kGranted;
+    state = 1;
+    for (const Profile& profile : modem_.profiles())
+      if (profile.families[kIpv4].IsUp()) state = 2;
+    return kGranted;
+  }
+
+ private:
+  std::vector<Vlan>::iterator Find(const Vlan& vlan) {
+    return std::find_if(vlans_.begin(), vlans_.end(), [&](const Vlan& other) {
+      return other.vlan_id == vlan.vlan_id && std::strcmp(other.iface_name, vlan.iface_name) == 0;
+    });
+  }
+  std::vector<Mapping>::iterator FindMapping(int16_t vlan_id) {
+    return std::find_if(mappings_.begin(), mappings_.end(),
+                        [&](const Mapping& mapping) { return mapping.vlan_id == vlan_id; });
+  }
+
+  Lan& lan_;
+  std::vector<Vlan>& vlans_;
+  std::vector<Mapping>& mappings_;
+  Modem& modem_;
+};
 
 }  // namespace
 
-namespace answer {
-
-Error GetLANConfig(Model& model, Session&, const Nothing&, qcmap_msgr_lan_config_v01& config) {
-  config = model.lan.config;
-  return QMI_ERR_NONE_V01;
+AnswerFunction FindLanAnswer(uint32_t id) {
+  switch (id) {
+#define SIM_CASE(name, request, reply) \
+  case message::name::kId:             \
+    return AnswerWith<message::name, LanAnswers, &LanAnswers::name>;
+    SIM_LAN_MESSAGES(SIM_CASE)
+#undef SIM_CASE
+    default:
+      return nullptr;
+  }
 }
 
-Error SetLANConfig(Model& model, Session&, const qcmap_msgr_lan_config_v01& config, Nothing&) {
-  if (!IsSound(config)) return QMI_ERR_INVALID_ARG_V01;
-  model.lan.config = config;
-  model.lan.active = false;
-  return QMI_ERR_NONE_V01;
-}
-
-Error ActivateLAN(Model& model, Session&, const Nothing&, Nothing&) {
-  model.lan.active = true;
-  return QMI_ERR_NONE_V01;
-}
-
-Error SetVLANConfig(Model& model, Session&, const Vlan& vlan, uint8_t&) {
-  auto& vlans = model.lan.vlans;
-  if (!IsSound(vlan)) return QMI_ERR_INVALID_ARG_V01;
-  if (Find(model.lan, vlan) != vlans.end()) return QMI_ERR_NO_EFFECT_V01;
-  if (vlans.size() == QCMAP_MSGR_MAX_VLAN_ENTRIES_V01) return QMI_ERR_NO_MEMORY_IN_LIST_V01;
-  vlans.push_back(vlan);
-  return QMI_ERR_NONE_V01;
-}
-
-Error DeleteVLANConfig(Model& model, Session&, const Vlan& vlan, Nothing&) {
-  if (!IsSound(vlan)) return QMI_ERR_INVALID_ARG_V01;
-  const auto found = Find(model.lan, vlan);
-  if (found == model.lan.vlans.end()) return QMI_ERR_INVALID_ARG_V01;
-  if (FindMapping(model.lan, vlan.vlan_id) != model.lan.mappings.end())
-    return QMI_ERR_INCOMPATIBLE_STATE_V01;
-  model.lan.vlans.erase(found);
-  return QMI_ERR_NONE_V01;
-}
-
-Error GetVLANConfig(Model& model, Session&, const Nothing&, VlanList& list) {
-  for (const Vlan& vlan : model.lan.vlans) list.vlan_config[list.vlan_config_len++] = vlan;
-  return QMI_ERR_NONE_V01;
-}
-
-// A VLAN is bound to one profile at a time.
-Error AddPDNToVLANMapping(Model& model, Session&, const Mapping& mapping, Nothing&) {
-  auto& [config, active, vlans, mappings, passthrough] = model.lan;
-  if (model.modem.Find(mapping.profile_handle) == nullptr) return QMI_ERR_INVALID_HANDLE_V01;
-  if (std::none_of(vlans.begin(), vlans.end(),
-                   [&](const Vlan& vlan) { return vlan.vlan_id == mapping.vlan_id; }))
-    return QMI_ERR_INVALID_ARG_V01;
-  const auto bound = FindMapping(model.lan, mapping.vlan_id);
-  if (bound != mappings.end())
-    return bound->profile_handle == mapping.profile_handle ? QMI_ERR_NO_EFFECT_V01
-                                                           : QMI_ERR_INCOMPATIBLE_STATE_V01;
-  if (mappings.size() == QCMAP_MSGR_MAX_MAPPINGS_V01) return QMI_ERR_NO_MEMORY_IN_LIST_V01;
-  mappings.push_back(mapping);
-  return QMI_ERR_NONE_V01;
-}
-
-Error DeletePDNToVLANMapping(Model& model, Session&, const Mapping& mapping, Nothing&) {
-  if (model.modem.Find(mapping.profile_handle) == nullptr) return QMI_ERR_INVALID_HANDLE_V01;
-  const auto bound = FindMapping(model.lan, mapping.vlan_id);
-  if (bound == model.lan.mappings.end() || bound->profile_handle != mapping.profile_handle)
-    return QMI_ERR_INVALID_ARG_V01;
-  model.lan.mappings.erase(bound);
-  return QMI_ERR_NONE_V01;
-}
-
-Error GetPDNtoVLANMappings(Model& model, Session&, const Nothing&, MappingList& list) {
-  for (const Mapping& mapping : model.lan.mappings) list.mappings[list.count++] = mapping;
-  return QMI_ERR_NONE_V01;
-}
-
-Error SetIPPassthroughConfig(Model& model, Session&, const Passthrough& passthrough, Nothing&) {
-  const bool enables = passthrough.mode == QCMAP_MSGR_IP_PASSTHROUGH_MODE_ENABLE_V01;
-  const bool disables = passthrough.mode == QCMAP_MSGR_IP_PASSTHROUGH_MODE_DISABLE_V01;
-  if ((!enables && !disables) || !IsTerminated(passthrough.config.device_name))
-    return QMI_ERR_INVALID_ARG_V01;
-  model.lan.passthrough = passthrough;
-  return QMI_ERR_NONE_V01;
-}
-
-Error GetIPPassthroughConfig(Model& model, Session&, const Nothing&, Passthrough& passthrough) {
-  passthrough = model.lan.passthrough;
-  return QMI_ERR_NONE_V01;
-}
-
-// 0: off; 1: on, waiting for a call; 2: the host has the address of an IPv4 call.
-Error GetIPPassthroughState(Model& model, Session&, const Nothing&, uint8_t& state) {
-  const auto& profiles = model.modem.profiles();
-  const bool has_address =
-      std::any_of(profiles.begin(), profiles.end(),
-                  [](const Profile& profile) { return profile.families[kIpv4].IsUp(); });
-  const bool is_on = model.lan.passthrough.mode == QCMAP_MSGR_IP_PASSTHROUGH_MODE_ENABLE_V01;
-  state = static_cast<uint8_t>(is_on ? 1 + has_address : 0);
-  return QMI_ERR_NONE_V01;
-}
-
-}  // namespace answer
 }  // namespace sim

@@ -8,14 +8,15 @@
 #include <new>
 
 #include "protocol/socket_path.h"
+#include "server/connections.h"
 #include "server/console.h"
-#include "server/hub.h"
 #include "server/listening_socket.h"
 
 namespace {
 
 constexpr int kUsageError = 2;
 constexpr int64_t kMaxMs = 3600 * 1000;
+constexpr int64_t kMaxTraffic = int64_t{1} << 40;
 
 struct Options {
   std::string socket = sim::DefaultSocketPath();
@@ -26,25 +27,29 @@ struct Options {
 };
 
 void Declare(CLI::App& app, Options& options) {
-  app.add_option("--socket", options.socket,
-                 "Where clients connect [$QCMAP_SOCKET, else $XDG_RUNTIME_DIR/qcmap/server, else "
-                 "/tmp/qcmap-UID/server]");
-  app.add_option("--profiles", options.profiles, "Number of profiles at the start [3]")
-      ->check(CLI::Range(0, int{QCMAP_MSGR_MAX_WWAN_POLICY_V01}));
+  const CLI::Range any_time(int64_t{0}, kMaxMs);
+  app.add_option("--socket", options.socket, "Where clients connect")->capture_default_str();
+  app.add_option("--profiles", options.profiles, "Number of profiles at the start")
+      ->check(CLI::Range(0, int{QCMAP_MSGR_MAX_WWAN_POLICY_V01}))
+      ->capture_default_str();
   app.add_option("--call-time", options.call_time_ms,
-                 "Milliseconds that connecting and disconnecting take [200]")
-      ->check(CLI::Range(int64_t{0}, kMaxMs));
-  app.add_option("--network", options.network, "Whether there is a network at the start [on]")
-      ->check(CLI::IsMember({"on", "off"}));
+                 "Milliseconds that connecting and disconnecting take")
+      ->check(any_time)
+      ->capture_default_str();
+  app.add_option("--network", options.network, "Whether there is a network at the start")
+      ->check(CLI::IsMember({"on", "off"}))
+      ->capture_default_str();
   app.add_option("--traffic", options.traffic,
-                 "Bytes that each connected family receives in a second [10000]")
-      ->check(CLI::Range(int64_t{0}, int64_t{1} << 40));
-  app.add_option("--latency", options.latency_ms, "Milliseconds before each reply [0]")
-      ->check(CLI::Range(int64_t{0}, kMaxMs));
+                 "Bytes that each connected family receives in a second")
+      ->check(CLI::Range(int64_t{0}, kMaxTraffic))
+      ->capture_default_str();
+  app.add_option("--latency", options.latency_ms, "Milliseconds before each reply")
+      ->check(any_time)
+      ->capture_default_str();
   app.add_option("--fail", options.failures,
-                 "REQUEST[:ERROR[:COUNT]], a request to refuse, as ConnectBackHaul:13:1; with "
+                 "A request to refuse: REQUEST[:ERROR[:COUNT]], as ConnectBackHaul:13:1; with "
                  "error 3 and every time unless given; may be repeated")
-      ->take_all();
+      ->allow_extra_args(false);
   app.add_flag("--console", options.console, "Read commands from standard input; try help");
 }
 
@@ -56,12 +61,12 @@ sim::Modem::Settings Settings(const Options& options) {
 /// Serves until a signal or the console ends it.
 void Serve(const Options& options, asio::io_context& io, sim::Requests& requests, sim::Hub& hub,
            sim::Model& model) {
-  sim::ListeningSocket listening(options.socket);
-  hub.Accept(listening.fd(), requests);
   asio::signal_set signals(io, SIGINT, SIGTERM, SIGHUP);
   signals.async_wait([&io](const asio::error_code& error, int) {
     if (!error) io.stop();
   });
+  sim::ListeningSocket listening(options.socket);
+  hub.Accept(listening.fd(), requests);
   std::printf("listening on %s\n", options.socket.c_str());
   std::fflush(stdout);
 

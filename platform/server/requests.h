@@ -16,17 +16,27 @@ struct Session {
   profile_handle_type_v01 profile = 0;
 };
 
-/// One function for each message, which finds a reply that is all zero. The reply is sent only when
-/// the result is QMI_ERR_NONE_V01.
-namespace answer {
-#define SIM_ANSWER(name, request, reply) Error name(Model&, Session&, const request&, reply&);
-SIM_GENERAL_MESSAGES(SIM_ANSWER)
-#undef SIM_ANSWER
-#define SIM_ANSWER(name, request, reply) \
-  Error name(Model&, Session&, Profile&, const request&, reply&);
-SIM_PROFILE_MESSAGES(SIM_ANSWER)
-#undef SIM_ANSWER
-}  // namespace answer
+constexpr Error kGranted = QMI_ERR_NONE_V01;
+
+/// Answers a request, whose record is taken from `bytes`; writes the reply's when it is granted.
+using AnswerFunction = Error (*)(Model&, Session&, const unsigned char* bytes, size_t length,
+                                 std::string& record);
+/// Null when the message is not one of theirs.
+AnswerFunction FindCallAnswer(uint32_t id);
+AnswerFunction FindLanAnswer(uint32_t id);
+
+/// An answer by the method `kAnswer` of a new `Answers`, which that makes of model and session.
+template <typename Message, typename Answers, auto kAnswer>
+Error AnswerWith(Model& model, Session& session, const unsigned char* bytes, size_t length,
+                 std::string& record) {
+  typename Message::Request request;
+  typename Message::Reply reply{};
+  if (!Unpack(bytes, length, request)) return QMI_ERR_INVALID_ARG_V01;
+  Answers answers(model, session);
+  const Error error = answers ? (answers.*kAnswer)(request, reply) : QMI_ERR_INVALID_HANDLE_V01;
+  if (error == kGranted) record.assign(reinterpret_cast<const char*>(&reply), WireSize(reply));
+  return error;
+}
 
 class Requests {
  public:
@@ -42,7 +52,7 @@ class Requests {
  private:
   struct Failure {
     Error error;
-    uint32_t times_left;
+    uint64_t times_left;
   };
 
   Model& model_;

@@ -8,18 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <cerrno>
 #include <stdexcept>
-
-namespace {
-
-int MsUntil(std::chrono::steady_clock::time_point deadline) {
-  const auto left = deadline - std::chrono::steady_clock::now();
-  const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(left).count();
-  return ms > 0 ? static_cast<int>(ms) : 0;
-}
-
-}  // namespace
 
 Process::Process(const std::string& program, const std::vector<std::string>& arguments) {
   int input[2], output[2];
@@ -31,8 +20,7 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
   posix_spawn_file_actions_t actions;
   ::posix_spawn_file_actions_init(&actions);
   ::posix_spawn_file_actions_adddup2(&actions, input[0], 0);
-  ::posix_spawn_file_actions_adddup2(&actions, output[1], 1);
-  ::posix_spawn_file_actions_adddup2(&actions, output[1], 2);
+  for (const int fd : {1, 2}) ::posix_spawn_file_actions_adddup2(&actions, output[1], fd);
   const int error = ::posix_spawn(&pid_, program.c_str(), &actions, nullptr, argv.data(), environ);
   ::posix_spawn_file_actions_destroy(&actions);
   ::close(input[0]);
@@ -56,19 +44,16 @@ void Process::Signal(int number) const {
 }
 
 void Process::Write(const std::string& text) const {
-  for (size_t done = 0; done < text.size();) {
-    const ssize_t size = ::write(input_, text.data() + done, text.size() - done);
-    if (size <= 0) throw std::runtime_error("the process does not read");
-    done += static_cast<size_t>(size);
-  }
+  if (::write(input_, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
+    throw std::runtime_error("the process does not read");
 }
 
 bool Process::WaitForOutput(const std::string& text) {
-  const auto deadline = std::chrono::steady_clock::now() + kPatience;
   while (output_.find(text) == std::string::npos) {
     pollfd waited{output_fd_, POLLIN, 0};
     char bytes[4096];
-    if (::poll(&waited, 1, MsUntil(deadline)) <= 0) return false;
+    if (::poll(&waited, 1, static_cast<int>(kPatience / std::chrono::milliseconds(1))) <= 0)
+      return false;
     const ssize_t size = ::read(output_fd_, bytes, sizeof bytes);
     if (size <= 0) return false;
     output_.append(bytes, static_cast<size_t>(size));
@@ -77,12 +62,8 @@ bool Process::WaitForOutput(const std::string& text) {
 }
 
 int Process::Wait() {
-  WaitForOutput("\1never printed: reads on until the process has closed its output");
-  const auto deadline = std::chrono::steady_clock::now() + kPatience;
-  while (!ended_ && MsUntil(deadline) > 0) {
-    ended_ = ::waitpid(pid_, &status_, WNOHANG) == pid_;
-    if (!ended_) ::poll(nullptr, 0, 1);
-  }
-  if (!ended_) return -1000;
-  return WIFEXITED(status_) ? WEXITSTATUS(status_) : -WTERMSIG(status_);
+  int status = 0;
+  WaitForOutput("\1 which no process prints");
+  ended_ = ::waitpid(pid_, &status, 0) == pid_;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }

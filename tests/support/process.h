@@ -7,12 +7,12 @@
 #include <string>
 #include <vector>
 
+/// How long a test waits for what must happen.
 constexpr std::chrono::seconds kPatience{10};
 
 class Process {
  public:
-  /// Runs `program` with `arguments`, the first of which is its name. Throws std::runtime_error
-  /// when it cannot be run.
+  /// Runs `program`; the first of `arguments` is the name that it is to bear.
   Process(const std::string& program, const std::vector<std::string>& arguments);
   /// Kills it when it still runs.
   ~Process();
@@ -23,16 +23,17 @@ class Process {
   void Signal(int number) const;
   /// Feeds standard input.
   void Write(const std::string& text) const;
-  /// Waits until standard output or error has shown `text`, or until both have ended; tells which.
+  /// Reads on until standard output or error has shown `text`. False when they end or nothing
+  /// comes any more.
   bool WaitForOutput(const std::string& text);
-  /// Waits for the end. Returns the exit status, -N after signal N, or -1000 when it does not end.
-  int Wait();
+  /// What both have shown so far.
   const std::string& output() const { return output_; }
+  /// Reads both to their end. Returns the exit status, or -N after signal N.
+  int Wait();
 
  private:
   pid_t pid_ = -1;
   bool ended_ = false;
-  int status_ = 0;
-  int input_ = -1, output_fd_ = -1;
+  int input_, output_fd_;
   std::string output_;
 };

@@ -191,59 +191,76 @@ TEST_F(Fault, SilentAndDeafClientsAreCutAndOthersUnharmed) {
   for (const int fd : deaf) ::close(fd);
 }
 
-TEST_F(Fault, LyingServerIsNotBelieved) {
-  std::filesystem::create_directory(directory_ + "/made");
-  const int listening = RawSocket(path_, true);
-  std::string answer;
-  std::thread liar([&] {
+/// Opens one session, then answers each of its requests with `answer`, which it has also sent as
+/// an indication; the reply gets the request's transaction number.
+class LyingServer {
+ public:
+  explicit LyingServer(const std::string& path)
+      : listening_(RawSocket(path, true)), thread_([this] { Serve(); }) {}
+  ~LyingServer() {
+    thread_.join();
+    ::close(listening_);
+  }
+  void SetAnswer(const std::string& answer) {
+    const std::lock_guard<std::mutex> lock(mutex_);
+    answer_ = answer;
+  }
+
+ private:
+  void Serve() {
     int fds[2];
     for (uint32_t i = 0; i < 2; ++i) {
-      fds[i] = ::accept(listening, nullptr, nullptr);
+      fds[i] = ::accept(listening_, nullptr, nullptr);
       Receive(fds[i]);
       Send(fds[i], Datagram(sim::message::OpenSession::kId, 1 + i, std::string("\5\0\0\0", 4)));
     }
     for (std::string request; !(request = Receive(fds[0])).empty();) {
-      sim::Header header;
-      std::memcpy(&header, request.data(), sizeof header);
-      Send(fds[1], answer);
-      if (answer.size() > 4) answer.replace(4, 4, request, 4, 4);
-      Send(fds[0], answer);
+      const std::lock_guard<std::mutex> lock(mutex_);
+      Send(fds[1], answer_);
+      if (answer_.size() >= 8) answer_.replace(4, 4, request, 4, 4);
+      Send(fds[0], answer_);
     }
     for (const int fd : fds) ::close(fd);
-  });
-  {
-    QCMAP_Client client(
-        [](qmi_client_struct* handle, unsigned int id, void* bytes, unsigned int size, void*) {
-          for (const unsigned int record_size : {8u, 28u, 108u}) {
-            const std::unique_ptr<char[]> record(new char[record_size]);
-            qmi_client_message_decode(handle, QMI_IDL_INDICATION, id, bytes, size, record.get(),
-                                      record_size);
-          }
-        });
-    ASSERT_EQ(client.mobile_ap_handle, 5u);
-    qmi_error_type_v01 error{};
-    unsigned char flag = 7;
-    for (int value = 0; value < 256; ++value) {
-      answer = Datagram(sim::message::GetRoaming::kId, 0, std::string(1, static_cast<char>(value)));
-      ASSERT_TRUE(client.GetRoaming(&flag, &error));
-      EXPECT_EQ(flag, value != 0);
-    }
-    static qcmap_msgr_vlan_conf_t vlans;
-    std::string list(sim::kMaxDatagramBytes - sizeof(sim::Header), '\xFF');
-    answer = Datagram(sim::message::GetVLANConfig::kId, 0, list);
-    EXPECT_TRUE(client.GetVLANConfig(&vlans, &error));
-    EXPECT_EQ(vlans.vlan_config_len, 2000) << "clamped to what there is";
-    const std::string elements("\1\4\0\1\0\0\0\2\4\0\3\0\0\0\x10\4\0\x65\0\0\0", 21);
-    for (const uint32_t id : {0x22, 0x23, 0x25, 0x29, 0x5E, 0x0D}) {
-      ForEachMutant(Datagram(id, 0, elements), [&](const std::string& mutant) {
-        answer = mutant;
-        EXPECT_FALSE(client.GetLANConfig(nullptr, &error));
-        EXPECT_NE(error, 0);
-      });
-    }
   }
-  liar.join();
-  ::close(listening);
+
+  const int listening_;
+  std::mutex mutex_;
+  std::string answer_;
+  std::thread thread_;
+};
+
+TEST_F(Fault, LyingServerIsNotBelieved) {
+  std::filesystem::create_directory(directory_ + "/made");
+  LyingServer server(path_);
+  QCMAP_Client client(
+      [](qmi_client_struct* handle, unsigned int id, void* bytes, unsigned int size, void*) {
+        for (const unsigned int record_size : {8u, 28u, 108u}) {
+          const std::unique_ptr<char[]> record(new char[record_size]);
+          qmi_client_message_decode(handle, QMI_IDL_INDICATION, id, bytes, size, record.get(),
+                                    record_size);
+        }
+      });
+  ASSERT_EQ(client.mobile_ap_handle, 5u);
+  qmi_error_type_v01 error{};
+  for (int value = 0; value < 256; ++value) {
+    unsigned char flag = 7;
+    server.SetAnswer(Datagram(sim::message::GetRoaming::kId, 0, {static_cast<char>(value)}));
+    ASSERT_TRUE(client.GetRoaming(&flag, &error));
+    EXPECT_EQ(flag, value != 0);
+  }
+  static qcmap_msgr_vlan_conf_t vlans;
+  server.SetAnswer(
+      Datagram(sim::message::GetVLANConfig::kId, 0, std::string(sizeof vlans, '\xFF')));
+  EXPECT_TRUE(client.GetVLANConfig(&vlans, &error));
+  EXPECT_EQ(vlans.vlan_config_len, 2000) << "clamped to what there is";
+  const std::string elements("\1\4\0\1\0\0\0\2\4\0\3\0\0\0\x10\4\0\x65\0\0\0", 21);
+  for (const uint32_t id : {0x22, 0x23, 0x25, 0x29, 0x5E, 0x0D}) {
+    ForEachMutant(Datagram(id, 0, elements), [&](const std::string& mutant) {
+      server.SetAnswer(mutant);
+      EXPECT_FALSE(client.GetLANConfig(kOut, &error));
+      EXPECT_NE(error, 0);
+    });
+  }
 }
 
 }  // namespace

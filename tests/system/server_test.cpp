@@ -159,7 +159,7 @@ TEST_F(Server, RefusesWhatAModemRefuses) {
       ROW("", SetWWANProfileHandlePreference(150, e), 0),
       ROW("", ConnectBackHaul(kV6, e), 14),
       ROW("", DeleteWWANPolicy(e), 0),
-      ROW("", GetWWANPolicy(nullptr, e), 9),
+      ROW("", GetWWANPolicy(kOut, e), 9),
       ROW("", AddPDNToVLANMapping(7, 101, e), 48),
       ROW("", AddPDNToVLANMapping(7, 150, e), 9),
       ROW("", DeleteVLANConfig({"eth0", 7, {}}, e), 48),

@@ -12,6 +12,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "mox/vendor/qcom/qcmap/subscription.h"
@@ -31,6 +32,7 @@ class SimulatedServer : public testing::Test {
     ::setenv("QCMAP_SOCKET", path_.c_str(), 1);
   }
   ~SimulatedServer() override {
+    delete std::exchange(QcmapWrapper::s_ins_, nullptr);
     server_.reset();
     std::filesystem::remove_all(directory_);
   }
