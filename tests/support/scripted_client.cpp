@@ -6,22 +6,21 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
-#include <sstream>
 
 #include "allocation.h"
 #include "mox/util/event_dic.h"
 #include "mox/util/network_manager.h"
 #include "mox/util/process_control.h"
 
-namespace {
-
-Script* current = nullptr;
-
-std::ostream& operator<<(std::ostream& out, const qcmap_msgr_net_policy_info_v01& policy) {
+static std::ostream& operator<<(std::ostream& out, const qcmap_msgr_net_policy_info_v01& policy) {
   return out << "tech " << policy.tech_pref << " family " << policy.ip_family << " v4 "
              << +policy.v4_profile_id[0] << ' ' << +policy.v4_profile_id[1] << " v6 "
              << +policy.v6_profile_id[0] << ' ' << +policy.v6_profile_id[1];
 }
+
+namespace {
+
+Script* current = nullptr;
 
 /// The text in a field, and whether anything stands behind its end.
 template <size_t kSize>
@@ -32,17 +31,9 @@ std::string Field(const char (&field)[kSize]) {
 }
 
 template <typename... Arguments>
-std::string Text(const Arguments&... arguments) {
-  std::ostringstream out;
-  const char* separator = "";
-  ((out << separator << arguments, separator = " "), ...);
-  return out.str();
-}
-
-template <typename... Arguments>
 bool Ask(qmi_error_type_v01* error, const Arguments&... arguments) {
   const Untracked untracked;
-  return current->Ask(Text(arguments...), error);
+  return current->Ask(Join(arguments...), error);
 }
 
 template <typename Record>
@@ -65,7 +56,8 @@ const char* Cleared(const Record* record, size_t count = 1) {
 
 template <typename... Arguments>
 void NoteUtility(const Arguments&... arguments) {
-  current->utility_calls.push_back(Text(arguments...));
+  const Untracked untracked;
+  current->utility_calls.push_back(Join(arguments...));
 }
 
 }  // namespace
@@ -151,19 +143,54 @@ QCMAP_Client::~QCMAP_Client() {
   current->Disconnect();
 }
 
-bool QCMAP_Client::EnableMobileAP(qmi_error_type_v01* error) {
-  return Ask(error, "EnableMobileAP");
-}
+// Requests of one shape.
 
-bool QCMAP_Client::GetMobileAPStatus(qcmap_msgr_mobile_ap_status_enum_v01* status,
-                                     qmi_error_type_v01* error) {
-  return Fill(Ask(error, "GetMobileAPStatus"), status, current->ap_status);
-}
+#define SENDING_NOTHING(request)                          \
+  bool QCMAP_Client::request(qmi_error_type_v01* error) { \
+    return Ask(error, #request);                          \
+  }
 
-bool QCMAP_Client::GetWWANPolicyList(qcmap_msgr_wwan_policy_list_resp_msg_v01* list,
-                                     qmi_error_type_v01* error) {
-  return Fill(Ask(error, "GetWWANPolicyList"), list, current->policy_list);
-}
+#define SENDING(request, type)                                        \
+  bool QCMAP_Client::request(type value, qmi_error_type_v01* error) { \
+    return Ask(error, #request, +value);                              \
+  }
+
+#define SENDING_A_MAPPING(request)                                                            \
+  bool QCMAP_Client::request(short vlan_id, unsigned int handle, qmi_error_type_v01* error) { \
+    return Ask(error, #request, vlan_id, handle);                                             \
+  }
+
+#define READING_A_FLAG(request)                                                   \
+  bool QCMAP_Client::request(unsigned char* enabled, qmi_error_type_v01* error) { \
+    const bool granted = Ask(error, #request);                                    \
+    return granted && Fill(granted, enabled, current->flag);                      \
+  }
+
+#define READING(request, type, answer)                                  \
+  bool QCMAP_Client::request(type* record, qmi_error_type_v01* error) { \
+    return Fill(Ask(error, #request), record, current->answer);         \
+  }
+
+SENDING_NOTHING(EnableMobileAP)
+SENDING_NOTHING(DeleteWWANPolicy)
+SENDING_NOTHING(EnableIPV4)
+SENDING_NOTHING(DisableIPV4)
+SENDING_NOTHING(EnableIPV6)
+SENDING_NOTHING(DisableIPV6)
+SENDING_NOTHING(ActivateLAN)
+SENDING(SetAutoconnect, unsigned char)
+SENDING(SetRoaming, unsigned char)
+SENDING(ConnectBackHaul, qcmap_msgr_wwan_call_type_v01)
+SENDING(DisconnectBackHaul, qcmap_msgr_wwan_call_type_v01)
+SENDING_A_MAPPING(AddPDNToVLANMapping)
+SENDING_A_MAPPING(DeletePDNToVLANMapping)
+READING_A_FLAG(GetAutoconnect)
+READING_A_FLAG(GetRoaming)
+READING_A_FLAG(GetIPv4State)
+READING_A_FLAG(GetIPv6State)
+READING(GetMobileAPStatus, qcmap_msgr_mobile_ap_status_enum_v01, ap_status)
+READING(GetWWANPolicyList, qcmap_msgr_wwan_policy_list_resp_msg_v01, policy_list)
+READING(GetLANConfig, qcmap_msgr_lan_config_v01, lan)
 
 bool QCMAP_Client::SetWWANProfileHandlePreference(unsigned int handle, qmi_error_type_v01* error) {
   return Ask(error, "SetWWANProfileHandlePreference", handle);
@@ -178,63 +205,15 @@ bool QCMAP_Client::SetWWANPolicy(qcmap_msgr_net_policy_info_v01 policy, qmi_erro
   return Ask(error, "SetWWANPolicy", policy);
 }
 
-bool QCMAP_Client::UpdateWWANPolicy(qcmap_msgr_update_profile_enum_v01 update,
-                                    qcmap_msgr_net_policy_info_v01 policy,
-                                    qmi_error_type_v01* error) {
-  return Ask(error, "UpdateWWANPolicy", update, policy);
-}
-
 bool QCMAP_Client::CreateWWANPolicy(qcmap_msgr_net_policy_info_v01 policy,
                                     qmi_error_type_v01* error) {
   return Ask(error, "CreateWWANPolicy", policy);
 }
 
-bool QCMAP_Client::DeleteWWANPolicy(qmi_error_type_v01* error) {
-  return Ask(error, "DeleteWWANPolicy");
-}
-
-bool QCMAP_Client::SetAutoconnect(unsigned char enable, qmi_error_type_v01* error) {
-  return Ask(error, "SetAutoconnect", +enable);
-}
-
-bool QCMAP_Client::SetRoaming(unsigned char enable, qmi_error_type_v01* error) {
-  return Ask(error, "SetRoaming", +enable);
-}
-
-bool QCMAP_Client::EnableIPV4(qmi_error_type_v01* error) {
-  return Ask(error, "EnableIPV4");
-}
-
-bool QCMAP_Client::DisableIPV4(qmi_error_type_v01* error) {
-  return Ask(error, "DisableIPV4");
-}
-
-bool QCMAP_Client::EnableIPV6(qmi_error_type_v01* error) {
-  return Ask(error, "EnableIPV6");
-}
-
-bool QCMAP_Client::DisableIPV6(qmi_error_type_v01* error) {
-  return Ask(error, "DisableIPV6");
-}
-
-bool QCMAP_Client::GetAutoconnect(unsigned char* enabled, qmi_error_type_v01* error) {
-  const bool granted = Ask(error, "GetAutoconnect");
-  return granted && Fill(granted, enabled, current->flag);
-}
-
-bool QCMAP_Client::GetRoaming(unsigned char* enabled, qmi_error_type_v01* error) {
-  const bool granted = Ask(error, "GetRoaming");
-  return granted && Fill(granted, enabled, current->flag);
-}
-
-bool QCMAP_Client::GetIPv4State(unsigned char* enabled, qmi_error_type_v01* error) {
-  const bool granted = Ask(error, "GetIPv4State");
-  return granted && Fill(granted, enabled, current->flag);
-}
-
-bool QCMAP_Client::GetIPv6State(unsigned char* enabled, qmi_error_type_v01* error) {
-  const bool granted = Ask(error, "GetIPv6State");
-  return granted && Fill(granted, enabled, current->flag);
+bool QCMAP_Client::UpdateWWANPolicy(qcmap_msgr_update_profile_enum_v01 update,
+                                    qcmap_msgr_net_policy_info_v01 policy,
+                                    qmi_error_type_v01* error) {
+  return Ask(error, "UpdateWWANPolicy", update, policy);
 }
 
 bool QCMAP_Client::GetWWANStatus(qcmap_msgr_wwan_status_enum_v01* v4_status,
@@ -244,16 +223,6 @@ bool QCMAP_Client::GetWWANStatus(qcmap_msgr_wwan_status_enum_v01* v4_status,
   Fill(granted, v4_status, static_cast<qcmap_msgr_wwan_status_enum_v01>(current->wwan_status[0]));
   return Fill(granted, v6_status,
               static_cast<qcmap_msgr_wwan_status_enum_v01>(current->wwan_status[1]));
-}
-
-bool QCMAP_Client::ConnectBackHaul(qcmap_msgr_wwan_call_type_v01 call_type,
-                                   qmi_error_type_v01* error) {
-  return Ask(error, "ConnectBackHaul", call_type);
-}
-
-bool QCMAP_Client::DisconnectBackHaul(qcmap_msgr_wwan_call_type_v01 call_type,
-                                      qmi_error_type_v01* error) {
-  return Ask(error, "DisconnectBackHaul", call_type);
 }
 
 bool QCMAP_Client::GetWWANStatistics(qcmap_msgr_ip_family_enum_v01 family,
@@ -272,19 +241,11 @@ bool QCMAP_Client::GetNetworkConfiguration(qcmap_msgr_ip_family_enum_v01 family,
   return Fill(Ask(error, "GetNetworkConfiguration", family), params, current->addresses);
 }
 
-bool QCMAP_Client::GetLANConfig(qcmap_msgr_lan_config_v01* config, qmi_error_type_v01* error) {
-  return Fill(Ask(error, "GetLANConfig"), config, current->lan);
-}
-
 bool QCMAP_Client::SetLANConfig(qcmap_msgr_lan_config_v01 config, qmi_error_type_v01* error) {
   char text[80];
   snprintf(text, sizeof text, "%x %x %d %x %x %u", config.gw_ip, config.netmask, config.enable_dhcp,
            config.dhcp_start_ip, config.dhcp_end_ip, config.lease_time);
   return Ask(error, "SetLANConfig", text);
-}
-
-bool QCMAP_Client::ActivateLAN(qmi_error_type_v01* error) {
-  return Ask(error, "ActivateLAN");
 }
 
 bool QCMAP_Client::SetVLANConfig(qcmap_msgr_vlan_config_v01 config, qmi_error_type_v01* error,
@@ -298,16 +259,6 @@ bool QCMAP_Client::DeleteVLANConfig(qcmap_msgr_vlan_config_v01 config, qmi_error
 
 bool QCMAP_Client::GetVLANConfig(qcmap_msgr_vlan_conf_t* list, qmi_error_type_v01* error) {
   return Fill(Ask(error, "GetVLANConfig", Cleared(list)), list, current->vlans);
-}
-
-bool QCMAP_Client::AddPDNToVLANMapping(short vlan_id, unsigned int profile_handle,
-                                       qmi_error_type_v01* error) {
-  return Ask(error, "AddPDNToVLANMapping", vlan_id, profile_handle);
-}
-
-bool QCMAP_Client::DeletePDNToVLANMapping(short vlan_id, unsigned int profile_handle,
-                                          qmi_error_type_v01* error) {
-  return Ask(error, "DeletePDNToVLANMapping", vlan_id, profile_handle);
 }
 
 bool QCMAP_Client::GetPDNtoVLANMappings(qcmap_msgr_pdn_to_vlan_mapping_v01* mappings, int* count,
@@ -346,9 +297,7 @@ extern "C" int qmi_client_message_decode(qmi_client_type, int message_type, unsi
   if (current == nullptr) return 1;
   if (current->decode_error != 0) return current->decode_error;
   std::memcpy(record, bytes, std::min(length, record_size));
-  static std::mutex mutex;
-  const std::lock_guard<std::mutex> lock(mutex);
-  current->decoded = Text(message_type, message_id, length, record_size);
+  current->decoded = Join(message_type, message_id, length, record_size);
   return 0;
 }
 
@@ -356,20 +305,17 @@ namespace mox {
 namespace util {
 
 int ProcessControl::GetPidByProcessName(std::string name, int limit) {
-  const Untracked untracked;
   NoteUtility("GetPidByProcessName", name, limit);
   return current->pid;
 }
 
 bool NetworkManager::IsValidAddress(std::string address, bool flag) {
-  const Untracked untracked;
   NoteUtility("IsValidAddress", address, flag);
   return current->bad_addresses.count(address) == 0;
 }
 
 bool NetworkManager::GetIpv4DhcpRange(std::string gateway, std::string netmask, std::string& start,
                                       std::string& end) {
-  const Untracked untracked;
   NoteUtility("GetIpv4DhcpRange", gateway, netmask);
   if (current->derived_range.empty()) return false;
   start = current->derived_range.at(0);
@@ -379,13 +325,11 @@ bool NetworkManager::GetIpv4DhcpRange(std::string gateway, std::string netmask, 
 
 bool NetworkManager::CheckIpv4DhcpRangeValidation(std::string gateway, std::string netmask,
                                                   std::string start, std::string end) {
-  const Untracked untracked;
   NoteUtility("CheckIpv4DhcpRangeValidation", gateway, netmask, start, end);
   return current->range_fits;
 }
 
 bool NetworkManager::CheckIpv4MacValidation(std::string text) {
-  const Untracked untracked;
   NoteUtility("CheckIpv4MacValidation", text);
   return current->is_mac;
 }

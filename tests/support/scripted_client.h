@@ -6,13 +6,24 @@
 #include <map>
 #include <mutex>
 #include <set>
+#include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "qcmap_client.h"
 
 /// What a refused request leaves as its error: the log shows 59[0x3b].
 constexpr int kError = 59;
+
+/// The values with a blank between each two.
+template <typename... Values>
+std::string Join(const Values&... values) {
+  std::ostringstream out;
+  const char* separator = "";
+  ((out << std::exchange(separator, " ") << values), ...);
+  return out.str();
+}
 
 /// All that lies beyond the seam while it lives; one at a time. As built, the server runs, grants
 /// every request and has three profiles, with the handles 11, 22 and 33. A refused request leaves

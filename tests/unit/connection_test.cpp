@@ -1,77 +1,80 @@
 /// The connection: outcomes of an attempt, and attempts that race.
 #include <future>
+#include <new>
 #include <thread>
 
 #include "session.h"
 
 namespace {
 
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-
 constexpr char kStep[] = "bool @ConnectToQcmapIfNeeded()";
 
 TEST(Connection, AttemptsUntilOneSucceeds) {
+  const Lines absent = {Line(4, kStep, "QCMAP server is not alive")};
+  const Lines refused = {Line(4, kStep, "It's not connected delete it\n"),
+                         Line(7, kStep, "Mobile AP is Disconnected\n")};
+  const Lines connected = {Line(3, kStep, "MobileAP Enable failed err [59]\n"),
+                           Line(7, kStep, "Mobile AP is Connected\n")};
   struct {
     int pid;
     std::string refused;
     int ap_status;
-    bool connected;
-  } const rows[] = {{-1, "", 1, false},    {4711, "GetMobileAPStatus", 1, false},
-                    {4711, "", 0, false},  {4711, "", 2, false},
-                    {4711, "", -1, false}, {0, "EnableMobileAP", 1, true}};
+    Lines log;
+  } const rows[] = {{-1, "", 1, absent},  {1, "GetMobileAPStatus", 1, refused},
+                    {1, "", 0, refused},  {1, "", 2, refused},
+                    {1, "", -1, refused}, {0, "EnableMobileAP", 1, connected}};
   for (const auto& row : rows) {
     SCOPED_TRACE("pid " + std::to_string(row.pid) + " status " + std::to_string(row.ap_status));
     Session session(-1);
     session.script.pid = row.pid;
     session.script.ap_status = static_cast<qcmap_msgr_mobile_ap_status_enum_v01>(row.ap_status);
     if (!row.refused.empty()) session.script.Refuse(row.refused);
-    for (int made = 1; made <= 2; ++made) {
+    for (int attempt = 1; attempt <= 2; ++attempt) {
       session.Forget();
-      EXPECT_EQ(session.wrapper.ConnectToQcmapIfNeeded(), row.connected);
-      EXPECT_EQ(session.script.live_clients, row.connected ? 1 : 0);
-      if (row.connected && made == 2) {
-        EXPECT_THAT(TakeLog(), ElementsAre()) << "nothing is done once connected";
-        continue;
-      }
-      Lines log = {Line(7, "bool @IsQcmapAlive()",
-                        "QCMAP_ConnectionManager pid " + std::to_string(row.pid) + "\n")};
-      if (row.pid < 0) log.push_back(Line(4, kStep, "QCMAP server is not alive"));
-      if (row.connected) {
-        log.push_back(Line(3, kStep, "MobileAP Enable failed err [59]\n"));
-        log.push_back(Line(7, kStep, "Mobile AP is Connected\n"));
-      } else if (row.pid >= 0) {
-        log.push_back(Line(4, kStep, "It's not connected delete it\n"));
-        log.push_back(Line(7, kStep, "Mobile AP is Disconnected\n"));
-      }
-      EXPECT_THAT(TakeLog(), ElementsAreArray(log));
-      EXPECT_THAT(session.script.utility_calls,
-                  ElementsAre("GetPidByProcessName QCMAP_ConnectionManager 200"));
-      EXPECT_EQ(session.script.clients_made, row.pid < 0 ? 0 : made);
-      EXPECT_THAT(
-          session.script.TakeRequests(),
-          ElementsAreArray(row.pid < 0 ? Lines() : Lines{"EnableMobileAP", "GetMobileAPStatus"}));
+      EXPECT_EQ(session.wrapper.ConnectToQcmapIfNeeded(), row.log == connected);
+      EXPECT_EQ(session.script.live_clients, row.log == connected);
+      const bool made = attempt == 1 || row.log != connected;
+      Lines log = row.log;
+      log.insert(log.begin(),
+                 Line(7, "bool @IsQcmapAlive()",
+                      "QCMAP_ConnectionManager pid " + std::to_string(row.pid) + "\n"));
+      EXPECT_EQ(TakeLog(), made ? log : Lines());
+      EXPECT_EQ(session.script.utility_calls,
+                made ? Lines{"GetPidByProcessName QCMAP_ConnectionManager 200"} : Lines());
+      EXPECT_EQ(session.Sent(),
+                made && row.pid >= 0 ? (Lines{"EnableMobileAP", "GetMobileAPStatus"}) : Lines());
     }
+  }
+}
+
+TEST(Connection, AttemptThatThrowsLeavesNoClient) {
+  for (const char* const request : {"EnableMobileAP", "GetMobileAPStatus"}) {
+    Session session(-1);
+    session.script.pid = 1;
+    session.script.before[request] = [] { throw std::bad_alloc(); };
+    EXPECT_THROW(session.wrapper.ActivateLan(), std::bad_alloc);
+    EXPECT_EQ(session.script.live_clients, 0);
+    session.script.before.clear();
+    EXPECT_TRUE(session.wrapper.ActivateLan());
   }
 }
 
 TEST(ThreadsConnection, OneAttemptsAndTheOthersFailAtOnce) {
   Session session(-1);
-  session.script.pid = 4711;
+  session.script.pid = 1;
   std::promise<void> parked, release;
   session.script.before["GetMobileAPStatus"] = [&] {
     parked.set_value();
     release.get_future().wait();
   };
-  auto attempt = std::async(std::launch::async, [&] { return session.wrapper.ActivateLan(); });
+  const auto operation = [&] { return session.wrapper.ActivateLan(); };
+  auto attempt = std::async(std::launch::async, operation);
   parked.get_future().wait();
   TakeLog();
   std::vector<std::future<bool>> others;
-  for (int i = 0; i < 8; ++i) {
-    others.push_back(std::async(std::launch::async, [&] { return session.wrapper.ActivateLan(); }));
-  }
+  for (int i = 0; i < 8; ++i) others.push_back(std::async(std::launch::async, operation));
   for (auto& other : others) EXPECT_FALSE(other.get());
-  EXPECT_THAT(TakeLog(), ElementsAre());
+  EXPECT_EQ(TakeLog(), Lines());
   release.set_value();
   EXPECT_TRUE(attempt.get());
   EXPECT_EQ(session.script.clients_made, 1);
@@ -80,14 +83,14 @@ TEST(ThreadsConnection, OneAttemptsAndTheOthersFailAtOnce) {
 
 // Attempts fail and succeed in turn while indications arrive all the time.
 TEST(ThreadsConnection, LeavesOneClientOrNone) {
-  for (int round = 0; round < 200; ++round) {
+  const qcmap_msgr_bring_up_wwan_ind_msg_v01 connected = {{77, 3, {}, 1, 5}, {}};
+  for (int round = 0; round < 100; ++round) {
     Session session(-1);
-    session.script.pid = 4711;
+    session.script.pid = 1;
     if (round % 2 == 0) session.script.Refuse("GetMobileAPStatus");
     std::atomic<bool> done{false};
     std::thread indications([&] {
-      while (!done)
-        session.script.Indicate(0x22, qcmap_msgr_bring_up_wwan_ind_msg_v01{{77, 3, {}, 1, 5}, {}});
+      while (!done) session.script.Indicate(0x22, connected);
     });
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) threads.emplace_back([&] { session.wrapper.ChangeWwanProfile(1); });
@@ -95,31 +98,7 @@ TEST(ThreadsConnection, LeavesOneClientOrNone) {
     done = true;
     indications.join();
     ASSERT_EQ(session.script.live_clients, round % 2);
-    ASSERT_EQ(session.wrapper.ConnectToQcmapIfNeeded(), round % 2 == 1);
-    TakeLog();
   }
-}
-
-TEST(ThreadsConnection, InstanceServesAllThreads) {
-  Script script;
-  QcmapWrapper* const instance = QcmapWrapper::GetInstance();
-  std::vector<std::future<bool>> threads;
-  for (uint32_t i = 0; i < 8; ++i) {
-    threads.push_back(std::async(std::launch::async, [&, i] {
-      std::vector<DataManager::WwanPolicy> policies;
-      DataManager::NetworkConfig config;
-      bool all = true;
-      for (uint32_t n = 0; n < 50; ++n) {
-        QcmapWrapper& wrapper = *QcmapWrapper::GetInstance();
-        all &= &wrapper == instance && wrapper.GetWwanPolicies(policies) && policies.size() == 3 &&
-               wrapper.GetNetworkConfig((i + n) % 3, IPFamily::IPV4, config) == Result::SUCCESS;
-      }
-      return all;
-    }));
-  }
-  for (auto& thread : threads) EXPECT_TRUE(thread.get());
-  delete instance;
-  QcmapWrapper::s_ins_ = nullptr;
 }
 
 }  // namespace

@@ -5,99 +5,64 @@
 
 namespace {
 
-using testing::ElementsAre;
-using testing::ElementsAreArray;
+using DeviceType = MobileapManager::DeviceType;
+
+const std::string kParameter = "mox::wwan::MobileapManager::IpPassthroughConfig&)";
 
 TEST(IpPassthrough, ChecksTypeThenFormThenLength) {
-  const std::string longest(100, 'n');
-  struct {
-    bool enable;
-    int type;
-    bool is_mac;
-    std::string name;
-    std::string sent;  // empty: refused
-    Lines log;
-  } const rows[] = {
-      {true, 1, false, "laptop", "1 1 3 cleared laptop", {}},
-      {true, 1, false, "", "1 1 3 cleared ", {}},
-      {true, 1, false, longest, "1 1 3 cleared " + longest, {}},
-      {true,
-       1,
-       false,
-       longest + "n",
-       "",
-       {"host_device_name length should be equal or less than 100\n"}},
-      {true,
-       1,
-       true,
-       longest + "n",
-       "",
-       {"USB host needs host name information instead of mac address"}},
-      {true, 2, true, longest + "n", "", {}},
-      {true, 0, false, "laptop", "", {}},
-      {false, 0, true, longest + "n", "0 1 0 cleared ", {}},
-  };
-  for (const auto& row : rows) {
+  const std::string longest(100, 'n'), too_long(101, 'n');
+  const std::string length = "host_device_name length should be equal or less than 100\n";
+  const std::string form = "USB host needs host name information instead of mac address";
+  // Enable, type, whether the name is a MAC, the name, what is sent, what is logged.
+  const std::tuple<bool, int, bool, std::string, std::string, std::string> rows[] = {
+      {true, 1, false, "", "1 1 3 cleared ", ""},
+      {true, 1, false, longest, "1 1 3 cleared " + longest, ""},
+      {true, 1, false, too_long, "", length},
+      {true, 1, true, too_long, "", form},
+      {true, 2, true, too_long, "", ""},
+      {false, 0, true, too_long, "0 1 0 cleared ", ""}};
+  for (const auto& [enable, type, is_mac, name, sent, logged] : rows) {
     Session session;
-    session.script.is_mac = row.is_mac;
-    MobileapManager::IpPassthroughConfig config = {
-        static_cast<MobileapManager::DeviceType>(row.type), row.name, 9};
-    EXPECT_EQ(session.wrapper.SetIpPassthrough(row.enable, config), !row.sent.empty());
-    Lines requests, log;
-    if (!row.sent.empty()) requests = {"SetIPPassthroughConfig " + row.sent};
-    for (const std::string& text : row.log) {
-      log.push_back(
-          Line(3, "bool @SetIpPassthrough(bool, mox::wwan::MobileapManager::IpPassthroughConfig&)",
-               text));
-    }
-    EXPECT_THAT(session.script.TakeRequests(), ElementsAreArray(requests));
-    EXPECT_THAT(TakeLog(), ElementsAreArray(log));
-    EXPECT_EQ(session.script.utility_calls.size(), row.enable && row.type == 1 ? 1u : 0u);
-    EXPECT_EQ(config.host_device_name, row.name);
+    session.script.is_mac = is_mac;
+    MobileapManager::IpPassthroughConfig config = {DeviceType{type}, name, 9};
+    EXPECT_EQ(session.wrapper.SetIpPassthrough(enable, config), !sent.empty());
+    Lines requests = {"SetIPPassthroughConfig " + sent};
+    Lines log = {Line(3, "bool @SetIpPassthrough(bool, " + kParameter, logged)};
+    if (sent.empty()) requests.clear();
+    if (logged.empty()) log.clear();
+    EXPECT_EQ(session.Sent(), requests);
+    EXPECT_EQ(TakeLog(), log);
+    EXPECT_EQ(session.script.utility_calls.size(), enable && type == 1 ? 1u : 0u);
   }
 }
 
 TEST(IpPassthrough, ReadoutWritesOnlyWhatItLearned) {
-  struct {
-    std::string refused;
-    int mode;
-    uint32_t device;
-    bool success;
-    bool enabled;        // true beforehand
-    std::string config;  // "1 caller 9" beforehand
-    std::string last_line;
-  } const rows[] = {
-      {"", 1, 3, true, true, "1 laptop 5", "enabled 1 pt_mode 0x1\n"},
-      {"", 0, 3, true, false, "1 laptop 5", "enabled 0 pt_mode 0x0\n"},
-      {"", 2, 3, true, false, "1 laptop 5", "enabled 0 pt_mode 0x2\n"},
-      {"", 0, 4, true, false, "7 caller 5", "enabled 0 pt_mode 0x0\n"},
-      {"", -1, 0, true, false, "7 caller 5", "enabled 0 pt_mode 0xffffffff\n"},
-      {"", 1, 0xb, false, true, "7 caller 9",
-       "device_type [0xb] is not supported : TODO supports other device types\n"},
-      {"GetIPPassthroughConfig", 0, 3, false, true, "7 caller 9",
-       "QCMAP_Client::GetIPPassthroughConfig error 59[0x3b]\n"},
-      {"GetIPPassthroughState", 0, 3, false, false, "1 laptop 9",
-       "QCMAP_Client::GetIPPassthroughState error 59[0x3b]\n"},
-      {"GetIPPassthroughState", 0, 4, false, false, "7 caller 9",
-       "QCMAP_Client::GetIPPassthroughState error 59[0x3b]\n"},
-  };
-  for (const auto& row : rows) {
+  const std::string unsupported =
+      "device_type [0xb] is not supported : TODO supports other device types\n";
+  const std::string error = " error 59[0x3b]\n";
+  // Refused request, mode, device, success, out-values ("1 7 caller 9" beforehand), last line.
+  const std::tuple<std::string, int, uint32_t, bool, std::string, std::string> rows[] = {
+      {"", 2, 3, true, "0 1 laptop 5", "enabled 0 pt_mode 0x2\n"},
+      {"", 0, 4, true, "0 7 caller 5", "enabled 0 pt_mode 0x0\n"},
+      {"", 1, 0xb, false, "1 7 caller 9", unsupported},
+      {"GetIPPassthroughConfig", 0, 3, false, "1 7 caller 9", error},
+      {"GetIPPassthroughState", 1, 3, false, "1 1 laptop 9", error},
+      {"GetIPPassthroughState", 0, 4, false, "0 7 caller 9", error}};
+  for (const auto& [refused, mode, device, success, values, line] : rows) {
     Session session;
-    session.script.passthrough_mode = row.mode;
-    session.script.passthrough.device_type = row.device;
-    if (!row.refused.empty()) session.script.Refuse(row.refused);
+    session.script.passthrough_mode = mode;
+    session.script.passthrough.device_type = device;
+    if (!refused.empty()) session.script.Refuse(refused);
     bool enabled = true;
-    MobileapManager::IpPassthroughConfig config = {MobileapManager::DeviceType{7}, "caller", 9};
-    EXPECT_EQ(session.wrapper.GetIpPassthrough(enabled, config), row.success);
-    EXPECT_EQ(enabled, row.enabled) << row.last_line;
-    EXPECT_EQ(std::to_string(static_cast<int>(config.device_type)) + " " + config.host_device_name +
-                  " " + std::to_string(config.pt_state),
-              row.config);
-    EXPECT_EQ(
-        TakeLog().back(),
-        Line(row.refused.empty() ? 7 : 3,
-             "bool @GetIpPassthrough(bool&, mox::wwan::MobileapManager::IpPassthroughConfig&)",
-             row.last_line));
+    MobileapManager::IpPassthroughConfig config = {DeviceType{7}, "caller", 9};
+    EXPECT_EQ(session.wrapper.GetIpPassthrough(enabled, config), success);
+    EXPECT_EQ(Join(enabled, static_cast<int>(config.device_type), config.host_device_name,
+                   +config.pt_state),
+              values)
+        << line;
+    EXPECT_EQ(TakeLog().back(),
+              Line(refused.empty() ? 7 : 3, "bool @GetIpPassthrough(bool&, " + kParameter,
+                   refused.empty() ? line : "QCMAP_Client::" + refused + line));
   }
 }
 
@@ -112,7 +77,6 @@ TEST(IpPassthrough, ReadsANameWithinItsField) {
     EXPECT_TRUE(session.wrapper.GetIpPassthrough(enabled, config));
     EXPECT_EQ(config.host_device_name, std::string(length, 'x'));
   }
-  TakeLog();
 }
 
 }  // namespace

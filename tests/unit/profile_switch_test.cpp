@@ -3,13 +3,11 @@
 
 namespace {
 
-using testing::ElementsAre;
-
 TEST(ProfileSwitch, GoesInAndOutAsZeroOrOne) {
   Session session;
   EXPECT_TRUE(session.wrapper.SetAutoConnect(0, false));
   EXPECT_TRUE(session.wrapper.SetRoaming(0, true));
-  EXPECT_THAT(session.script.TakeRequests(), ElementsAre("SetAutoconnect 0", "SetRoaming 1"));
+  EXPECT_EQ(session.Sent(), (Lines{"SetAutoconnect 0", "SetRoaming 1"}));
   for (const auto get : {&QcmapWrapper::GetAutoConnect, &QcmapWrapper::GetRoaming,
                          &QcmapWrapper::GetIpv4State, &QcmapWrapper::GetIpv6State}) {
     for (const bool value : {true, false}) {
@@ -21,7 +19,6 @@ TEST(ProfileSwitch, GoesInAndOutAsZeroOrOne) {
       EXPECT_EQ(enabled, value);
     }
   }
-  TakeLog();
 }
 
 }  // namespace

@@ -1,10 +1,11 @@
 /// A wrapper in front of scripted libraries.
 #pragma once
 
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "allocation.h"
@@ -34,8 +35,10 @@ struct Session {
   }
   ~Session() { QcmapWrapper::s_ins_ = nullptr; }
 
+  Lines Sent() { return script.TakeRequests(); }
+
   void Forget() {
-    script.TakeRequests();
+    Sent();
     script.utility_calls.clear();
     TakeLog();
   }

@@ -9,8 +9,6 @@
 
 namespace {
 
-using testing::ElementsAreArray;
-
 struct Refusal {
   std::string request;
   /// Priority and text of each line.
@@ -44,10 +42,8 @@ int Code(Result result) {
 template <typename Call>
 Operation Row(const std::string& signature, int selections, const Lines& requests, const Lines& log,
               const std::vector<Refusal>& refusals, Call call, int allocations = 0) {
-  return {signature,  [call](QcmapWrapper& w) { return Code(call(w)); },
-          selections, requests,
-          log,        refusals,
-          allocations};
+  const auto code = [call](QcmapWrapper& w) { return Code(call(w)); };
+  return {signature, code, selections, requests, log, refusals, allocations};
 }
 
 /// An operation with one request, no trace, and a refusal told in one line.
@@ -56,6 +52,14 @@ Operation Plain(const std::string& signature, int selections, const std::string&
                 const std::string& refusal, Call call, int allocations = 0) {
   const std::string name = request.substr(0, request.find(' '));
   return Row(signature, selections, {request}, {}, {{name, {"3 " + refusal}}}, call, allocations);
+}
+
+/// Whose refusal is told in the common form.
+template <typename Call>
+Operation Common(const std::string& signature, int selections, const std::string& request,
+                 const std::string& told, Call call, int allocations = 0) {
+  const std::string refusal = "QCMAP_Client::" + told + " error 59[0x3b]\n";
+  return Plain(signature, selections, request, refusal, call, allocations);
 }
 
 Lines Prefixed(const Operation& operation, const Lines& log) {
@@ -96,58 +100,50 @@ std::vector<Operation> Operations() {
            {"SetWWANProfileHandlePreference",
             {"3 QCMAP_Client::SetWWANProfileHandlePreference error 59[0x3b]\n"}}},
           [](W& w) { return w.ChangeWwanProfile(1); }),
-      Plain("bool @GetProfileHandle(uint32_t, profile_handle_type_v01&)", 1, "GetWWANPolicyList",
-            "QCMAP_Client::GetWWANPolicyList error 59[0x3b]\n",
-            [](W& w) { return w.GetProfileHandle(1, handle); }),
+      Common("bool @GetProfileHandle(uint32_t, profile_handle_type_v01&)", 1, "GetWWANPolicyList",
+             "GetWWANPolicyList", [](W& w) { return w.GetProfileHandle(1, handle); }),
       Row("bool @SetWwanPolicy(uint32_t, mox::wwan::Tech, mox::util::IPFamily, int, int)", 1,
           {"GetWWANPolicy cleared", "UpdateWWANPolicy 2 " + record, "UpdateWWANPolicy 3 " + record},
           {policy_numbers, policy_update},
           {{"GetWWANPolicy", {"3 QCMAP_Client::GetWWANPolicy error 59[0x3b]\n"}},
            {"UpdateWWANPolicy", {policy_numbers, policy_update, set_error}}},
           [](W& w) { return w.SetWwanPolicy(1, Tech::TECH_3GPP, IPFamily::IPV4, 9, 7); }),
-      Plain("bool @CreateWwanPolicy(mox::wwan::Tech, mox::util::IPFamily, uint8_t, uint8_t)", 0,
-            "CreateWWANPolicy tech 2 family 6 v4 0 0 v6 30 30",
-            "QCMAP_Client::CreateWWANPolicy error 59[0x3b]\n",
-            [](W& w) { return w.CreateWwanPolicy(Tech::TECH_3GPP2, IPFamily::IPV6, 0, 30); }),
-      Plain("bool @DeleteWwanPolicy(uint8_t)", 1, "DeleteWWANPolicy",
-            "QCMAP_Client::DeleteWWANPolicy error 59[0x3b]\n",
-            [](W& w) { return w.DeleteWwanPolicy(1); }),
+      Common("bool @CreateWwanPolicy(mox::wwan::Tech, mox::util::IPFamily, uint8_t, uint8_t)", 0,
+             "CreateWWANPolicy tech 2 family 6 v4 0 0 v6 30 30", "CreateWWANPolicy",
+             [](W& w) { return w.CreateWwanPolicy(Tech::TECH_3GPP2, IPFamily::IPV6, 0, 30); }),
+      Common("bool @DeleteWwanPolicy(uint8_t)", 1, "DeleteWWANPolicy", "DeleteWWANPolicy",
+             [](W& w) { return w.DeleteWwanPolicy(1); }),
       Plain("bool @GetWwanPolicy(uint32_t, mox::wwan::DataManager::WwanPolicy&)", 1,
             "GetWWANPolicy cleared", "QCMAP_Client::GetWWANPolicy error 59[3b]\n",
             [](W& w) { return w.GetWwanPolicy(1, policy); }),
-      Plain(
+      Common(
           "bool @GetWwanPolicies(std::vector<mox::wwan::DataManager::WwanPolicy>&)", 0,
-          "GetWWANPolicyList", "QCMAP_Client::GetWWANPolicyList error 59[0x3b]\n",
+          "GetWWANPolicyList", "GetWWANPolicyList",
           [](W& w) {
             std::vector<DataManager::WwanPolicy> policies;
             return w.GetWwanPolicies(policies);
           },
           1),
-      Plain("bool @SetAutoConnect(uint32_t, bool)", 1, "SetAutoconnect 1",
-            "QCMAP_Client::SetAutoConnect error 59[0x3b]\n",
-            [](W& w) { return w.SetAutoConnect(1, true); }),
-      Plain("bool @GetAutoConnect(uint32_t, bool&)", 1, "GetAutoconnect",
-            "QCMAP_Client::GetAutoConnect error 59[0x3b]\n",
-            [](W& w) { return w.GetAutoConnect(1, flag); }),
-      Plain("bool @SetRoaming(uint32_t, bool)", 1, "SetRoaming 0",
-            "QCMAP_Client::SetRoaming error 59[0x3b]\n",
-            [](W& w) { return w.SetRoaming(1, false); }),
+      Common("bool @SetAutoConnect(uint32_t, bool)", 1, "SetAutoconnect 1", "SetAutoConnect",
+             [](W& w) { return w.SetAutoConnect(1, true); }),
+      Common("bool @GetAutoConnect(uint32_t, bool&)", 1, "GetAutoconnect", "GetAutoConnect",
+             [](W& w) { return w.GetAutoConnect(1, flag); }),
+      Common("bool @SetRoaming(uint32_t, bool)", 1, "SetRoaming 0", "SetRoaming",
+             [](W& w) { return w.SetRoaming(1, false); }),
       Plain("bool @GetRoaming(uint32_t, bool&)", 1, "GetRoaming",
             "QCMAP_ClientGetRoaming error 59[0x3b]\n", [](W& w) { return w.GetRoaming(1, flag); }),
-      Plain("bool @EnableIpv4(uint32_t)", 1, "EnableIPV4",
-            "QCMAP_Client::EnableIPV4 error 59[0x3b]\n", [](W& w) { return w.EnableIpv4(1); }),
-      Plain("bool @DisableIpv4(uint32_t)", 1, "DisableIPV4",
-            "QCMAP_Client::DisableIPV4 error 59[0x3b]\n", [](W& w) { return w.DisableIpv4(1); }),
-      Plain("bool @EnableIpv6(uint32_t)", 1, "EnableIPV6",
-            "QCMAP_Client::EnableIPV6 error 59[0x3b]\n", [](W& w) { return w.EnableIpv6(1); }),
-      Plain("bool @DisableIpv6(uint32_t)", 1, "DisableIPV6",
-            "QCMAP_Client::DisableIPV6 error 59[0x3b]\n", [](W& w) { return w.DisableIpv6(1); }),
-      Plain("bool @GetIpv4State(uint32_t, bool&)", 1, "GetIPv4State",
-            "QCMAP_Client::GetIPv4State  error 59[0x3b]\n",
-            [](W& w) { return w.GetIpv4State(1, flag); }),
-      Plain("bool @GetIpv6State(uint32_t, bool&)", 1, "GetIPv6State",
-            "QCMAP_Client::GetIPv6State  error 59[0x3b]\n",
-            [](W& w) { return w.GetIpv6State(1, flag); }),
+      Common("bool @EnableIpv4(uint32_t)", 1, "EnableIPV4", "EnableIPV4",
+             [](W& w) { return w.EnableIpv4(1); }),
+      Common("bool @DisableIpv4(uint32_t)", 1, "DisableIPV4", "DisableIPV4",
+             [](W& w) { return w.DisableIpv4(1); }),
+      Common("bool @EnableIpv6(uint32_t)", 1, "EnableIPV6", "EnableIPV6",
+             [](W& w) { return w.EnableIpv6(1); }),
+      Common("bool @DisableIpv6(uint32_t)", 1, "DisableIPV6", "DisableIPV6",
+             [](W& w) { return w.DisableIpv6(1); }),
+      Common("bool @GetIpv4State(uint32_t, bool&)", 1, "GetIPv4State", "GetIPv4State ",
+             [](W& w) { return w.GetIpv4State(1, flag); }),
+      Common("bool @GetIpv6State(uint32_t, bool&)", 1, "GetIPv6State", "GetIPv6State ",
+             [](W& w) { return w.GetIpv6State(1, flag); }),
       Plain("bool @GetWwanConnectStatus(uint32_t, mox::wwan::DataManager::ConnectStatus&, "
             "mox::wwan::DataManager::ConnectStatus&)",
             1, "GetWWANStatus", "QCMAP_Client::GetWWANStatus error 59[0x3b]",
@@ -192,17 +188,17 @@ std::vector<Operation> Operations() {
             return w.SetLanConfig("192.168.1.1", "255.255.255.0", true, "192.168.1.20",
                                   "192.168.1.60", 3600);
           }),
-      Plain("bool @ActivateLan()", 0, "ActivateLAN", "QCMAP_Client::ActivateLan  error 59[0x3b]\n",
-            [](W& w) { return w.ActivateLan(); }),
-      Plain("bool @SetVlanConfig(mox::wwan::MobileapManager::VlanConfig&)", 0,
-            "SetVLANConfig eth0 100 0", "QCMAP_Client::SetVLANConfig error 59[0x3b]\n",
-            [](W& w) { return w.SetVlanConfig(vlan); }),
-      Plain("bool @DeleteVlanConfig(mox::wwan::MobileapManager::VlanConfig&)", 0,
-            "DeleteVLANConfig eth0 100", "QCMAP_Client::DeleteVLANConfig error 59[0x3b]\n",
-            [](W& w) { return w.DeleteVlanConfig(vlan); }),
-      Plain(
+      Common("bool @ActivateLan()", 0, "ActivateLAN", "ActivateLan ",
+             [](W& w) { return w.ActivateLan(); }),
+      Common("bool @SetVlanConfig(mox::wwan::MobileapManager::VlanConfig&)", 0,
+             "SetVLANConfig eth0 100 0", "SetVLANConfig",
+             [](W& w) { return w.SetVlanConfig(vlan); }),
+      Common("bool @DeleteVlanConfig(mox::wwan::MobileapManager::VlanConfig&)", 0,
+             "DeleteVLANConfig eth0 100", "DeleteVLANConfig",
+             [](W& w) { return w.DeleteVlanConfig(vlan); }),
+      Common(
           "bool @GetVlanConfigs(std::vector<mox::wwan::MobileapManager::VlanConfig>&)", 0,
-          "GetVLANConfig cleared", "QCMAP_Client::GetVLANConfig error 59[0x3b]\n",
+          "GetVLANConfig cleared", "GetVLANConfig",
           [](W& w) {
             std::vector<MobileapManager::VlanConfig> vlans;
             return w.GetVlanConfigs(vlans);
@@ -234,10 +230,9 @@ std::vector<Operation> Operations() {
             return w.GetPdnToVlanMapping(mappings);
           },
           1),
-      Plain("bool @SetIpPassthrough(bool, mox::wwan::MobileapManager::IpPassthroughConfig&)", 0,
-            "SetIPPassthroughConfig 1 1 3 cleared laptop",
-            "QCMAP_Client::SetIPPassthroughConfig error 59[0x3b]\n",
-            [](W& w) { return w.SetIpPassthrough(true, host); }),
+      Common("bool @SetIpPassthrough(bool, mox::wwan::MobileapManager::IpPassthroughConfig&)", 0,
+             "SetIPPassthroughConfig 1 1 3 cleared laptop", "SetIPPassthroughConfig",
+             [](W& w) { return w.SetIpPassthrough(true, host); }),
       Row("bool @GetIpPassthrough(bool&, mox::wwan::MobileapManager::IpPassthroughConfig&)", 0,
           {"GetIPPassthroughConfig", "GetIPPassthroughState"}, {passthrough},
           {{"GetIPPassthroughConfig", {"3 QCMAP_Client::GetIPPassthroughConfig error 59[0x3b]\n"}},
@@ -262,10 +257,9 @@ TEST_P(Walk, WithoutServerSendsNothing) {
   Session session(-1);
   EXPECT_EQ(GetParam().call(session.wrapper), 1);
   EXPECT_EQ(session.script.clients_made, 0);
-  EXPECT_THAT(
-      TakeLog(),
-      ElementsAreArray({Line(7, "bool @IsQcmapAlive()", "QCMAP_ConnectionManager pid -1\n"),
-                        Line(4, "bool @ConnectToQcmapIfNeeded()", "QCMAP server is not alive")}));
+  const std::string step = "bool @ConnectToQcmapIfNeeded()";
+  EXPECT_EQ(TakeLog(), (Lines{Line(7, "bool @IsQcmapAlive()", "QCMAP_ConnectionManager pid -1\n"),
+                              Line(4, step, "QCMAP server is not alive")}));
 }
 
 TEST_P(Walk, WithProfileRefusedSendsNoRequestOfItsOwn) {
@@ -274,12 +268,9 @@ TEST_P(Walk, WithProfileRefusedSendsNoRequestOfItsOwn) {
   Session session;
   session.script.Refuse("GetWWANPolicyList");
   EXPECT_EQ(GetParam().call(session.wrapper), 1);
-  EXPECT_THAT(session.script.TakeRequests(),
-              ElementsAreArray(Lines(selections, "GetWWANPolicyList")));
-  EXPECT_THAT(
-      TakeLog(),
-      ElementsAreArray(Lines(
-          selections, Line(3, kSelection, "QCMAP_Client::GetWWANPolicyList error 59[0x3b]\n"))));
+  EXPECT_EQ(session.Sent(), Lines(selections, "GetWWANPolicyList"));
+  const std::string told = "QCMAP_Client::GetWWANPolicyList error 59[0x3b]\n";
+  EXPECT_EQ(TakeLog(), Lines(selections, Line(3, kSelection, told)));
 }
 
 TEST_P(Walk, RefusedTellsWhy) {
@@ -296,8 +287,8 @@ TEST_P(Walk, RefusedTellsWhy) {
       return request.substr(0, request.find(' ')) == refusal.request;
     };
     requests.erase(std::find_if(requests.begin(), requests.end(), is_refused) + 1, requests.end());
-    EXPECT_THAT(session.script.TakeRequests(), ElementsAreArray(requests));
-    EXPECT_THAT(TakeLog(), ElementsAreArray(Prefixed(GetParam(), refusal.log)));
+    EXPECT_EQ(session.Sent(), requests);
+    EXPECT_EQ(TakeLog(), Prefixed(GetParam(), refusal.log));
   }
 }
 
@@ -313,19 +304,17 @@ TEST_P(Walk, GrantedSendsItsRequestsInOrder) {
   EXPECT_LE(allocated, GetParam().allocations);
   Lines requests = GetParam().selections > 0 ? kSelectSecond : Lines();
   requests.insert(requests.end(), GetParam().requests.begin(), GetParam().requests.end());
-  EXPECT_THAT(session.script.TakeRequests(), ElementsAreArray(requests));
-  EXPECT_THAT(TakeLog(), ElementsAreArray(Prefixed(GetParam(), GetParam().log)));
+  EXPECT_EQ(session.Sent(), requests);
+  EXPECT_EQ(TakeLog(), Prefixed(GetParam(), GetParam().log));
 }
 
 TEST_P(Walk, SurvivesEachFailedAllocation) {
   for (const bool and_after : {false, true}) {
     bool failed = true;
     for (int n = 1; failed; ++n) {
-      SCOPED_TRACE("allocation " + std::to_string(n));
-      ASSERT_LT(n, 50);
       Session session(-1);
       Grant(session.script);
-      session.script.pid = 4711;
+      session.script.pid = 1;
       try {
         const Allocations allocations(n, and_after);
         failed = false;
@@ -333,11 +322,10 @@ TEST_P(Walk, SurvivesEachFailedAllocation) {
       } catch (const std::bad_alloc&) {
         failed = true;
       }
-      EXPECT_EQ(GetParam().call(session.wrapper), 0);
+      EXPECT_EQ(GetParam().call(session.wrapper), 0) << "after allocation " << n << " failed";
       EXPECT_EQ(session.script.live_clients, 1);
     }
   }
-  TakeLog();
 }
 
 INSTANTIATE_TEST_SUITE_P(All, Walk, testing::ValuesIn(Operations()), [](const auto& row) {

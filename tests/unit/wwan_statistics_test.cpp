@@ -3,23 +3,20 @@
 
 namespace {
 
-using testing::ElementsAre;
-
 TEST(WwanStatistics, JudgesTheFamilyBeforeTheServer) {
-  QcmapWrapper::WWANStatics counters = {1, 2, 3, 4};
+  QcmapWrapper::WWANStatics counters;
   for (const int family : {0, 4, -1, 10}) {
     Session session(-1);
-    const auto value = static_cast<IPFamily>(family);
-    EXPECT_EQ(session.wrapper.GetWWANStatistics(1, value, counters), Result::INVALID_ARGUMENT);
-    EXPECT_EQ(session.wrapper.ResetWWANStatistics(1, value), Result::INVALID_ARGUMENT);
-    const std::string number = std::to_string(family);
-    EXPECT_THAT(
+    EXPECT_EQ(session.wrapper.GetWWANStatistics(1, IPFamily{family}, counters),
+              Result::INVALID_ARGUMENT);
+    EXPECT_EQ(session.wrapper.ResetWWANStatistics(1, IPFamily{family}), Result::INVALID_ARGUMENT);
+    const std::string parameters = "WWANStatistics(uint32_t, mox::util::IPFamily";
+    const std::string text = "WWANStatistics invalid ip family " + std::to_string(family);
+    EXPECT_EQ(
         TakeLog(),
-        ElementsAre(
-            Line(3, "mox::Result @GetWWANStatistics(uint32_t, mox::util::IPFamily, WWANStatics&)",
-                 "QCMAP_Client::GetWWANStatistics invalid ip family " + number),
-            Line(3, "mox::Result @ResetWWANStatistics(uint32_t, mox::util::IPFamily)",
-                 "QCMAP_Client::ResetWWANStatistics invalid ip family " + number)));
+        (Lines{Line(3, "mox::Result @Get" + parameters + ", WWANStatics&)",
+                    "QCMAP_Client::Get" + text),
+               Line(3, "mox::Result @Reset" + parameters + ")", "QCMAP_Client::Reset" + text)}));
     EXPECT_TRUE(session.script.utility_calls.empty()) << "the server was looked for";
   }
 }
@@ -27,21 +24,19 @@ TEST(WwanStatistics, JudgesTheFamilyBeforeTheServer) {
 TEST(WwanStatistics, CarriesCountersWholeOrNotAtAll) {
   Session session;
   QcmapWrapper::WWANStatics counters = {1, 2, 3, 4};
+  const auto text = [&] {
+    return Join(counters.counter64_1, counters.counter64_2, counters.counter32_1,
+                counters.counter32_2);
+  };
   session.script.Refuse("GetWWANStatistics");
   EXPECT_EQ(session.wrapper.GetWWANStatistics(0, IPFamily::IPV4, counters), Result::FAILURE);
-  EXPECT_EQ(
-      counters.counter64_1 + counters.counter64_2 + counters.counter32_1 + counters.counter32_2,
-      10u);
+  EXPECT_EQ(text(), "1 2 3 4");
   session.script.Grant("GetWWANStatistics");
   EXPECT_EQ(session.wrapper.GetWWANStatistics(0, IPFamily::IPV6, counters), Result::SUCCESS);
+  EXPECT_EQ(text(), "1099511627776 2 3 4294967295");
   EXPECT_EQ(session.wrapper.ResetWWANStatistics(0, IPFamily::IPV4V6), Result::SUCCESS);
-  EXPECT_EQ(counters.counter64_1, 1ull << 40);
-  EXPECT_EQ(counters.counter64_2, 2u);
-  EXPECT_EQ(counters.counter32_1, 3u);
-  EXPECT_EQ(counters.counter32_2, 0xffffffffu);
-  EXPECT_THAT(session.script.TakeRequests(),
-              ElementsAre("GetWWANStatistics 4", "GetWWANStatistics 6", "ResetWWANStatistics 10"));
-  TakeLog();
+  EXPECT_EQ(session.Sent(),
+            (Lines{"GetWWANStatistics 4", "GetWWANStatistics 6", "ResetWWANStatistics 10"}));
 }
 
 }  // namespace
