@@ -41,6 +41,13 @@ class SimulatedServer : public testing::Test {
     options.insert(options.begin(), "QCMAP_ConnectionManager");
     return std::make_unique<Process>(MVQ_QCMAP_SERVER, options);
   }
+  /// A server that ends at once, with `status`, and says why.
+  static void ExpectEnd(const std::vector<std::string>& options, int status,
+                        const std::string& message) {
+    const auto server = Run(options);
+    EXPECT_EQ(server->Wait(), status) << message;
+    EXPECT_NE(server->output().find(message), std::string::npos) << server->output();
+  }
   void Start(const std::vector<std::string>& options = {}) {
     server_ = Run(options);
     ASSERT_TRUE(server_->WaitForOutput("listening on " + path_ + "\n")) << server_->output();
