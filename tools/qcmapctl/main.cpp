@@ -1,5 +1,7 @@
 /// qcmapctl: drives the modem's Mobile AP from the command line.
+#include <fcntl.h>
 #include <syslog.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <iostream>
@@ -61,9 +63,20 @@ int Run(const std::vector<std::string>& arguments) {
   }
 }
 
+/// Gives a standard stream that the caller has closed a descriptor on which writing fails, so that
+/// the connection to the server does not take its place.
+void OccupyStandardStreams() {
+  int descriptor;
+  do {
+    descriptor = open("/dev/null", O_RDONLY);
+  } while (descriptor >= 0 && descriptor <= STDERR_FILENO);
+  if (descriptor >= 0) close(descriptor);
+}
+
 }  // namespace
 }  // namespace qcmapctl
 
 int main(int argc, char* argv[]) {
+  qcmapctl::OccupyStandardStreams();
   return qcmapctl::Run(std::vector<std::string>(argv + 1, argv + argc));
 }

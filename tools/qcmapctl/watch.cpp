@@ -78,13 +78,16 @@ Report DescribeLine(const Event& event, const char* name, const char* state,
   return line;
 }
 
+void Emit(const Context& context, const Report& line) {
+  if (!context.options.quiet) PrintLine(line, context.options.json);
+}
+
 void PrintInitial(Context& context, const std::vector<Profile>& profiles) {
   for (const Profile& profile : profiles) {
     const CallState state = ReadCallState(context.session, profile.index);
     for (const IPFamily family : {IPFamily::IPV4, IPFamily::IPV6}) {
       const Event now{std::chrono::system_clock::now(), 0, family, profile.policy.profile_handle};
-      PrintLine(DescribeLine(now, "initial", WordOf(state.Of(family)), profile.index),
-                context.options.json);
+      Emit(context, DescribeLine(now, "initial", WordOf(state.Of(family)), profile.index));
     }
   }
 }
@@ -122,9 +125,8 @@ void Watch(Context& context, const WatchArguments& arguments) {
     Refresh(context.session, profiles);
     for (const Event& event : events) {
       if (arguments.count && printed == *arguments.count) break;
-      PrintLine(
-          DescribeLine(event, NameOf(event.code), StateOf(event.code), IndexOf(event, profiles)),
-          context.options.json);
+      Emit(context,
+           DescribeLine(event, NameOf(event.code), StateOf(event.code), IndexOf(event, profiles)));
       ++printed;
     }
   }

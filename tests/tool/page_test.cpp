@@ -1,0 +1,112 @@
+/// The manual pages against the programs: the same words, and examples that print what is shown.
+#include <gtest/gtest.h>
+
+#include <set>
+#include <vector>
+
+#include "shell.h"
+
+namespace {
+
+using Words = std::set<std::string>;
+
+std::string Page(const std::string& name) {
+  return ReadFile(MVQ_QCMAP_SOURCE "/docs/man/" + name + ".scd");
+}
+
+/// All matches of the pattern's first group, or of all of it when it has none.
+Words Find(const std::string& text, const std::string& pattern) {
+  Words found;
+  const std::regex expression(pattern);
+  for (std::sregex_iterator match(text.begin(), text.end(), expression), end; match != end;
+       ++match) {
+    found.insert(match->str(match->size() > 1 ? 1 : 0));
+  }
+  return found;
+}
+
+/// The words of a list in a help text, as under "Verbs:".
+Words Listed(const std::string& help, const std::string& head) {
+  const size_t start = help.find("\n" + head + ":\n");
+  if (start == std::string::npos) return {};
+  const std::string list = help.substr(start + 1, help.find("\n\n", start) - start);
+  return Find(list, "\n  ([a-z]+) ");
+}
+
+std::string Help(const std::string& command) {
+  const Outcome outcome = Shell("exec " + command + " --help");
+  EXPECT_EQ(outcome.status, 0) << command << "\n" << outcome.err;
+  EXPECT_EQ(outcome.err, "") << command;
+  EXPECT_NE(outcome.out.find("Usage: "), std::string::npos) << command;
+  return outcome.out;
+}
+
+TEST(Page, HasTheOptionsVerbsAndCodesOfTheHelp) {
+  const std::string top = Help("qcmapctl");
+  std::string all = top;
+  Words commands = {"watch", "wait"};
+  for (const std::string& object : Listed(top, "Objects")) {
+    const std::string help = Help("qcmapctl " + object);
+    all += help;
+    for (const std::string& verb : Listed(help, "Verbs")) {
+      commands.insert(object + " " + verb);
+      all += Help("qcmapctl " + object + " " + verb);
+    }
+  }
+  const std::string page = Page("qcmapctl.1");
+  const size_t start = page.find("# COMMANDS");
+  EXPECT_EQ(Find(page.substr(start, page.find("# OPTIONS") - start),
+                 "(?:^|\n)\\*([a-z]+(?: [a-z]+)?)\\*"),
+            commands);
+  EXPECT_EQ(Find(page, "--[a-z][a-z0-9-]*"), Find(all, "--[a-z][a-z0-9-]*"));
+  EXPECT_EQ(Find(page.substr(page.find("# OPTIONS")), "\\*(-[a-zA-Z0-9])\\*, \\*--"),
+            Find(all, " (-[a-zA-Z0-9]),--"));
+
+  const std::string built = ReadFile(MVQ_QCMAP_BUILD "/docs/man/qcmapctl.1.scd");
+  EXPECT_EQ(Find(built, "\n\\*([0-9]+)\\*\n"), Find(top, "\n +([0-9]+)  "));
+  const std::string table = ReadFile(MVQ_QCMAP_SOURCE "/tools/qcmapctl/failures.inc");
+  EXPECT_EQ(Find(built, "\n\\*(.*)\\* \\(exit "),
+            Find(table, "\nFAILURE\\([A-Z_]+, [0-9]+, \"([^\"]*)\""));
+}
+
+TEST(Page, HasTheOptionsOfTheServerAndTheLauncher) {
+  for (const std::string program : {"QCMAP_ConnectionManager", "mvq-qcmap-sim"}) {
+    const std::string page = Page(program + ".1");
+    const std::string outside_examples = page.substr(0, page.find("# EXAMPLES"));
+    EXPECT_EQ(Find(outside_examples, "--[a-z][a-z-]*"), Find(Help(program), "--[a-z][a-z-]*"))
+        << program;
+  }
+}
+
+/// The literal blocks of a text that hold command lines.
+std::vector<std::string> Sessions(const std::string& text) {
+  std::vector<std::string> sessions;
+  const std::regex block("```[a-z]*\n(\\$ (?:[^`]|`[^`])*)```");
+  for (std::sregex_iterator match(text.begin(), text.end(), block), end; match != end; ++match) {
+    sessions.push_back(match->str(1));
+  }
+  return sessions;
+}
+
+TEST(Page, ShowsWhatItsCommandLinesPrint) {
+  size_t shown = 0;
+  for (const std::string file : {"docs/man/qcmapctl.1.scd", "docs/man/mvq-qcmap-sim.1.scd",
+                                 "docs/man/QCMAP_ConnectionManager.1.scd", "README.md"}) {
+    for (const std::string& session : Sessions(ReadFile(MVQ_QCMAP_SOURCE "/" + file))) {
+      std::istringstream lines(session);
+      std::string script, expected;
+      for (std::string line; std::getline(lines, line);) {
+        const bool command = line.rfind("$ ", 0) == 0 || line.rfind("> ", 0) == 0;
+        (command ? script : expected) += (command ? line.substr(2) : line) + "\n";
+      }
+      const bool starts_servers = script.find("mvq-qcmap-sim ") != std::string::npos;
+      const Outcome outcome = starts_servers ? Shell("exec 2>&1\n" + script)
+                                             : ShellWithServer("", "exec 2>&1\n" + script);
+      EXPECT_EQ(outcome.out, expected) << file << ":\n" << script;
+      ++shown;
+    }
+  }
+  EXPECT_GE(shown, 6u);
+}
+
+}  // namespace
