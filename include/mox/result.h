@@ -6,9 +6,10 @@
 namespace mox {
 
 enum class Result : int32_t {
-  /// The request was granted, or the state it asks for was already reached.
+  /// The request was granted; of ConnectBackhaul also: the family was connected already.
   SUCCESS = 0,
-  /// No server, no such profile, a family the operation does not support, or a refusal.
+  /// No server, no such profile, a family the operation does not support, or a refusal; of
+  /// DisconnectBackhaul also: the family is disconnected already, or its state cannot be read.
   FAILURE = 1,
   /// The IP family is outside IPV4, IPV6 and IPV4V6 (statistics only).
   INVALID_ARGUMENT = 11,

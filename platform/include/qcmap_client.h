@@ -201,7 +201,9 @@ static_assert(sizeof(qcmap_msgr_status_ind_msg_v01) == 8, "");
 static_assert(offsetof(qcmap_msgr_status_ind_msg_v01, status) == 4, "");
 
 /// A session with the server. Each request returns true when it was granted; otherwise it leaves
-/// the reason in `*error`. Requests that name no profile act on the session's current one.
+/// the reason in `*error`, which a granted request may leave alone. Requests that name no profile
+/// act on the session's current one. The meaning of the parameters called `flag` is the device's
+/// own; the stand-in uses none.
 class __attribute__((visibility("default"))) QCMAP_Client {
  public:
   /// `callback` receives every indication, on a thread of the client's own.

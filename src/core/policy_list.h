@@ -1,10 +1,10 @@
 /// The server's policy list, as the selection of a profile and the readout of policies see it.
 #pragma once
 
-#include <qcmap_client.h>
-
 #include <algorithm>
 #include <cstdint>
+
+#include <qcmap_client.h>
 
 namespace mox {
 namespace vendor {

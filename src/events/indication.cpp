@@ -4,8 +4,10 @@
 #include <cstdlib>
 #include <memory>
 #include <mutex>
+#include <string>
 
 #include <qcmap_client.h>
+#include <qmi_client.h>
 
 #include "core/log.h"
 #include "core/unlocked.h"
@@ -26,6 +28,12 @@ constexpr uint32_t kTearDown = QMI_QCMAP_MSGR_TEAR_DOWN_WWAN_IND_V01;
 constexpr uint32_t kWwanStatus = QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01;
 constexpr uint32_t kMobileApStatus = QMI_QCMAP_MSGR_MOBILE_AP_STATUS_IND_V01;
 constexpr uint32_t kStationModeStatus = QMI_QCMAP_MSGR_STATION_MODE_STATUS_IND_V01;
+
+/// Statuses of the Mobile AP; the last two only of its station mode.
+constexpr uint32_t kConnected = QCMAP_MSGR_MOBILE_AP_STATUS_CONNECTED_V01;
+constexpr uint32_t kDisconnected = QCMAP_MSGR_MOBILE_AP_STATUS_DISCONNECTED_V01;
+constexpr uint32_t kAssociationFailed = 3;
+constexpr uint32_t kAddressAssignmentFailed = 4;
 
 /// What a status of a data call is to readers of the log and to subscribers: only some pairings of
 /// indication and status are events.
@@ -116,16 +124,16 @@ void QcmapWrapper::EvtCb(qmi_client_type client, uint32_t message_id, void* byte
     if (result != 0) {
       SYSLOG(LOG_ERR, "qmi_client_message_decode error %d\n", result);
     } else if (message_id == kMobileApStatus) {
-      if (record.status == 1) SYSLOG(LOG_DEBUG, "Mobile AP ConnectBackhauled...\n");
-      if (record.status == 2) SYSLOG(LOG_DEBUG, "Mobile AP Disconnected...\n");
-    } else if (record.status == 1) {
+      if (record.status == kConnected) SYSLOG(LOG_DEBUG, "Mobile AP ConnectBackhauled...\n");
+      if (record.status == kDisconnected) SYSLOG(LOG_DEBUG, "Mobile AP Disconnected...\n");
+    } else if (record.status == kConnected) {
       SYSLOG(LOG_DEBUG, "Mobile AP Station mode ConnectBackhauled...\n");
-    } else if (record.status == 2) {
+    } else if (record.status == kDisconnected) {
       SYSLOG(LOG_DEBUG, "Mobile AP Station mode Disconnected...\n");
-    } else if (record.status == 3) {
+    } else if (record.status == kAssociationFailed) {
       SYSLOG(LOG_DEBUG,
              "Mobile AP Station mode Association Failed. Going back to AP+STA Router Mode\n");
-    } else if (record.status == 4) {
+    } else if (record.status == kAddressAssignmentFailed) {
       // The text stays on the line after the call, where readers of the log look for it.
       // clang-format off
       SYSLOG(LOG_DEBUG,

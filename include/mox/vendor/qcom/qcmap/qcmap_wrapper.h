@@ -76,8 +76,9 @@ class MVQ_QCMAP_HIDDEN EventQueue {
 /// Results. Operations return true or Result::SUCCESS on success. Every failure is also told by
 /// lines in the system log (syslog, under the identity and options that the program gave openlog),
 /// unless the operation says "silent". LOG_ERR: a refused request or argument. LOG_WARNING: no
-/// server, or the Mobile AP is not connected. LOG_DEBUG: traces. Each line begins with the
-/// operation's full signature and the source line. Out-values keep what they held when an
+/// server, the Mobile AP is not connected, or a failure that is tolerated. LOG_DEBUG: traces. Each
+/// line begins with the operation's full signature and the source line. A success leaves a line
+/// above LOG_DEBUG only where the operation says so. Out-values keep what they held when an
 /// operation fails, unless it says otherwise. Nothing is thrown but std::bad_alloc.
 ///
 /// Connection. Every operation first makes sure of the server: without a connection it makes one
@@ -111,7 +112,9 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
 
   /// Only for GetInstance, and for tests that need an object of their own.
   QcmapWrapper();
-  /// Ends the connection. Waits for an indication under way. Leaves `s_ins_` as it is.
+  /// Ends the connection. Waits for an indication under way. Leaves `s_ins_` as it is. Not from a
+  /// callback, and not while an operation runs; what the callbacks own must not subscribe or
+  /// unsubscribe when it goes.
   ~QcmapWrapper();
   QcmapWrapper(const QcmapWrapper&) = delete;
   QcmapWrapper& operator=(const QcmapWrapper&) = delete;
@@ -198,13 +201,16 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// Asks for one family of a profile's call, IPV4 or IPV6 (FAILURE and LOG_ERR for any other).
   /// SUCCESS when the server has accepted the request: the outcome follows as a BRING_UP event, and
   /// as WWAN events. SUCCESS too, without a request and silent, when the family is connected.
-  /// FAILURE when it cannot be requested.
+  /// FAILURE when it cannot be requested. A state that cannot be read (LOG_ERR) does not keep the
+  /// call from being requested. The profile stays selected, also after a failure.
   mox::Result ConnectBackhaul(uint32_t index, mox::util::IPFamily family);
 
   /// Takes one family of a profile's call down, IPV4 or IPV6 (FAILURE and LOG_ERR for any other).
   /// SUCCESS when the server has accepted the request: the outcome follows as a TEAR_DOWN event.
-  /// FAILURE when it cannot be requested; silent when the family is already disconnected.
-  /// INCOMPATIBLE_STATE when the call is in no state to be taken down.
+  /// FAILURE when it cannot be requested: silent when the family is already disconnected, LOG_ERR
+  /// when the state cannot be read, and nothing is requested then. INCOMPATIBLE_STATE when the call
+  /// is in no state to be taken down (LOG_ERR; silent when the server says so of a request that it
+  /// granted). The profile stays selected, also after a failure.
   mox::Result DisconnectBackhaul(uint32_t index, mox::util::IPFamily family);
 
   // Statistics (wwan_statistics.cpp).
@@ -243,7 +249,8 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// Sets them. With DHCP on, an empty start or end has both derived from gateway and netmask. With
   /// DHCP off the range is not checked, and a text that is no address is sent as 255.255.255.255.
   /// A refused address is logged (LOG_ERR); a range that does not fit the subnet, or a subnet
-  /// without room for one, is refused silent. Takes effect with ActivateLan.
+  /// without room for one, is refused silent. That the present configuration could not be read is
+  /// only logged (LOG_WARNING). Takes effect with ActivateLan.
   bool SetLanConfig(std::string gw_ip, std::string netmask, bool enable_dhcp,
                     std::string dhcp_start_ip, std::string dhcp_end_ip, uint32_t lease_time);
 
@@ -290,8 +297,12 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   // Indications (indication.cpp).
 
   /// The callback that every client gets; the client's library calls it on a thread of its own.
-  /// Logs each indication (LOG_DEBUG) and hands the events of data calls to the subscribers.
-  /// Lets a subscriber's exception through; later subscribers then miss the event.
+  /// `bytes` is the encoded indication of `length` bytes, `user_data` is not used. Logs each
+  /// indication (LOG_DEBUG) and hands the events of data calls to the subscribers. Drops what it
+  /// cannot use: a status that cannot be decoded and the answer to another client (LOG_ERR each);
+  /// silent, after its first line, a data call that cannot be decoded, one for which there is no
+  /// memory, and one that comes before the instance. Lets a subscriber's exception through, with
+  /// the mutex released; later subscribers then miss the event.
   static void EvtCb(qmi_client_type client, uint32_t message_id, void* bytes, uint32_t length,
                     void* user_data);
 
@@ -304,10 +315,12 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   std::map<void*, std::function<void(mox::util::EventDic&)>> event_callbacks_;
   /// Guards `event_callbacks_`. Held while an event is delivered, all callbacks included.
   Mutex event_callbacks_mutex_;
-  /// Set once and never reset, like `client_` and `profile_index_` accessed by atomic builtins.
+  /// True from the first successful attempt on. This, `client_` and `profile_index_` are accessed
+  /// by atomic builtins, without a lock.
   bool connected_;
   /// Held by GetWwanPolicies and GetNetworkConfig for their whole run, requests included.
   Mutex op_mutex_;
+  /// No operation uses these three, nor `event_queue_`: they belong to the object's layout.
   Mutex aux_mutex_1_;
   Mutex aux_mutex_2_;
   Condition aux_cond_;
