@@ -74,6 +74,7 @@ TEST(ThreadsLifecycle, InstanceServesAllThreadsAndOneListOrConfigurationAtATime)
       DataManager::NetworkConfig config;
       QcmapWrapper& wrapper = *QcmapWrapper::GetInstance();
       for (int n = 0; n < 100; ++n) {
+        EXPECT_TRUE(wrapper.ActivateLan());
         EXPECT_TRUE(wrapper.GetWwanPolicies(policies));
         EXPECT_EQ(wrapper.GetNetworkConfig(0, IPFamily::IPV4, config), Result::SUCCESS);
       }

@@ -5,8 +5,7 @@ namespace {
 
 TEST(ProfileSwitch, GoesInAndOutAsZeroOrOne) {
   Session session;
-  EXPECT_TRUE(session.wrapper.SetAutoConnect(0, false));
-  EXPECT_TRUE(session.wrapper.SetRoaming(0, true));
+  EXPECT_TRUE(session.wrapper.SetAutoConnect(0, false) && session.wrapper.SetRoaming(0, true));
   EXPECT_EQ(session.Sent(), (Lines{"SetAutoconnect 0", "SetRoaming 1"}));
   for (const auto get : {&QcmapWrapper::GetAutoConnect, &QcmapWrapper::GetRoaming,
                          &QcmapWrapper::GetIpv4State, &QcmapWrapper::GetIpv6State}) {

@@ -90,27 +90,20 @@ TEST(WwanPolicy, ListHoldsAtMostFiftyWhateverIsReported) {
   EXPECT_TRUE(policies.empty());
 }
 
-TEST(WwanPolicy, ReadoutLearnsNoHandle) {
+TEST(WwanPolicy, ReadoutConvertsMaskAndFamilyAndLearnsNoHandle) {
+  const std::tuple<uint64_t, int, std::string> rows[] = {
+      {0, 4, "7 1"},          {1, 6, "2 2"},  {2, 10, "1 3"},    {3, 0, "2 0"},
+      {1ull << 32, 5, "7 0"}, {4, 11, "7 0"}, {~1ull, -1, "1 0"}};
   Session session;
   DataManager::WwanPolicy policy;
-  session.script.policy = {2, QCMAP_MSGR_IP_FAMILY_V6_V01, {1, 255}, {2, 0}};
-  EXPECT_TRUE(session.wrapper.GetWwanPolicy(0, policy));
+  for (const auto& [mask, family, converted] : rows) {
+    session.script.policy = {mask, qcmap_msgr_ip_family_enum_v01{family}, {1, 255}, {2, 0}};
+    EXPECT_TRUE(session.wrapper.GetWwanPolicy(0, policy));
+    EXPECT_EQ(Text(policy), "255 0 " + converted + " 4294967295");
+  }
   session.script.Refuse("GetWWANPolicy");
   EXPECT_FALSE(session.wrapper.GetWwanPolicy(0, policy));
-  EXPECT_EQ(Text(policy), "255 0 1 2 4294967295");
-}
-
-TEST(WwanPolicy, ConvertsMasksAndFamilies) {
-  const std::pair<unsigned long long, Tech> masks[] = {
-      {0, Tech{7}}, {1, Tech{2}},          {2, Tech{1}},    {3, Tech{2}},
-      {4, Tech{7}}, {1ull << 32, Tech{7}}, {~1ull, Tech{1}}};
-  for (const auto& [mask, tech] : masks) EXPECT_EQ(QcmapWrapper::ConvertToTech(mask), tech) << mask;
-  const std::pair<int, int> families[] = {{4, 1}, {6, 2},  {10, 3}, {0, 0},
-                                          {5, 0}, {11, 0}, {-1, 0}};
-  for (const auto& [number, family] : families) {
-    const qcmap_msgr_ip_family_enum_v01 vendor{number};
-    EXPECT_EQ(QcmapWrapper::ConvertToIPFamily(vendor), IPFamily{family}) << number;
-  }
+  EXPECT_EQ(Text(policy), "255 0 1 0 4294967295") << "after failure";
 }
 
 }  // namespace
