@@ -9,7 +9,6 @@ thread_local bool fail_calloc = false;
 namespace {
 
 thread_local bool watching = false;
-thread_local bool failing_after = false;
 thread_local int untracked = 0;
 thread_local int failing_at = 0;
 thread_local int counted = 0;
@@ -17,14 +16,13 @@ thread_local int counted = 0;
 bool Fails() {
   if (!watching || untracked > 0) return false;
   ++counted;
-  return failing_at > 0 && (counted == failing_at || (failing_after && counted > failing_at));
+  return counted == failing_at;
 }
 
 }  // namespace
 
-Allocations::Allocations(int fail_at, bool and_after) {
+Allocations::Allocations(int fail_at) {
   failing_at = fail_at;
-  failing_after = and_after;
   counted = 0;
   watching = true;
 }

@@ -4,9 +4,8 @@
 /// Watches the calling thread's allocations while it lives; one at a time per thread.
 class Allocations {
  public:
-  /// Allocation number `fail_at` (from 1) throws std::bad_alloc, with `and_after` every later one
-  /// too; 0 lets all succeed.
-  explicit Allocations(int fail_at = 0, bool and_after = false);
+  /// Allocation number `fail_at` (from 1) throws std::bad_alloc; 0 lets all succeed.
+  explicit Allocations(int fail_at = 0);
   ~Allocations();
   Allocations(const Allocations&) = delete;
   Allocations& operator=(const Allocations&) = delete;

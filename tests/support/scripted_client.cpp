@@ -96,11 +96,9 @@ std::vector<std::string> Script::TakeRequests() {
 bool Script::Ask(const std::string& request, qmi_error_type_v01* error) {
   const std::string name = request.substr(0, request.find(' '));
   {
-    // These two share the error value of a request before them that may be refused.
-    const bool shares = name == "GetMobileAPStatus" || name == "SetLANConfig";
-    const bool stale = *error != QMI_ERR_NONE_V01 && !shares;
     const std::lock_guard<std::mutex> lock(mutex_);
-    requests_.push_back(request + (stale ? " (error not cleared)" : ""));
+    const bool fresh = *error == QMI_ERR_NONE_V01;
+    requests_.push_back(request + (fresh ? "" : " (error " + std::to_string(*error) + ")"));
   }
   const auto hook = before.find(name);
   if (hook != before.end()) hook->second();
@@ -296,8 +294,9 @@ extern "C" int qmi_client_message_decode(qmi_client_type, int message_type, unsi
   const Untracked untracked;
   if (current == nullptr) return 1;
   if (current->decode_error != 0) return current->decode_error;
+  current->decoded = Join(message_type, message_id, length, record_size,
+                          Cleared(static_cast<const char*>(record), record_size));
   std::memcpy(record, bytes, std::min(length, record_size));
-  current->decoded = Join(message_type, message_id, length, record_size);
   return 0;
 }
 
@@ -306,6 +305,8 @@ namespace util {
 
 int ProcessControl::GetPidByProcessName(std::string name, int limit) {
   NoteUtility("GetPidByProcessName", name, limit);
+  const auto hook = current->before.find("GetPidByProcessName");
+  if (hook != current->before.end()) hook->second();
   return current->pid;
 }
 

@@ -40,9 +40,9 @@ TEST(Indication, EachStatusHasItsTextAndSomeAnEvent) {
   const std::string texts[] = {"", failed, " CONNECTED", "", stuck, " DISCONNECTED"};
   // Id, prefix, how it is decoded, and the offset of the event's code by text.
   const std::tuple<uint32_t, std::string, std::string, std::string> rows[] = {
-      {0x22, "7 [BRING_UP] ", "2 34 108 108", "-10---"},
-      {0x23, "7 [TEAR_DOWN] ", "2 35 108 28", "----32"},
-      {0x25, "7 [WWAN_INDICATION] ", "2 37 108 108", "--4--5"}};
+      {0x22, "7 [BRING_UP] ", "2 34 108 108 cleared", "-10---"},
+      {0x23, "7 [TEAR_DOWN] ", "2 35 108 28 cleared", "----32"},
+      {0x25, "7 [WWAN_INDICATION] ", "2 37 108 108 cleared", "--4--5"}};
   Session session;
   std::string event;
   Subscribe(session.wrapper, &event, [&](EventDic& dictionary) { event = Text(dictionary); });
@@ -77,7 +77,7 @@ TEST(Indication, StatusIsOnlyLogged) {
   Script script;
   for (const auto& [id, status, text] : rows) {
     EXPECT_EQ(Deliver(id, qcmap_msgr_status_ind_msg_v01{9, status}), text);
-    EXPECT_EQ(script.decoded, Join(2, id, 8, 8));
+    EXPECT_EQ(script.decoded, Join(2, id, 8, 8, "cleared"));
   }
 }
 

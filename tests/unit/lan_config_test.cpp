@@ -43,7 +43,8 @@ TEST(LanConfig, SendsWhatWasGivenOrDerivedWhateverWasThere) {
     session.script.derived_range = {"10.0.0.2", "10.0.0.254"};
     session.script.Refuse("GetLANConfig");
     EXPECT_TRUE(session.wrapper.SetLanConfig("10.0.0.1", "255.0.0.0", dhcp, start, end, lease));
-    EXPECT_EQ(session.Sent(), (Lines{"GetLANConfig", "SetLANConfig a000001 ff000000 " + sent}));
+    EXPECT_EQ(session.Sent(),
+              (Lines{"GetLANConfig", "SetLANConfig a000001 ff000000 " + sent + " (error 59)"}));
     EXPECT_EQ(TakeLog().at(1),
               Line(4, kSet, "QCMAP_Client::GetLanConfig error 59[0x3b] : Just warning\n"));
   }
