@@ -115,7 +115,7 @@ const Console::Command Console::kCommands[] = {
      }},
     {"quit", "", 0, 0,
      [](Console& console, const Words&) -> std::string {
-       console.paused_ = true;
+       console.Stop();
        console.io_.stop();
        return {};
      }},
@@ -132,6 +132,11 @@ Console::Console(asio::io_context& io, Model& model, Requests& requests, Hub& hu
     : io_(io), model_(model), requests_(requests), hub_(hub), input_(io), pause_(io) {
   const int fd = ::dup(STDIN_FILENO);
   if (fd >= 0) input_.assign(fd);
+}
+
+void Console::Stop() {
+  paused_ = true;
+  input_.close();
 }
 
 void Console::WaitForInput() {

@@ -17,6 +17,7 @@ class Console {
   Console(asio::io_context& io, Model& model, Requests& requests, Hub& hub);
 
   void Start() { WaitForInput(); }
+  void Stop();
 
  private:
   struct Command;

@@ -80,6 +80,7 @@ void Serve(const Options& options, asio::io_context& io, sim::Requests& requests
       std::fputs("QCMAP_ConnectionManager: out of memory, connection closed\n", stderr);
     }
   }
+  console.Stop();
   hub.Close();
 }
 

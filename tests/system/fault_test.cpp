@@ -172,6 +172,9 @@ TEST_F(Fault, SilentAndDeafClientsAreCutAndOthersUnharmed) {
   Send(deaf[1], Datagram(sim::message::OpenSession::kId, 1, opened.substr(sizeof(sim::Header))));
   std::vector<int> silent;
   while (silent.size() < 300) silent.push_back(RawSocket(path_, false));
+  const auto start = steady_clock::now();
+  EXPECT_TRUE(Receive(silent.back()).empty());
+  EXPECT_LE(Since(start), milliseconds(3000)) << "refused, since there are too many";
 
   for (const uint32_t count : {4500u, 9000u}) {
     std::string commands;
@@ -253,6 +256,13 @@ TEST_F(Fault, LyingServerIsNotBelieved) {
       Datagram(sim::message::GetVLANConfig::kId, 0, std::string(sizeof vlans, '\xFF')));
   EXPECT_TRUE(client.GetVLANConfig(&vlans, &error));
   EXPECT_EQ(vlans.vlan_config_len, 2000) << "clamped to what there is";
+  for (const size_t size : {0, 23, 24, 25}) {
+    for (const uint32_t id : {sim::message::GetLANConfig::kId, sim::message::GetRoaming::kId}) {
+      server.SetAnswer(Datagram(id, 0, std::string(size, '\1')));
+      EXPECT_EQ(client.GetLANConfig(kOut, &error),
+                size == 24 && id != sim::message::GetRoaming::kId);
+    }
+  }
   const std::string elements("\1\4\0\1\0\0\0\2\4\0\3\0\0\0\x10\4\0\x65\0\0\0", 21);
   for (const uint32_t id : {0x22, 0x23, 0x25, 0x29, 0x5E, 0x0D}) {
     ForEachMutant(Datagram(id, 0, elements), [&](const std::string& mutant) {

@@ -12,10 +12,20 @@ using Story = SimulatedServer;
 
 constexpr auto kSuccess = Result::SUCCESS;
 
+/// How many indications of each kind another session has received.
+std::atomic<int> statuses_seen{0}, outcomes_seen{0};
+
+void SeeIndication(qmi_client_struct*, unsigned int id, void*, unsigned int, void*) {
+  if (id == QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01) ++statuses_seen;
+  if (id == QMI_QCMAP_MSGR_BRING_UP_WWAN_IND_V01 || id == QMI_QCMAP_MSGR_TEAR_DOWN_WWAN_IND_V01)
+    ++outcomes_seen;
+}
+
 TEST_F(Story, CallComesUpAndGoesDownWithEventsAddressesAndCounters) {
   Start({"--call-time", "20", "--traffic", "0", "--console"});
   QcmapWrapper& wrapper = *QcmapWrapper::GetInstance();
   Events events(wrapper);
+  const QCMAP_Client onlooker(SeeIndication);
   DataManager::NetworkConfig config;
   EXPECT_EQ(wrapper.GetNetworkConfig(1, IPFamily::IPV4, config), Result::NO_NETWORK);
   EXPECT_EQ(wrapper.ConnectBackhaul(1, IPFamily::IPV4), kSuccess);
@@ -45,22 +55,35 @@ TEST_F(Story, CallComesUpAndGoesDownWithEventsAddressesAndCounters) {
                                              "202 profile 102 ipv4", "205 profile 102 ipv4",
                                              "205 profile 102 ipv6"};
   EXPECT_EQ(events.WaitFor(7), expected);
+  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  while (statuses_seen < 7 && std::chrono::steady_clock::now() < deadline)
+    std::this_thread::yield();
+  EXPECT_EQ(statuses_seen, 7) << "each step up and down";
+  EXPECT_EQ(outcomes_seen, 0) << "of what others asked for";
 }
 
 TEST_F(Story, NetworkThatComesAndGoesIsFollowedByTheCalls) {
-  Start({"--call-time", "200", "--network", "off", "--console"});
+  Start({"--call-time", "300", "--traffic", "1000000000", "--network", "off", "--console"});
   QcmapWrapper& wrapper = *QcmapWrapper::GetInstance();
   Events events(wrapper);
   EXPECT_TRUE(wrapper.SetAutoConnect(2, true));
   EXPECT_TRUE(wrapper.DisableIpv6(2));
   EXPECT_EQ(wrapper.ConnectBackhaul(2, IPFamily::IPV4), Result::FAILURE);
   Console("network on");
-  EXPECT_EQ(events.WaitFor(1).size(), 1u) << "autoconnect";
+  EXPECT_EQ(events.WaitFor(1).size(), 1u);
+  EXPECT_TRUE(wrapper.EnableIpv6(2));
+  EXPECT_EQ(events.WaitFor(2).size(), 2u);
   EXPECT_EQ(wrapper.ConnectBackhaul(0, IPFamily::IPV6), kSuccess);
   Console("network off");
-  const std::vector<std::string> expected = {"204 profile 103 ipv4", "201 profile 101 ipv6",
-                                             "205 profile 103 ipv4"};
-  EXPECT_EQ(events.WaitFor(3), expected);
+  const std::vector<std::string> expected = {"204 profile 103 ipv4", "204 profile 103 ipv6",
+                                             "201 profile 101 ipv6", "205 profile 103 ipv4",
+                                             "205 profile 103 ipv6"};
+  EXPECT_EQ(events.WaitFor(5), expected);
+  QcmapWrapper::WWANStatics first, second;
+  EXPECT_EQ(wrapper.GetWWANStatistics(2, IPFamily::IPV4, first), kSuccess);
+  EXPECT_EQ(wrapper.GetWWANStatistics(2, IPFamily::IPV4, second), kSuccess);
+  EXPECT_GT(first.counter64_1, 0u);
+  EXPECT_EQ(first.counter64_1, second.counter64_1) << "no traffic without a call";
 }
 
 TEST_F(Story, VlansAreMappedToTheirProfilesAndPassthroughToItsHost) {
