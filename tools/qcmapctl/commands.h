@@ -40,7 +40,12 @@ std::vector<Profile> ChosenProfiles(Session& session, const std::optional<uint32
 /// `list` as it is, or its only element when one profile was named on the command line.
 Json OneOrAll(Json list, const std::optional<uint32_t>& index);
 
-// What the status shows of the other objects.
+// What the objects show of each other.
+
+using VlanConfig = mox::wwan::MobileapManager::VlanConfig;
+using VlanMapping = mox::wwan::MobileapManager::VlanMapping;
+std::vector<VlanConfig> ReadVlans(Session& session);
+std::vector<VlanMapping> ReadMappings(Session& session);
 
 Report DescribeLan(Session& session);
 Report DescribeVlans(Session& session);

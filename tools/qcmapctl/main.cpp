@@ -11,7 +11,7 @@
 namespace qcmapctl {
 namespace {
 
-int Report(const CommandFailed& failure, const std::string& operation, bool as_json) {
+int Tell(const CommandFailed& failure, const std::string& operation, bool as_json) {
   if (as_json) {
     Json error;
     error["operation"] = operation;
@@ -57,9 +57,9 @@ int Run(const std::vector<std::string>& arguments) {
     command.run ? command.run(context) : ShowStatus(context);
     return kExitDone;
   } catch (const CommandFailed& failure) {
-    return Report(failure, line.Operation(), as_json);
+    return Tell(failure, line.Operation(), as_json);
   } catch (const std::exception& error) {
-    return Report(CommandFailed(Failure::UNFORESEEN, error.what()), line.Operation(), as_json);
+    return Tell(CommandFailed(Failure::UNFORESEEN, error.what()), line.Operation(), as_json);
   }
 }
 
@@ -74,6 +74,11 @@ void OccupyStandardStreams() {
 }
 
 }  // namespace
+
+void Finish(const Context& context, const Report& report) {
+  if (!context.options.quiet) Print(report, context.options.json);
+}
+
 }  // namespace qcmapctl
 
 int main(int argc, char* argv[]) {

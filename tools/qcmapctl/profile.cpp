@@ -3,10 +3,6 @@
 
 namespace qcmapctl {
 
-void Finish(const Context& context, const Report& report) {
-  if (!context.options.quiet) Print(report, context.options.json);
-}
-
 std::vector<Profile> ChosenProfiles(Session& session, const std::optional<uint32_t>& index) {
   if (index) return {{*index, session.Policy(*index)}};
   std::vector<Profile> profiles;

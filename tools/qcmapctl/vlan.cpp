@@ -6,9 +6,6 @@
 namespace qcmapctl {
 namespace {
 
-using VlanConfig = mox::wwan::MobileapManager::VlanConfig;
-using VlanMapping = mox::wwan::MobileapManager::VlanMapping;
-
 struct VlanArguments {
   std::optional<int32_t> interface;
   int32_t vlan_id = 0;
@@ -16,23 +13,10 @@ struct VlanArguments {
   VlanConfig ToConfig() const { return {*interface, vlan_id, -1}; }
 };
 
-std::vector<VlanConfig> Read(Session& session) {
-  std::vector<VlanConfig> vlans;
-  session.Require(session.Wrapper().GetVlanConfigs(vlans), Failure::REFUSED, "VLAN list");
-  return vlans;
-}
-
 bool Contains(const std::vector<VlanConfig>& vlans, const VlanConfig& wanted) {
   return std::any_of(vlans.begin(), vlans.end(), [&wanted](const VlanConfig& vlan) {
     return vlan.tethering_mode == wanted.tethering_mode && vlan.vlan_id == wanted.vlan_id;
   });
-}
-
-std::vector<VlanMapping> ReadMappings(Session& session) {
-  std::vector<VlanMapping> mappings;
-  session.Require(session.Wrapper().GetPdnToVlanMapping(mappings), Failure::REFUSED,
-                  "mapping list");
-  return mappings;
 }
 
 void List(Context& context) {
@@ -57,8 +41,8 @@ void Add(Context& context, const VlanArguments& arguments) {
   VlanConfig vlan = arguments.ToConfig();
   if (!session.Wrapper().SetVlanConfig(vlan)) {
     session.RequireServer();
-    throw CommandFailed(Contains(Read(session), vlan) ? Failure::VLAN_EXISTS : Failure::REFUSED,
-                        NameOf(vlan));
+    throw CommandFailed(
+        Contains(ReadVlans(session), vlan) ? Failure::VLAN_EXISTS : Failure::REFUSED, NameOf(vlan));
   }
   Finish(context, DescribeChange(vlan, "added"));
 }
@@ -68,7 +52,7 @@ void Delete(Context& context, const VlanArguments& arguments) {
   VlanConfig vlan = arguments.ToConfig();
   if (!session.Wrapper().DeleteVlanConfig(vlan)) {
     session.RequireServer();
-    if (!Contains(Read(session), vlan)) throw CommandFailed(Failure::NO_VLAN, NameOf(vlan));
+    if (!Contains(ReadVlans(session), vlan)) throw CommandFailed(Failure::NO_VLAN, NameOf(vlan));
     const std::vector<VlanMapping> mappings = ReadMappings(session);
     const bool mapped =
         std::any_of(mappings.begin(), mappings.end(),
@@ -80,9 +64,15 @@ void Delete(Context& context, const VlanArguments& arguments) {
 
 }  // namespace
 
+std::vector<VlanConfig> ReadVlans(Session& session) {
+  std::vector<VlanConfig> vlans;
+  session.Require(session.Wrapper().GetVlanConfigs(vlans), Failure::REFUSED, "VLAN list");
+  return vlans;
+}
+
 Report DescribeVlans(Session& session) {
   Report report{"", Json::array()};
-  const std::vector<VlanConfig> vlans = Read(session);
+  const std::vector<VlanConfig> vlans = ReadVlans(session);
   const std::vector<VlanMapping> mappings = ReadMappings(session);
   Table table({"INTERFACE", "VLAN", "PROFILE"});
   for (const VlanConfig& vlan : vlans) {

@@ -6,20 +6,10 @@
 namespace qcmapctl {
 namespace {
 
-using VlanConfig = mox::wwan::MobileapManager::VlanConfig;
-using VlanMapping = mox::wwan::MobileapManager::VlanMapping;
-
 struct MapArguments {
   int32_t vlan_id = 0;
   std::optional<uint32_t> index;
 };
-
-std::vector<VlanMapping> Read(Session& session) {
-  std::vector<VlanMapping> mappings;
-  session.Require(session.Wrapper().GetPdnToVlanMapping(mappings), Failure::REFUSED,
-                  "mapping list");
-  return mappings;
-}
 
 bool Contains(const std::vector<VlanMapping>& mappings, const VlanConfig& wanted) {
   return std::any_of(mappings.begin(), mappings.end(), [&wanted](const VlanMapping& mapping) {
@@ -32,7 +22,7 @@ bool Contains(const std::vector<VlanMapping>& mappings, const VlanConfig& wanted
 void List(Context& context) {
   Report report{"", Json::array()};
   Table table({"VLAN", "PROFILE"});
-  const std::vector<VlanMapping> mappings = Read(context.session);
+  const std::vector<VlanMapping> mappings = ReadMappings(context.session);
   for (const VlanMapping& mapping : mappings) {
     const bool known = mapping.profile_index >= 0;
     Json json;
@@ -68,14 +58,14 @@ void Add(Context& context, const MapArguments& arguments) {
   VlanConfig vlan{0, arguments.vlan_id, static_cast<int32_t>(*arguments.index)};
   if (!session.Wrapper().SetPdnToVlanMapping(vlan)) {
     session.RequireServer();
-    std::vector<VlanConfig> vlans;
-    session.Require(session.Wrapper().GetVlanConfigs(vlans), Failure::REFUSED, NameOf(vlan));
+    const std::vector<VlanConfig> vlans = ReadVlans(session);
     const bool vlan_exists = std::any_of(vlans.begin(), vlans.end(), [&vlan](const VlanConfig& v) {
       return v.vlan_id == vlan.vlan_id;
     });
     if (!vlan_exists) throw CommandFailed(Failure::NO_VLAN, "VLAN " + std::to_string(vlan.vlan_id));
-    throw CommandFailed(Contains(Read(session), vlan) ? Failure::MAPPING_EXISTS : Failure::REFUSED,
-                        NameOf(vlan));
+    throw CommandFailed(
+        Contains(ReadMappings(session), vlan) ? Failure::MAPPING_EXISTS : Failure::REFUSED,
+        NameOf(vlan));
   }
   Finish(context, DescribeChange(vlan, "added"));
 }
@@ -87,13 +77,21 @@ void Delete(Context& context, const MapArguments& arguments) {
                   arguments.index ? static_cast<int32_t>(*arguments.index) : -1};
   if (!session.Wrapper().DeletePdnToVlanMapping(vlan)) {
     session.RequireServer();
-    throw CommandFailed(Contains(Read(session), vlan) ? Failure::REFUSED : Failure::NO_MAPPING,
-                        NameOf(vlan));
+    throw CommandFailed(
+        Contains(ReadMappings(session), vlan) ? Failure::REFUSED : Failure::NO_MAPPING,
+        NameOf(vlan));
   }
   Finish(context, DescribeChange(vlan, "deleted"));
 }
 
 }  // namespace
+
+std::vector<VlanMapping> ReadMappings(Session& session) {
+  std::vector<VlanMapping> mappings;
+  session.Require(session.Wrapper().GetPdnToVlanMapping(mappings), Failure::REFUSED,
+                  "mapping list");
+  return mappings;
+}
 
 void AddMap(CommandLine& line) {
   const auto arguments = std::make_shared<MapArguments>();
