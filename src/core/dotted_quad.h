@@ -11,6 +11,11 @@ namespace vendor {
 namespace qcom {
 namespace qcmap {
 
+/// The address in host byte order; all ones for a text that is none.
+[[nodiscard]] inline uint32_t FromDottedQuad(const std::string& address) {
+  return ntohl(::inet_addr(address.c_str()));
+}
+
 /// The dotted form of an address in host byte order. At most 15 bytes, which std::string keeps
 /// without an allocation.
 [[nodiscard]] inline std::string ToDottedQuad(uint32_t address) {

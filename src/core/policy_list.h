@@ -23,6 +23,14 @@ constexpr uint32_t kMaxPolicies = QCMAP_MSGR_MAX_WWAN_POLICY_V01;
   return std::min(ReportedCount(list), kMaxPolicies);
 }
 
+/// The same for mappings, which go by the count alone: the list need not be marked as present, and
+/// a count that is negative as a signed number means none.
+[[nodiscard]] inline int32_t ReadableSignedCount(
+    const qcmap_msgr_wwan_policy_list_resp_msg_v01& list) {
+  const auto count = static_cast<int32_t>(list.policy_list_len);
+  return std::clamp(count, 0, static_cast<int32_t>(kMaxPolicies));
+}
+
 }  // namespace qcmap
 }  // namespace qcom
 }  // namespace vendor

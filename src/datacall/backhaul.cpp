@@ -3,6 +3,8 @@
 
 #include <unistd.h>
 
+#include <optional>
+
 #include <qcmap_client.h>
 
 #include "core/log.h"
@@ -37,14 +39,11 @@ ConnectStatus FromVendor(qcmap_msgr_wwan_status_enum_v01 status) {
   }
 }
 
-/// A call is started and stopped for one family at a time.
-bool HasCallType(IPFamily family) {
-  return family == IPFamily::IPV4 || family == IPFamily::IPV6;
-}
-
-/// Only for a family that has one. The vendor numbers the call types as we number the families.
-qcmap_msgr_wwan_call_type_v01 ToVendor(IPFamily family) {
-  return static_cast<qcmap_msgr_wwan_call_type_v01>(family);
+/// Nothing for both families together: a call is started and stopped for one at a time.
+std::optional<qcmap_msgr_wwan_call_type_v01> ToVendor(IPFamily family) {
+  if (family == IPFamily::IPV4) return QCMAP_MSGR_WWAN_CALL_TYPE_V4_V01;
+  if (family == IPFamily::IPV6) return QCMAP_MSGR_WWAN_CALL_TYPE_V6_V01;
+  return std::nullopt;
 }
 
 }  // namespace
@@ -79,15 +78,15 @@ mox::Result QcmapWrapper::ConnectBackhaul(uint32_t index, mox::util::IPFamily fa
   }
 
   if (!ChangeWwanProfile(index)) return mox::Result::FAILURE;
-  if (!HasCallType(family)) {
+  const auto call_type = ToVendor(family);
+  if (!call_type) {
     SYSLOG(LOG_ERR, "unsupporetd IPFamily [%d]\n", static_cast<int>(family));
     return mox::Result::FAILURE;
   }
 
-  const auto call_type = ToVendor(family);
-  SYSLOG(LOG_DEBUG, "ip_family [%d] call_type [0x%x]\n", static_cast<int>(family), call_type);
+  SYSLOG(LOG_DEBUG, "ip_family [%d] call_type [0x%x]\n", static_cast<int>(family), *call_type);
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
-  if (!client_->ConnectBackHaul(call_type, &error)) {
+  if (!client_->ConnectBackHaul(*call_type, &error)) {
     SYSLOG(LOG_ERR, "QCMAP_Client::ConnectBackhaul error %d[0x%x]\n", error, error);
     return mox::Result::FAILURE;
   }
@@ -106,15 +105,15 @@ mox::Result QcmapWrapper::DisconnectBackhaul(uint32_t index, mox::util::IPFamily
     return mox::Result::FAILURE;
   }
 
-  if (!HasCallType(family)) {
+  const auto call_type = ToVendor(family);
+  if (!call_type) {
     SYSLOG(LOG_ERR, "unsupporetd IPFamily [%d]\n", static_cast<int>(family));
     return mox::Result::FAILURE;
   }
 
-  const auto call_type = ToVendor(family);
-  SYSLOG(LOG_DEBUG, "DisconnectBackhaul call_type [%d] pid [%d]\n", call_type, getpid());
+  SYSLOG(LOG_DEBUG, "DisconnectBackhaul call_type [%d] pid [%d]\n", *call_type, ::getpid());
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
-  const bool granted = client_->DisconnectBackHaul(call_type, &error);
+  const bool granted = client_->DisconnectBackHaul(*call_type, &error);
   if (!granted) {
     SYSLOG(LOG_ERR, "QCMAP_Client::DisconnectBackhaul error %d[0x%x]\n", error, error);
   }

@@ -4,6 +4,7 @@
 #include <arpa/inet.h>
 
 #include <mutex>
+#include <optional>
 
 #include <qcmap_client.h>
 
@@ -17,8 +18,17 @@ namespace qcmap {
 
 namespace {
 
+using mox::util::IPFamily;
+
+/// Nothing for a family that has no addresses of its own.
+std::optional<qcmap_msgr_ip_family_enum_v01> ToVendor(IPFamily family) {
+  if (family == IPFamily::IPV4) return QCMAP_MSGR_IP_FAMILY_V4_V01;
+  if (family == IPFamily::IPV6) return QCMAP_MSGR_IP_FAMILY_V6_V01;
+  return std::nullopt;
+}
+
 void FromVendorV4(const qcmap_nw_params_t& params, mox::wwan::DataManager::NetworkConfig& config) {
-  config.ip_family = mox::util::IPFamily::IPV4;
+  config.ip_family = IPFamily::IPV4;
   config.address_1 = ToDottedQuad(params.v4[0]);
   config.address_2 = ToDottedQuad(params.v4[1]);
   config.address_3 = ToDottedQuad(params.v4[2]);
@@ -26,7 +36,7 @@ void FromVendorV4(const qcmap_nw_params_t& params, mox::wwan::DataManager::Netwo
 
 /// A field whose address has no text keeps its old one.
 void FromVendorV6(const qcmap_nw_params_t& params, mox::wwan::DataManager::NetworkConfig& config) {
-  config.ip_family = mox::util::IPFamily::IPV6;
+  config.ip_family = IPFamily::IPV6;
   char text[INET6_ADDRSTRLEN] = {};
   if (::inet_ntop(AF_INET6, params.v6[0], text, sizeof(text)) != nullptr) config.address_1 = text;
   if (::inet_ntop(AF_INET6, params.v6[1], text, sizeof(text)) != nullptr) config.address_2 = text;
@@ -38,23 +48,23 @@ void FromVendorV6(const qcmap_nw_params_t& params, mox::wwan::DataManager::Netwo
 mox::Result QcmapWrapper::GetNetworkConfig(uint32_t index, mox::util::IPFamily family,
                                            mox::wwan::DataManager::NetworkConfig& config) {
   const std::lock_guard<Mutex> lock(op_mutex_);
-  config.ip_family = mox::util::IPFamily::NONE;
+  config.ip_family = IPFamily::NONE;
   if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return mox::Result::FAILURE;
 
-  const bool is_v6 = family == mox::util::IPFamily::IPV6;
-  if (!is_v6 && family != mox::util::IPFamily::IPV4) return mox::Result::FAILURE;
+  const auto vendor_family = ToVendor(family);
+  if (!vendor_family) return mox::Result::FAILURE;
 
-  qcmap_nw_params_t params = {};
+  // Value-initialised: braces would clear the union's first member only.
+  auto params = qcmap_nw_params_t();
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
-  if (!client_->GetNetworkConfiguration(
-          is_v6 ? QCMAP_MSGR_IP_FAMILY_V6_V01 : QCMAP_MSGR_IP_FAMILY_V4_V01, &params, &error)) {
+  if (!client_->GetNetworkConfiguration(*vendor_family, &params, &error)) {
     SYSLOG(LOG_ERR, "QCMAP_Client::GetNetworkConfiguration error %d[0x%x]\n", error, error);
     return error == QMI_ERR_NO_NETWORK_FOUND_V01 ? mox::Result::NO_NETWORK : mox::Result::FAILURE;
   }
-  if (is_v6) {
-    FromVendorV6(params, config);
-  } else {
+  if (family == IPFamily::IPV4) {
     FromVendorV4(params, config);
+  } else {
+    FromVendorV6(params, config);
   }
   return mox::Result::SUCCESS;
 }

@@ -12,6 +12,7 @@ namespace qcmap {
 
 // The texts differ in small ways that readers of the log search for: none is built from a pattern.
 // The reading operations hand the caller's own flag to the client, which writes 0 or 1 into it.
+static_assert(sizeof(bool) == sizeof(unsigned char), "");
 
 bool QcmapWrapper::SetAutoConnect(uint32_t index, bool enable) {
   if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
@@ -68,23 +69,23 @@ bool QcmapWrapper::EnableIpv4(uint32_t index) {
   return true;
 }
 
-bool QcmapWrapper::EnableIpv6(uint32_t index) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
-
-  qmi_error_type_v01 error = QMI_ERR_NONE_V01;
-  if (!client_->EnableIPV6(&error)) {
-    SYSLOG(LOG_ERR, "QCMAP_Client::EnableIPV6 error %d[0x%x]\n", error, error);
-    return false;
-  }
-  return true;
-}
-
 bool QcmapWrapper::DisableIpv4(uint32_t index) {
   if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->DisableIPV4(&error)) {
     SYSLOG(LOG_ERR, "QCMAP_Client::DisableIPV4 error %d[0x%x]\n", error, error);
+    return false;
+  }
+  return true;
+}
+
+bool QcmapWrapper::EnableIpv6(uint32_t index) {
+  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+
+  qmi_error_type_v01 error = QMI_ERR_NONE_V01;
+  if (!client_->EnableIPV6(&error)) {
+    SYSLOG(LOG_ERR, "QCMAP_Client::EnableIPV6 error %d[0x%x]\n", error, error);
     return false;
   }
   return true;

@@ -15,36 +15,42 @@ namespace qcmap {
 
 namespace {
 
+using mox::util::IPFamily;
+using mox::wwan::DataManager;
+using mox::wwan::Tech;
+
 constexpr int kMinProfile = 1;
 constexpr int kMaxProfile = 24;
+/// Handle of a policy that was read without its place in the list.
+constexpr profile_handle_type_v01 kNoHandle = UINT32_MAX;
 
-uint64_t ToVendor(mox::wwan::Tech tech) {
+uint64_t ToVendor(Tech tech) {
   switch (tech) {
-    case mox::wwan::Tech::TECH_3GPP2:
+    case Tech::TECH_3GPP2:
       return QCMAP_MSGR_TECH_PREF_3GPP2_V01;
-    case mox::wwan::Tech::TECH_3GPP:
+    case Tech::TECH_3GPP:
       return QCMAP_MSGR_TECH_PREF_3GPP_V01;
-    case mox::wwan::Tech::ANY:
+    case Tech::ANY:
       break;
   }
   return 0;
 }
 
-qcmap_msgr_ip_family_enum_v01 ToVendor(mox::util::IPFamily family) {
+qcmap_msgr_ip_family_enum_v01 ToVendor(IPFamily family) {
   switch (family) {
-    case mox::util::IPFamily::IPV6:
+    case IPFamily::IPV6:
       return QCMAP_MSGR_IP_FAMILY_V6_V01;
-    case mox::util::IPFamily::IPV4V6:
+    case IPFamily::IPV4V6:
       return QCMAP_MSGR_IP_FAMILY_V4V6_V01;
-    case mox::util::IPFamily::NONE:
-    case mox::util::IPFamily::IPV4:
+    case IPFamily::NONE:
+    case IPFamily::IPV4:
       break;
   }
   return QCMAP_MSGR_IP_FAMILY_V4_V01;
 }
 
-qcmap_msgr_net_policy_info_v01 ToVendor(mox::wwan::Tech tech, mox::util::IPFamily family,
-                                        uint8_t v4_number, uint8_t v6_number) {
+qcmap_msgr_net_policy_info_v01 ToVendor(Tech tech, IPFamily family, uint8_t v4_number,
+                                        uint8_t v6_number) {
   qcmap_msgr_net_policy_info_v01 record = {};
   record.tech_pref = ToVendor(tech);
   record.ip_family = ToVendor(family);
@@ -53,9 +59,9 @@ qcmap_msgr_net_policy_info_v01 ToVendor(mox::wwan::Tech tech, mox::util::IPFamil
   return record;
 }
 
-mox::wwan::DataManager::WwanPolicy FromVendor(const qcmap_msgr_net_policy_info_v01& record,
-                                              profile_handle_type_v01 handle) {
-  mox::wwan::DataManager::WwanPolicy policy;
+DataManager::WwanPolicy FromVendor(const qcmap_msgr_net_policy_info_v01& record,
+                                   profile_handle_type_v01 handle) {
+  DataManager::WwanPolicy policy;
   policy.profile_v4 = record.v4_profile_id[1];
   policy.profile_v6 = record.v6_profile_id[1];
   policy.tech = QcmapWrapper::ConvertToTech(record.tech_pref);
@@ -91,11 +97,11 @@ bool QcmapWrapper::SetWwanPolicy(uint32_t index, mox::wwan::Tech tech, mox::util
   // Whatever the family: a profile_2 that is not even sent can make the difference.
   const auto update = UpdateRequest(profile_1 != v4_number, profile_2 != v6_number);
 
-  if (family == mox::util::IPFamily::IPV4 || family == mox::util::IPFamily::IPV4V6) {
+  if (family == IPFamily::IPV4 || family == IPFamily::IPV4V6) {
     v4_number = profile_1;
   }
-  if (family == mox::util::IPFamily::IPV6) v6_number = profile_1;
-  if (family == mox::util::IPFamily::IPV4V6) v6_number = profile_2;
+  if (family == IPFamily::IPV6) v6_number = profile_1;
+  if (family == IPFamily::IPV4V6) v6_number = profile_2;
 
   for (const int number : {v4_number, v6_number}) {
     if (number < kMinProfile || number > kMaxProfile) {
@@ -113,10 +119,13 @@ bool QcmapWrapper::SetWwanPolicy(uint32_t index, mox::wwan::Tech tech, mox::util
     return true;
   }
 
-  const bool granted = index == 0 ? client_->SetWWANPolicy(record, &error)
-                                  : client_->UpdateWWANPolicy(update, record, &error) &&
-                                        client_->UpdateWWANPolicy(
-                                            QCMAP_MSGR_UPDATE_PROFILE_POLICY_V01, record, &error);
+  bool granted = false;
+  if (index == 0) {
+    granted = client_->SetWWANPolicy(record, &error);
+  } else {
+    granted = client_->UpdateWWANPolicy(update, record, &error) &&
+              client_->UpdateWWANPolicy(QCMAP_MSGR_UPDATE_PROFILE_POLICY_V01, record, &error);
+  }
   if (!granted) {
     SYSLOG(LOG_ERR, "QCMAP_Client::SetWWANPolicy error %d[0x%x]\n", error, error);
     return false;
@@ -157,7 +166,7 @@ bool QcmapWrapper::GetWwanPolicy(uint32_t index, mox::wwan::DataManager::WwanPol
     SYSLOG(LOG_ERR, "QCMAP_Client::GetWWANPolicy error %d[%x]\n", error, error);
     return false;
   }
-  policy = FromVendor(record, UINT32_MAX);
+  policy = FromVendor(record, kNoHandle);
   return true;
 }
 
@@ -182,21 +191,21 @@ bool QcmapWrapper::GetWwanPolicies(std::vector<mox::wwan::DataManager::WwanPolic
 }
 
 mox::wwan::Tech QcmapWrapper::ConvertToTech(unsigned long long tech_preference) {
-  if ((tech_preference & QCMAP_MSGR_TECH_PREF_3GPP_V01) != 0) return mox::wwan::Tech::TECH_3GPP;
-  if ((tech_preference & QCMAP_MSGR_TECH_PREF_3GPP2_V01) != 0) return mox::wwan::Tech::TECH_3GPP2;
-  return mox::wwan::Tech::ANY;
+  if ((tech_preference & QCMAP_MSGR_TECH_PREF_3GPP_V01) != 0) return Tech::TECH_3GPP;
+  if ((tech_preference & QCMAP_MSGR_TECH_PREF_3GPP2_V01) != 0) return Tech::TECH_3GPP2;
+  return Tech::ANY;
 }
 
 mox::util::IPFamily QcmapWrapper::ConvertToIPFamily(qcmap_msgr_ip_family_enum_v01 family) {
   switch (family) {
     case QCMAP_MSGR_IP_FAMILY_V4_V01:
-      return mox::util::IPFamily::IPV4;
+      return IPFamily::IPV4;
     case QCMAP_MSGR_IP_FAMILY_V6_V01:
-      return mox::util::IPFamily::IPV6;
+      return IPFamily::IPV6;
     case QCMAP_MSGR_IP_FAMILY_V4V6_V01:
-      return mox::util::IPFamily::IPV4V6;
+      return IPFamily::IPV4V6;
     default:
-      return mox::util::IPFamily::NONE;
+      return IPFamily::NONE;
   }
 }
 

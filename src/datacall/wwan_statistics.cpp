@@ -1,6 +1,8 @@
 /// Traffic counters of a profile's data call.
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 
+#include <optional>
+
 #include <qcmap_client.h>
 
 #include "core/log.h"
@@ -12,19 +14,21 @@ namespace qcmap {
 
 namespace {
 
-/// The vendor's family, or 0 for a family that has no counters.
-qcmap_msgr_ip_family_enum_v01 ToVendor(mox::util::IPFamily family) {
+using mox::util::IPFamily;
+
+/// Nothing for a family that has no counters.
+std::optional<qcmap_msgr_ip_family_enum_v01> ToVendor(IPFamily family) {
   switch (family) {
-    case mox::util::IPFamily::IPV4:
+    case IPFamily::IPV4:
       return QCMAP_MSGR_IP_FAMILY_V4_V01;
-    case mox::util::IPFamily::IPV6:
+    case IPFamily::IPV6:
       return QCMAP_MSGR_IP_FAMILY_V6_V01;
-    case mox::util::IPFamily::IPV4V6:
+    case IPFamily::IPV4V6:
       return QCMAP_MSGR_IP_FAMILY_V4V6_V01;
-    case mox::util::IPFamily::NONE:
+    case IPFamily::NONE:
       break;
   }
-  return {};
+  return std::nullopt;
 }
 
 }  // namespace
@@ -32,7 +36,7 @@ qcmap_msgr_ip_family_enum_v01 ToVendor(mox::util::IPFamily family) {
 mox::Result QcmapWrapper::GetWWANStatistics(uint32_t index, mox::util::IPFamily family,
                                             WWANStatics& statistics) {
   const auto vendor_family = ToVendor(family);
-  if (vendor_family == 0) {
+  if (!vendor_family) {
     SYSLOG(LOG_ERR, "QCMAP_Client::GetWWANStatistics invalid ip family %d",
            static_cast<int>(family));
     return mox::Result::INVALID_ARGUMENT;
@@ -41,7 +45,7 @@ mox::Result QcmapWrapper::GetWWANStatistics(uint32_t index, mox::util::IPFamily 
 
   qcmap_msgr_wwan_statistics_type_v01 record = {};
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
-  if (!client_->GetWWANStatistics(vendor_family, &record, &error)) {
+  if (!client_->GetWWANStatistics(*vendor_family, &record, &error)) {
     SYSLOG(LOG_ERR, "QCMAP_Client::GetWWANStatistics error %d", error);
     return mox::Result::FAILURE;
   }
@@ -54,7 +58,7 @@ mox::Result QcmapWrapper::GetWWANStatistics(uint32_t index, mox::util::IPFamily 
 
 mox::Result QcmapWrapper::ResetWWANStatistics(uint32_t index, mox::util::IPFamily family) {
   const auto vendor_family = ToVendor(family);
-  if (vendor_family == 0) {
+  if (!vendor_family) {
     SYSLOG(LOG_ERR, "QCMAP_Client::ResetWWANStatistics invalid ip family %d",
            static_cast<int>(family));
     return mox::Result::INVALID_ARGUMENT;
@@ -62,7 +66,7 @@ mox::Result QcmapWrapper::ResetWWANStatistics(uint32_t index, mox::util::IPFamil
   if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return mox::Result::FAILURE;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
-  if (!client_->ResetWWANStatistics(vendor_family, &error)) {
+  if (!client_->ResetWWANStatistics(*vendor_family, &error)) {
     SYSLOG(LOG_ERR, "QCMAP_Client::ResetWWANStatistics error %d", error);
     return mox::Result::FAILURE;
   }

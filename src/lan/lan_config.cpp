@@ -1,8 +1,6 @@
 /// The LAN: gateway address, netmask and DHCP.
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 
-#include <arpa/inet.h>
-
 #include <mox/util/network_manager.h>
 #include <qcmap_client.h>
 
@@ -17,11 +15,6 @@ namespace qcmap {
 namespace {
 
 using mox::util::NetworkManager;
-
-/// The address in host byte order; all ones for a text that is none.
-uint32_t ToVendor(const std::string& address) {
-  return ntohl(::inet_addr(address.c_str()));
-}
 
 }  // namespace
 
@@ -72,12 +65,14 @@ bool QcmapWrapper::SetLanConfig(std::string gw_ip, std::string netmask, bool ena
       SYSLOG(LOG_ERR, "check dhcp end ip [%s]\n", dhcp_end_ip.c_str());
       return false;
     }
-    const bool is_range_good =
-        dhcp_start_ip.empty() || dhcp_end_ip.empty()
-            ? NetworkManager::GetIpv4DhcpRange(gw_ip, netmask, dhcp_start_ip, dhcp_end_ip)
-            : NetworkManager::CheckIpv4DhcpRangeValidation(gw_ip, netmask, dhcp_start_ip,
-                                                           dhcp_end_ip);
-    if (!is_range_good) return false;
+    if (dhcp_start_ip.empty() || dhcp_end_ip.empty()) {
+      if (!NetworkManager::GetIpv4DhcpRange(gw_ip, netmask, dhcp_start_ip, dhcp_end_ip)) {
+        return false;
+      }
+    } else if (!NetworkManager::CheckIpv4DhcpRangeValidation(gw_ip, netmask, dhcp_start_ip,
+                                                             dhcp_end_ip)) {
+      return false;
+    }
   }
 
   // The record that is sent begins as the server's own: what its later versions may add stays.
@@ -86,11 +81,11 @@ bool QcmapWrapper::SetLanConfig(std::string gw_ip, std::string netmask, bool ena
   if (!client_->GetLANConfig(&record, &error)) {
     SYSLOG(LOG_WARNING, "QCMAP_Client::GetLanConfig error %d[0x%x] : Just warning\n", error, error);
   }
-  record.gw_ip = ToVendor(gw_ip);
-  record.netmask = ToVendor(netmask);
+  record.gw_ip = FromDottedQuad(gw_ip);
+  record.netmask = FromDottedQuad(netmask);
   record.enable_dhcp = enable_dhcp ? 1 : 0;
-  record.dhcp_start_ip = ToVendor(dhcp_start_ip);
-  record.dhcp_end_ip = ToVendor(dhcp_end_ip);
+  record.dhcp_start_ip = FromDottedQuad(dhcp_start_ip);
+  record.dhcp_end_ip = FromDottedQuad(dhcp_end_ip);
   record.lease_time = lease_time;
   SYSLOG(LOG_DEBUG, "gw_ip %x netmask %x enable_dhcp %d dhcp_start_ip %x dhcp_end_ip %x\n",
          record.gw_ip, record.netmask, record.enable_dhcp, record.dhcp_start_ip,

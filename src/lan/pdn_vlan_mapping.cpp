@@ -6,6 +6,7 @@
 #include <qcmap_client.h>
 
 #include "core/log.h"
+#include "core/policy_list.h"
 
 namespace mox {
 namespace vendor {
@@ -17,17 +18,10 @@ namespace {
 constexpr int32_t kMaxMappings = QCMAP_MSGR_MAX_MAPPINGS_V01;
 constexpr int32_t kNoIndex = -1;
 
-/// The number of policies that may be read. The count is taken as signed, whether or not the list
-/// is marked as present: a negative one means none.
-int32_t ReadablePolicies(const qcmap_msgr_wwan_policy_list_resp_msg_v01& list) {
-  return std::clamp(static_cast<int32_t>(list.policy_list_len), 0,
-                    static_cast<int32_t>(QCMAP_MSGR_MAX_WWAN_POLICY_V01));
-}
-
 /// The place of the first policy with that handle, or kNoIndex.
 int32_t IndexOf(profile_handle_type_v01 handle,
                 const qcmap_msgr_wwan_policy_list_resp_msg_v01& list) {
-  const int32_t count = ReadablePolicies(list);
+  const int32_t count = ReadableSignedCount(list);
   for (int32_t index = 0; index < count; ++index) {
     if (list.policy_list[index].profile_handle == handle) return index;
   }
@@ -65,7 +59,7 @@ bool QcmapWrapper::SetPdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig& v
     SYSLOG(LOG_ERR, "QCMAP_Client::GetWWANPolicyList error %d[0x%x]\n", error, error);
     return false;
   }
-  if (vlan.profile_index >= ReadablePolicies(list)) return false;
+  if (vlan.profile_index >= ReadableSignedCount(list)) return false;
 
   if (!client_->AddPDNToVLANMapping(static_cast<int16_t>(vlan.vlan_id),
                                     list.policy_list[vlan.profile_index].profile_handle, &error)) {
@@ -78,7 +72,6 @@ bool QcmapWrapper::SetPdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig& v
 bool QcmapWrapper::DeletePdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig& vlan) {
   if (!ConnectToQcmapIfNeeded()) return false;
 
-  qcmap_msgr_wwan_policy_list_resp_msg_v01 list = {};
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   int32_t index = vlan.profile_index;
   if (index < 0) {
@@ -87,21 +80,22 @@ bool QcmapWrapper::DeletePdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig
       SYSLOG(LOG_ERR, "QCMAP_Client::GetPDNtoVLANMappings error %d[0x%x]\n", error, error);
       return false;
     }
-    if (!client_->GetWWANPolicyList(&list, &error)) {
+    qcmap_msgr_wwan_policy_list_resp_msg_v01 present = {};
+    if (!client_->GetWWANPolicyList(&present, &error)) {
       SYSLOG(LOG_ERR, "QCMAP_Client::GetWWANPolicyList error %d[0x%x]\n", error, error);
       return false;
     }
-    index = IndexOfVlan(vlan.vlan_id, mappings, list);
+    index = IndexOfVlan(vlan.vlan_id, mappings, present);
     if (index == kNoIndex) return false;
   }
 
   // Read afresh also when the profile has just been looked up: the latest list counts.
-  list = {};
+  qcmap_msgr_wwan_policy_list_resp_msg_v01 list = {};
   if (!client_->GetWWANPolicyList(&list, &error)) {
     SYSLOG(LOG_ERR, "QCMAP_Client::GetWWANPolicyList error %d[0x%x]\n", error, error);
     return false;
   }
-  if (index >= ReadablePolicies(list)) return false;
+  if (index >= ReadableSignedCount(list)) return false;
 
   if (!client_->DeletePDNToVLANMapping(static_cast<int16_t>(vlan.vlan_id),
                                        list.policy_list[index].profile_handle, &error)) {

@@ -26,7 +26,7 @@ struct TetheringInterface {
 constexpr TetheringInterface kTetheringInterfaces[] = {{1, "rndis0"}, {2, "ecm0"}, {3, "eth0"}};
 
 /// Writes the name of the interface into `record`; false for a mode that has none.
-bool ToVendor(int32_t tethering_mode, qcmap_msgr_vlan_config_v01& record) {
+[[nodiscard]] bool ToVendor(int32_t tethering_mode, qcmap_msgr_vlan_config_v01& record) {
   for (const auto& interface : kTetheringInterfaces) {
     if (interface.mode != tethering_mode) continue;
     std::memcpy(record.iface_name, interface.name, sizeof(record.iface_name));
@@ -36,15 +36,13 @@ bool ToVendor(int32_t tethering_mode, qcmap_msgr_vlan_config_v01& record) {
 }
 
 mox::wwan::MobileapManager::VlanConfig FromVendor(const qcmap_msgr_vlan_config_v01& record) {
-  mox::wwan::MobileapManager::VlanConfig vlan;
-  vlan.tethering_mode = 0;
+  mox::wwan::MobileapManager::VlanConfig vlan;  // of no known interface and no profile
   for (const auto& interface : kTetheringInterfaces) {
     if (std::strncmp(record.iface_name, interface.name, sizeof(record.iface_name)) == 0) {
       vlan.tethering_mode = interface.mode;
     }
   }
   vlan.vlan_id = record.vlan_id;
-  vlan.profile_index = -1;
   return vlan;
 }
 
