@@ -9,6 +9,7 @@ namespace wwan {
 enum class Tech : int32_t {
   TECH_3GPP2 = 1,
   TECH_3GPP = 2,
+  /// No preference.
   ANY = 7,
 };
 

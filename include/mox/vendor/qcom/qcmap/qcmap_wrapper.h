@@ -79,13 +79,14 @@ class MVQ_QCMAP_HIDDEN EventQueue {
 /// server, the Mobile AP is not connected, or a failure that is tolerated. LOG_DEBUG: traces. Each
 /// line begins with the operation's full signature and the source line. A success leaves a line
 /// above LOG_DEBUG only where the operation says so. Out-values keep what they held when an
-/// operation fails, unless it says otherwise. Nothing is thrown but std::bad_alloc.
+/// operation fails, unless it says otherwise. Nothing is thrown but std::bad_alloc, after which
+/// out-values may be partly written.
 ///
-/// Connection. Every operation first makes sure of the server: without a connection it makes one
-/// attempt, and fails after the lines of ConnectToQcmapIfNeeded when that does. Once connected,
-/// the object counts as connected for as long as it lives. When the server goes away, requests
-/// fail from then on, and the program must be restarted to reach a new server, which would not
-/// know the profile that this object believes selected.
+/// Connection. Every operation that sends a request first makes sure of the server: without a
+/// connection it makes one attempt, and fails after the lines of ConnectToQcmapIfNeeded when that
+/// does. Once connected, the object counts as connected for as long as it lives. When the server
+/// goes away, requests fail from then on, and the program must be restarted to reach a new server,
+/// which would not know the profile that this object believes selected.
 ///
 /// Profiles. Operations with an `index` act on the data profile at that place (from 0, at most 49)
 /// of the server's policy list. They select it first with ChangeWwanProfile and fail after its
@@ -97,8 +98,9 @@ class MVQ_QCMAP_HIDDEN EventQueue {
 /// connection, the remembered profile and the instance pointer are not locked; they are free of
 /// data races all the same. While one thread attempts to connect, operations on others fail at
 /// once, as if not connected, and silent. GetWwanPolicies and GetNetworkConfig wait for each
-/// other; they must not be called from a subscriber's callback, which already runs under the mutex
-/// of the subscribers (see subscription.h), since no thread may ever hold both mutexes.
+/// other, an attempt included; they must not be called from a subscriber's callback, which already
+/// runs under the mutex of the subscribers (see subscription.h), since no thread may ever hold both
+/// mutexes.
 class MVQ_QCMAP_EXPORT QcmapWrapper {
  public:
   /// The one instance; null until the first GetInstance has returned.
@@ -145,16 +147,19 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
 
   /// Changes the policy of a profile. The modem profile numbers sent are, by `family`: IPV4:
   /// `profile_1` for IPv4; IPV6: `profile_1` for IPv6; IPV4V6: `profile_1` for IPv4 and `profile_2`
-  /// for IPv6. The other family keeps its number. Both numbers sent must be 1 to 24 (LOG_ERR
-  /// otherwise, nothing is sent). When `profile_1` is the server's IPv4 number and `profile_2` its
-  /// IPv6 number, whatever the family, nothing is sent and the result is true: `tech` and `family`
-  /// alone cannot be changed. Profiles but the first take two requests; after a refusal of the
-  /// second the first stays in effect.
+  /// for IPv6. The other family keeps the server's number; with NONE, which is sent as IPV4, both
+  /// do. Both numbers, the one kept included, must be 1 to 24, also when nothing would be sent
+  /// (LOG_ERR otherwise, nothing is sent). When `profile_1` is the server's IPv4 number and
+  /// `profile_2` its IPv6 number, whatever the family, nothing is sent and the result is true:
+  /// `tech` and `family` alone cannot be changed. Any `tech` but TECH_3GPP and TECH_3GPP2 is sent
+  /// as no preference. Profiles but the first take two requests; after a refusal of the second the
+  /// first stays in effect.
   bool SetWwanPolicy(uint32_t index, mox::wwan::Tech tech, mox::util::IPFamily family,
                      int profile_1, int profile_2);
 
-  /// Adds a policy at the end of the list: `profile_1` is its IPv4 number, `profile_2` its IPv6
-  /// number, both sent as they are. Selects no profile.
+  /// Adds a policy: `profile_1` is its IPv4 number, `profile_2` its IPv6 number, both sent as they
+  /// are; `tech` and `family` as for SetWwanPolicy. GetWwanPolicies tells where it stands. Selects
+  /// no profile.
   bool CreateWwanPolicy(mox::wwan::Tech tech, mox::util::IPFamily family, uint8_t profile_1,
                         uint8_t profile_2);
 
@@ -169,26 +174,31 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// empty after a failure. Selects no profile. Not from a subscriber's callback (two mutexes).
   bool GetWwanPolicies(std::vector<mox::wwan::DataManager::WwanPolicy>& policies);
 
-  /// The technology that a server's preference mask stands for: bit 0 TECH_3GPP, else bit 1
-  /// TECH_3GPP2, else ANY. Needs no server.
+  /// The technology that a server's preference mask stands for: bit 0 TECH_3GPP (whatever the other
+  /// bits, so that setting what was read drops them), else bit 1 TECH_3GPP2, else ANY. Asks no
+  /// server.
   static mox::wwan::Tech ConvertToTech(unsigned long long tech_preference);
 
-  /// The family that the server's number stands for: 4, 6 or 10; NONE for any other.
+  /// The family that the server's number stands for: 4 IPV4, 6 IPV6, 10 IPV4V6, any other NONE.
+  /// Asks no server.
   static mox::util::IPFamily ConvertToIPFamily(qcmap_msgr_ip_family_enum_v01 family);
 
-  // Per-profile switches (profile_switch.cpp).
+  // Per-profile switches (profile_switch.cpp). A flag that is read is written by the client itself,
+  // which leaves it alone when the request fails.
 
-  /// Whether the server brings the profile's call up by itself.
+  /// Switches whether the server brings the profile's call up by itself.
   bool SetAutoConnect(uint32_t index, bool enable);
   bool GetAutoConnect(uint32_t index, bool& enabled);
-  /// Whether the profile's call may be made while roaming.
+  /// Switches whether the profile's call may be made while roaming.
   bool SetRoaming(uint32_t index, bool enable);
   bool GetRoaming(uint32_t index, bool& enabled);
-  /// Whether the profile's call may carry the family.
+  /// Switch whether the profile's call may carry IPv4.
   bool EnableIpv4(uint32_t index);
   bool DisableIpv4(uint32_t index);
+  /// Switch whether the profile's call may carry IPv6.
   bool EnableIpv6(uint32_t index);
   bool DisableIpv6(uint32_t index);
+  /// Read whether it may.
   bool GetIpv4State(uint32_t index, bool& enabled);
   bool GetIpv6State(uint32_t index, bool& enabled);
 
@@ -224,7 +234,8 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   };
 
   /// Reads the counters of one family of a profile's call, or of both together (IPV4V6).
-  /// INVALID_ARGUMENT for any other family, before the server is looked for.
+  /// INVALID_ARGUMENT (LOG_ERR) for any other family, before the server is looked for and the
+  /// profile selected.
   mox::Result GetWWANStatistics(uint32_t index, mox::util::IPFamily family,
                                 WWANStatics& statistics);
 
@@ -242,15 +253,16 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   // LAN (lan_config.cpp); addresses and the netmask are IPv4 in dotted-quad form.
 
   /// Reads the LAN's gateway address, netmask, DHCP switch, range and lease time (the server's
-  /// unit, unchanged).
+  /// number, unchanged; one above 2^31 - 1 comes back negative).
   bool GetLanConfig(std::string& gw_ip, std::string& netmask, bool& enable_dhcp,
                     std::string& dhcp_start_ip, std::string& dhcp_end_ip, int& lease_time);
 
-  /// Sets them. With DHCP on, an empty start or end has both derived from gateway and netmask. With
-  /// DHCP off the range is not checked, and a text that is no address is sent as 255.255.255.255.
-  /// A refused address is logged (LOG_ERR); a range that does not fit the subnet, or a subnet
-  /// without room for one, is refused silent. That the present configuration could not be read is
-  /// only logged (LOG_WARNING). Takes effect with ActivateLan.
+  /// Sets them. Gateway and netmask are checked always. With DHCP on, a start or end that is given
+  /// is checked, and when either is empty both are derived from gateway and netmask. With DHCP off
+  /// the range is not checked, and a text that is no address is sent as 255.255.255.255. A refused
+  /// address is logged (LOG_ERR); a range that does not fit the subnet, or a subnet without room
+  /// for one, is refused silent. That the present configuration could not be read is only logged
+  /// (LOG_WARNING). Takes effect with ActivateLan.
   bool SetLanConfig(std::string gw_ip, std::string netmask, bool enable_dhcp,
                     std::string dhcp_start_ip, std::string dhcp_end_ip, uint32_t lease_time);
 
@@ -259,12 +271,15 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
 
   // VLANs (vlan_config.cpp).
 
-  /// Adds VLAN `vlan_id` (2 to 4094) on the interface of `tethering_mode` (1 to 3); LOG_ERR for
-  /// others. Neither this nor DeleteVlanConfig looks at `profile_index` or changes the record.
+  /// Adds VLAN `vlan_id` (2 to 4094) on the interface of `tethering_mode` (1 rndis0, 2 ecm0, 3
+  /// eth0); LOG_ERR for others. Neither this nor DeleteVlanConfig looks at `profile_index` or
+  /// changes the record.
   bool SetVlanConfig(mox::wwan::MobileapManager::VlanConfig& vlan);
+  /// Deletes that VLAN from that interface. Limits and lines as for adding it.
   bool DeleteVlanConfig(mox::wwan::MobileapManager::VlanConfig& vlan);
 
-  /// Appends the server's VLANs, at most 2000, each with `profile_index` -1. Returns true, with
+  /// Appends the server's VLANs, at most 2000, each with `profile_index` -1, and with
+  /// `tethering_mode` 0 when it is on another interface. Returns true, with
   /// nothing appended, also when the request fails without an error code (LOG_ERR).
   bool GetVlanConfigs(std::vector<mox::wwan::MobileapManager::VlanConfig>& vlans);
 
@@ -275,17 +290,21 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   bool SetPdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig& vlan);
 
   /// Removes one mapping: of VLAN `vlan_id` to the profile `profile_index`, or, when that is
-  /// negative, the first of that VLAN to a profile that exists. Silent when there is none.
+  /// negative, the first of that VLAN to a profile that exists. Silent when `profile_index` names
+  /// no profile, or when there is no such first; a mapping that the server does not have is a
+  /// refusal (LOG_ERR).
   bool DeletePdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig& vlan);
 
-  /// Appends the server's mappings, at most 50.
+  /// Appends the server's mappings, at most 50, each with the index of its profile, or -1 when no
+  /// policy has the mapping's handle any more. Selects no profile.
   bool GetPdnToVlanMapping(std::vector<mox::wwan::MobileapManager::VlanMapping>& mappings);
 
   // IP passthrough (ip_passthrough.cpp).
 
-  /// Hands the WWAN address through to the USB host `host_device_name` (at most 100 bytes, LOG_ERR
-  /// beyond; a MAC address is refused too, LOG_ERR), or no longer does, when `config` is not looked
-  /// at. Silent for a `device_type` other than USB_HOST. Does not change `config`.
+  /// With `enable`, hands the WWAN address through to the USB host `host_device_name` (at most 100
+  /// bytes, LOG_ERR beyond; a MAC address is refused too, LOG_ERR; it ends at a zero byte). Refuses
+  /// silent a `device_type` other than USB_HOST. Without `enable`, ends it, and does not look at
+  /// `config`. Never changes `config`.
   bool SetIpPassthrough(bool enable, mox::wwan::MobileapManager::IpPassthroughConfig& config);
 
   /// Reads it back. While disabled, `device_type` and `host_device_name` are written only when a
