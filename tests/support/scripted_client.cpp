@@ -54,6 +54,13 @@ const char* Cleared(const Record* record, size_t count = 1) {
   return cleared ? "cleared" : "not cleared";
 }
 
+/// The name of a request, and whether its record was not zeroed.
+template <typename Record>
+std::string Reading(const char* request, const Record* record) {
+  const Untracked untracked;
+  return std::string(request) + (Cleared(record)[0] == 'c' ? "" : " (not cleared)");
+}
+
 template <typename... Arguments>
 void NoteUtility(const Arguments&... arguments) {
   const Untracked untracked;
@@ -164,9 +171,9 @@ QCMAP_Client::~QCMAP_Client() {
     return granted && Fill(granted, enabled, current->flag);                      \
   }
 
-#define READING(request, type, answer)                                  \
-  bool QCMAP_Client::request(type* record, qmi_error_type_v01* error) { \
-    return Fill(Ask(error, #request), record, current->answer);         \
+#define READING(request, type, answer)                                           \
+  bool QCMAP_Client::request(type* record, qmi_error_type_v01* error) {          \
+    return Fill(Ask(error, Reading(#request, record)), record, current->answer); \
   }
 
 SENDING_NOTHING(EnableMobileAP)
@@ -226,7 +233,8 @@ bool QCMAP_Client::GetWWANStatus(qcmap_msgr_wwan_status_enum_v01* v4_status,
 bool QCMAP_Client::GetWWANStatistics(qcmap_msgr_ip_family_enum_v01 family,
                                      qcmap_msgr_wwan_statistics_type_v01* statistics,
                                      qmi_error_type_v01* error) {
-  return Fill(Ask(error, "GetWWANStatistics", family), statistics, current->statistics);
+  return Fill(Ask(error, Reading("GetWWANStatistics", statistics), family), statistics,
+              current->statistics);
 }
 
 bool QCMAP_Client::ResetWWANStatistics(qcmap_msgr_ip_family_enum_v01 family,
@@ -236,7 +244,8 @@ bool QCMAP_Client::ResetWWANStatistics(qcmap_msgr_ip_family_enum_v01 family,
 
 bool QCMAP_Client::GetNetworkConfiguration(qcmap_msgr_ip_family_enum_v01 family,
                                            qcmap_nw_params_t* params, qmi_error_type_v01* error) {
-  return Fill(Ask(error, "GetNetworkConfiguration", family), params, current->addresses);
+  return Fill(Ask(error, Reading("GetNetworkConfiguration", params), family), params,
+              current->addresses);
 }
 
 bool QCMAP_Client::SetLANConfig(qcmap_msgr_lan_config_v01 config, qmi_error_type_v01* error) {
@@ -277,7 +286,7 @@ bool QCMAP_Client::SetIPPassthroughConfig(qcmap_msgr_ip_passthrough_mode_enum_v0
 bool QCMAP_Client::GetIPPassthroughConfig(qcmap_msgr_ip_passthrough_mode_enum_v01* mode,
                                           qcmap_msgr_ip_passthrough_config_v01* config,
                                           qmi_error_type_v01* error) {
-  const bool granted = Ask(error, "GetIPPassthroughConfig");
+  const bool granted = Ask(error, Reading("GetIPPassthroughConfig", config));
   Fill(granted, mode,
        static_cast<qcmap_msgr_ip_passthrough_mode_enum_v01>(current->passthrough_mode));
   return Fill(granted, config, current->passthrough);

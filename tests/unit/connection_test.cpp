@@ -49,6 +49,22 @@ TEST(Connection, AttemptsUntilOneSucceeds) {
   }
 }
 
+TEST(Connection, ComesBeforeTheArguments) {
+  MobileapManager::VlanConfig vlan = {9, 1, -1};
+  MobileapManager::IpPassthroughConfig host;
+  const std::function<bool(QcmapWrapper&)> operations[] = {
+      [&](QcmapWrapper& wrapper) { return wrapper.SetPdnToVlanMapping(vlan); },
+      [&](QcmapWrapper& wrapper) { return wrapper.SetVlanConfig(vlan); },
+      [&](QcmapWrapper& wrapper) { return wrapper.DeleteVlanConfig(vlan); },
+      [&](QcmapWrapper& wrapper) { return wrapper.SetIpPassthrough(true, host); }};
+  for (const auto& operation : operations) {
+    Session session(-1);
+    EXPECT_FALSE(operation(session.wrapper));
+    EXPECT_EQ(TakeLog().back(), Line(4, kStep, "QCMAP server is not alive"));
+    EXPECT_EQ(session.script.utility_calls.size(), 1u) << "probes";
+  }
+}
+
 TEST(Connection, AttemptThatThrowsLeavesNoClient) {
   for (const char* const request : {"EnableMobileAP", "GetMobileAPStatus"}) {
     Session session(-1);

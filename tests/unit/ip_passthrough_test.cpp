@@ -10,12 +10,13 @@ using DeviceType = MobileapManager::DeviceType;
 const std::string kParameter = "mox::wwan::MobileapManager::IpPassthroughConfig&)";
 
 TEST(IpPassthrough, ChecksTypeThenFormThenLength) {
-  const std::string longest(100, 'n'), too_long(101, 'n');
+  const std::string longest(100, 'n'), too_long = std::string("n\0", 2) + std::string(99, 'n');
   const std::string length = "host_device_name length should be equal or less than 100\n";
   const std::string form = "USB host needs host name information instead of mac address";
   // Enable, type, whether the name is a MAC, the name, what is sent, what is logged.
   const std::tuple<bool, int, bool, std::string, std::string, std::string> rows[] = {
       {true, 1, false, "", "1 1 3 cleared ", ""},
+      {true, 1, false, too_long.substr(0, 9), "1 1 3 cleared n", ""},
       {true, 1, false, longest, "1 1 3 cleared " + longest, ""},
       {true, 1, false, too_long, "", length},
       {true, 1, true, too_long, "", form},

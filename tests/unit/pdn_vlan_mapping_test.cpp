@@ -16,6 +16,7 @@ TEST(PdnVlanMapping, SendsTheHandleOfAProfileThatExists) {
   for (const auto& [id, index, count, sent] : rows) {
     Session session;
     session.script.policy_list.policy_list_len = count;
+    session.script.policy_list.policy_list_valid = 0;  // not looked at here
     MobileapManager::VlanConfig vlan = {0, id, index};
     EXPECT_EQ(session.wrapper.SetPdnToVlanMapping(vlan), !sent.empty());
     EXPECT_EQ(session.wrapper.DeletePdnToVlanMapping(vlan), !sent.empty());
@@ -81,12 +82,13 @@ TEST(PdnVlanMapping, ListsEachMappingWithItsIndex) {
     session.script.mapping_count = count;
     session.script.mappings.assign(50, {99, 7});
     session.script.mappings[0] = {33, -2};
+    session.script.policy_list.policy_list[1].profile_handle = 33;  // the first one counts
     std::vector<MobileapManager::VlanMapping> mappings(1);
     EXPECT_TRUE(session.wrapper.GetPdnToVlanMapping(mappings));
     EXPECT_TRUE(session.wrapper.GetPdnToVlanMapping(mappings));
     ASSERT_EQ(mappings.size(), 1 + 2 * read) << count << " reported";
     for (size_t i = 1; i <= read; ++i) {
-      EXPECT_EQ(Join(mappings[i].vlan_id, mappings[i].profile_index), i == 1 ? "-2 2" : "7 -1");
+      EXPECT_EQ(Join(mappings[i].vlan_id, mappings[i].profile_index), i == 1 ? "-2 1" : "7 -1");
     }
   }
 }

@@ -37,7 +37,13 @@ TEST(WwanPolicy, SendsTheNumbersOfTheFamily) {
       requests.push_back("UpdateWWANPolicy 3" + sent.substr(1));
     }
     EXPECT_EQ(session.Sent(), requests);
-    EXPECT_EQ(TakeLog().back() == Line(7, kSet, "\n"), sent.empty()) << sent;
+    const int update = (profile_1 != 5 ? 2 : 0) + (profile_2 != 7 ? 4 : 0);
+    const Lines log = TakeLog();
+    EXPECT_EQ(log.at(1), Line(7, kSet,
+                              Join("index", index, "ip_family", family, "update_req",
+                                   update == 0 ? -2147483647 : update) +
+                                  "\n"));
+    EXPECT_EQ(log.back() == Line(7, kSet, "\n"), sent.empty()) << sent;
   }
 }
 
