@@ -1,0 +1,63 @@
+/// What the utility library takes for an address, a range and a MAC address.
+#include <gtest/gtest.h>
+#include <mox/util/network_manager.h>
+
+#include <string>
+
+namespace {
+
+using mox::util::NetworkManager;
+
+TEST(Address, IsAStrictDottedQuad) {
+  for (const char* good : {"0.0.0.0", "192.168.10.1", "255.255.255.255"})
+    EXPECT_TRUE(NetworkManager::IsValidAddress(good, false)) << good;
+  for (const std::string bad : {"", "1", "1.2.3", "1.2.3.4.5", "1.2.3.256", "01.2.3.4", " 1.2.3.4",
+                                "1.2.3.4 ", "0x1.2.3.4", "1.2.3.-4", "1..3.4", "::1"})
+    EXPECT_FALSE(NetworkManager::IsValidAddress(bad, false)) << bad;
+  EXPECT_FALSE(NetworkManager::IsValidAddress(std::string("1.2.3.4\0x", 9), false));
+}
+
+TEST(Address, OfTheDhcpRangeIsInsideTheSubnetAndNotTheGateways) {
+  struct Row {
+    const char *gateway, *netmask, *start, *end;  // no start: no room
+  };
+  const Row rows[] = {
+      {"10.0.0.1", "255.255.255.0", "10.0.0.2", "10.0.0.254"},
+      {"10.0.0.254", "255.255.255.0", "10.0.0.1", "10.0.0.253"},
+      {"10.0.0.200", "255.255.255.0", "10.0.0.1", "10.0.0.199"},
+      {"10.0.0.1", "255.255.255.252", "10.0.0.2", "10.0.0.2"},
+      {"10.0.0.1", "255.255.255.254", nullptr, nullptr},
+      {"10.0.0.0", "255.255.255.0", nullptr, nullptr},
+      {"10.0.0.255", "255.255.255.0", nullptr, nullptr},
+      {"10.0.0.1", "255.0.255.0", nullptr, nullptr},
+      {"10.0.0.1", "0.0.0.0", nullptr, nullptr},
+  };
+  for (const Row& row : rows) {
+    std::string start = "kept", end = "kept";
+    const bool has_room = row.start != nullptr;
+    EXPECT_EQ(NetworkManager::GetIpv4DhcpRange(row.gateway, row.netmask, start, end), has_room)
+        << row.gateway << " " << row.netmask;
+    EXPECT_EQ(start + " " + end, has_room ? std::string(row.start) + " " + row.end : "kept kept");
+    EXPECT_EQ(NetworkManager::CheckIpv4DhcpRangeValidation(row.gateway, row.netmask, start, end),
+              has_room);
+  }
+  const auto fits = [](const char* start, const char* end) {
+    return NetworkManager::CheckIpv4DhcpRangeValidation("10.0.0.9", "255.255.255.0", start, end);
+  };
+  EXPECT_TRUE(fits("10.0.0.1", "10.0.0.8"));
+  EXPECT_FALSE(fits("10.0.0.1", "10.0.0.9")) << "the gateway at the end";
+  EXPECT_FALSE(fits("10.0.0.8", "10.0.0.1")) << "out of order";
+  EXPECT_FALSE(fits("10.0.0.0", "10.0.0.8")) << "the network's address";
+  EXPECT_FALSE(fits("10.0.0.10", "10.0.0.255")) << "the broadcast address";
+  EXPECT_FALSE(fits("10.0.1.10", "10.0.1.20")) << "another subnet";
+}
+
+TEST(Address, OfAMacHasSixPairsWithOneSeparator) {
+  for (const char* good : {"00:11:22:aa:BB:ff", "00-11-22-aa-BB-ff"})
+    EXPECT_TRUE(NetworkManager::CheckIpv4MacValidation(good)) << good;
+  for (const char* bad : {"", "host", "00:11:22:aa:bb", "00:11:22:aa:bb:cg", "00:11:22-aa:bb:cc",
+                          "001122aabbcc", "00.11.22.aa.bb.cc", "00:11:22:aa:bb:cc "})
+    EXPECT_FALSE(NetworkManager::CheckIpv4MacValidation(bad)) << bad;
+}
+
+}  // namespace
