@@ -86,9 +86,10 @@ TEST(Tool, ShowsTheWholePictureWithTheProfileThatIsHalfUp) {
 TEST(Tool, WatchesFromThePresentStateOnWithHandleAndIndex) {
   const Outcome outcome = ShellWithServer(
       "--profiles 2 --call-time 10",
-      "{ qcmapctl wait 1 -4 --state up; qcmapctl -q policy delete 0; qcmapctl -q call down 0 -4;} "
-      ">/dev/null & (while [ -z \"$(cat $QCMAP_SOCKET.ready 2>/dev/null)\" ]; do :; done; "
-      "qcmapctl -q call up 1 -4) & qcmapctl -J watch --count 2 | tee $QCMAP_SOCKET.ready");
+      "seen=$QCMAP_SOCKET.seen; :>$seen; once() { until grep -q \"$1\" $seen; do :; done; }\n"
+      "{ once '102.*ipv6'; qcmapctl -q call up 1 -4; once wwan_connected; "
+      "qcmapctl -q policy delete 0; qcmapctl -q call down 0 -4; } &\n"
+      "qcmapctl -J watch --count 2 | tee $seen; wait");
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(
       outcome.out,
