@@ -5,10 +5,19 @@
 
 #include <chrono>
 #include <string>
+#include <thread>
 #include <vector>
 
 /// How long a test waits for what must happen.
 constexpr std::chrono::seconds kPatience{10};
+
+/// Whether `condition` comes true.
+template <typename Condition>
+bool Eventually(Condition condition) {
+  const auto deadline = std::chrono::steady_clock::now() + kPatience;
+  while (!condition() && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
+  return condition();
+}
 
 class Process {
  public:

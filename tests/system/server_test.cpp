@@ -102,55 +102,45 @@ TEST_F(Server, RefusesWhatAModemRefuses) {
   const auto lan = [](uint32_t mask, uint32_t start, uint32_t end) {
     return qcmap_msgr_lan_config_v01{0x0A000001, mask, 1, start, end, 60};
   };
-  struct Row {
-    const char* before;
-    const char* what;
-    std::function<bool(qmi_error_type_v01*)> send;
-    int error;
+  qmi_error_type_v01 e{};
+  const auto expect = [&e](bool granted, int error, int line = __builtin_LINE()) {
+    EXPECT_EQ(granted, error == 0) << "line " << line;
+    EXPECT_EQ(e, error) << "line " << line;
   };
-#define ROW(before, call, error)                                             \
-  {                                                                          \
-    before, #call, [&](qmi_error_type_v01* e) { return client.call; }, error \
-  }
-  const Row rows[] = {
-      ROW("", SetWWANProfileHandlePreference(100, e), 9),
-      ROW("", SetWWANProfileHandlePreference(149, e), 0),
-      ROW("", CreateWWANPolicy(policy(4, 25, 0), e), 48),
-      ROW("", CreateWWANPolicy(policy(4, 24, 0), e), 0),
-      ROW("", CreateWWANPolicy(policy(6, 0, 1), e), 51),
-      ROW("network off", ConnectBackHaul(kCall4, e), 13),
-      ROW("network on\nroaming on", ConnectBackHaul(kCall4, e), 14),
-      ROW("", SetRoaming(2, e), 48),
-      ROW("", SetRoaming(1, e), 0),
-      ROW("", DisableIPV6(e), 0),
-      ROW("", ConnectBackHaul(kCall6, e), 14),
-      ROW("", ConnectBackHaul(kCall4, e), 0),
-      ROW("", ConnectBackHaul(kCall4, e), 26),
-      ROW("", DeleteWWANPolicy(e), 90),
-      ROW("", DisconnectBackHaul(kCall6, e), 90),
-      ROW("", DisconnectBackHaul(kCall4, e), 0),
-      ROW("", DisconnectBackHaul(kCall4, e), 26),
-      ROW("", SetWWANProfileHandlePreference(150, e), 0),
-      ROW("roaming off", ConnectBackHaul(kCall6, e), 14),
-      ROW("", DeleteWWANPolicy(e), 0),
-      ROW("", GetWWANPolicy(kOut, e), 9),
-      ROW("", DeleteVLANConfig({"eth0", 7, {}}, e), 48),
-      ROW("", SetVLANConfig({"eth0", 4095, {}}, e, kOut), 48),
-      ROW("", SetVLANConfig({"eth0", 7, {}}, e, kOut), 0),
-      ROW("", AddPDNToVLANMapping(7, 150, e), 9),
-      ROW("", AddPDNToVLANMapping(7, 101, e), 0),
-      ROW("", AddPDNToVLANMapping(7, 102, e), 90),
-      ROW("", DeletePDNToVLANMapping(7, 102, e), 48),
-      ROW("", SetLANConfig(lan(0xFFFFFF00, 0x0A000002, 0x0A0000FE), e), 0),
-      ROW("", SetLANConfig(lan(0xFFFFFF00, 0x0A000001, 0x0A0000FE), e), 48),
-      ROW("", SetLANConfig(lan(0xFF00FF00, 0x0A000002, 0x0A0000FE), e), 48),
-  };
-  for (const Row& row : rows) {
-    Console(row.before);
-    qmi_error_type_v01 error = QMI_ERR_INTERNAL_V01;
-    EXPECT_EQ(row.send(&error), row.error == 0) << row.what;
-    EXPECT_EQ(error, row.error) << row.what;
-  }
+  expect(client.SetWWANProfileHandlePreference(100, &e), 9);
+  expect(client.SetWWANProfileHandlePreference(149, &e), 0);
+  expect(client.CreateWWANPolicy(policy(4, 25, 0), &e), 48);
+  expect(client.CreateWWANPolicy(policy(4, 24, 0), &e), 0);
+  expect(client.CreateWWANPolicy(policy(6, 0, 1), &e), 51);
+  Console("network off");
+  expect(client.ConnectBackHaul(kCall4, &e), 13);
+  Console("network on\nroaming on");
+  expect(client.ConnectBackHaul(kCall4, &e), 14);
+  expect(client.SetRoaming(2, &e), 48);
+  expect(client.SetRoaming(1, &e), 0);
+  expect(client.DisableIPV6(&e), 0);
+  expect(client.ConnectBackHaul(kCall6, &e), 14);
+  expect(client.ConnectBackHaul(kCall4, &e), 0);
+  expect(client.ConnectBackHaul(kCall4, &e), 26);
+  expect(client.DeleteWWANPolicy(&e), 90);
+  expect(client.DisconnectBackHaul(kCall6, &e), 90);
+  expect(client.DisconnectBackHaul(kCall4, &e), 0);
+  expect(client.DisconnectBackHaul(kCall4, &e), 26);
+  expect(client.SetWWANProfileHandlePreference(150, &e), 0);
+  Console("roaming off");
+  expect(client.ConnectBackHaul(kCall6, &e), 14);
+  expect(client.DeleteWWANPolicy(&e), 0);
+  expect(client.GetWWANPolicy(kOut, &e), 9);
+  expect(client.DeleteVLANConfig({"eth0", 7, {}}, &e), 48);
+  expect(client.SetVLANConfig({"eth0", 4095, {}}, &e, kOut), 48);
+  expect(client.SetVLANConfig({"eth0", 7, {}}, &e, kOut), 0);
+  expect(client.AddPDNToVLANMapping(7, 150, &e), 9);
+  expect(client.AddPDNToVLANMapping(7, 101, &e), 0);
+  expect(client.AddPDNToVLANMapping(7, 102, &e), 90);
+  expect(client.DeletePDNToVLANMapping(7, 102, &e), 48);
+  expect(client.SetLANConfig(lan(0xFFFFFF00, 0x0A000002, 0x0A0000FE), &e), 0);
+  expect(client.SetLANConfig(lan(0xFFFFFF00, 0x0A000001, 0x0A0000FE), &e), 48);
+  expect(client.SetLANConfig(lan(0xFF00FF00, 0x0A000002, 0x0A0000FE), &e), 48);
 }
 
 }  // namespace
