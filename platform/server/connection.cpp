@@ -82,17 +82,15 @@ bool Connection::Open(const Header& header, size_t size) {
   uint32_t handle;
   if (header.id != message::OpenSession::kId || size != sizeof header + sizeof handle) return false;
   std::memcpy(&handle, received_.data() + sizeof header, sizeof handle);
-  if (handle == 0) {
-    session_ = std::make_shared<Session>(Session{hub_.NewHandle()});
-  } else {
-    for (const Connection* other : hub_.connections_) {
-      if (other == this || !other->session_ || other->session_->handle != handle) continue;
-      if (session_ != nullptr) return false;  // it has both already
-      session_ = other->session_;
-    }
-    if (session_ == nullptr) return false;
-    gets_indications_ = true;
+  std::shared_ptr<Session> joined;
+  for (const Connection* other : hub_.connections_) {
+    if (handle == 0 || !other->session_ || other->session_->handle != handle) continue;
+    if (joined != nullptr) return false;  // it has both its connections already
+    joined = other->session_;
   }
+  if (handle != 0 && joined == nullptr) return false;
+  gets_indications_ = joined != nullptr;
+  session_ = joined != nullptr ? joined : std::make_shared<Session>(Session{hub_.NewHandle()});
   timer_.cancel();
   Send(MakeDatagram(
       header.id, header.transaction, QMI_ERR_NONE_V01,

@@ -132,12 +132,16 @@ TEST_F(Fault, MalformedRequestsHarmNobodyElse) {
     return std::distance(begin(all), end(all));
   };
   const auto before = descriptors();
-  ForEachMutant(open, [&](const std::string& mutant) {
+  const auto send_alone = [&](const std::string& bytes) {
     const int fd = RawSocket(path_, false);
-    Send(fd, mutant);
+    Send(fd, bytes);
     Receive(fd);
     ::close(fd);
-  });
+  };
+  std::string into_honest = open;
+  into_honest.replace(sizeof(sim::Header), 4, reinterpret_cast<char*>(&honest.mobile_ap_handle), 4);
+  send_alone(into_honest);
+  ForEachMutant(into_honest, send_alone);
   int fd = -1;
   ForEachMutant(connect, [&](const std::string& mutant) {
     if (fd < 0) {
