@@ -22,8 +22,10 @@ Connection::Connection(Hub& hub, Hub::Protocol::socket socket)
 Connection::~Connection() {
   hub_.connections_.erase(this);
   if (session_ == nullptr) return;
+  asio::error_code ignored;
   for (Connection* other : hub_.connections_)
-    if (other->session_ == session_) other->Close();
+    if (other->session_ == session_)
+      other->socket_.shutdown(asio::socket_base::shutdown_both, ignored);
 }
 
 void Connection::Start() {

@@ -13,7 +13,7 @@ namespace {
 using Words = std::vector<std::string>;
 
 constexpr size_t kMaxLineBytes = 4096;
-constexpr uint64_t kMaxSleepMs = 24 * 3600 * 1000;
+constexpr uint64_t kMaxSleepMs = uint64_t{24} * 3600 * 1000;
 const char* const kNoProfile = "there is no such profile";
 const char* const kUsage = "usage: ";
 

@@ -15,7 +15,7 @@
 namespace {
 
 constexpr int kUsageError = 2;
-constexpr int64_t kMaxMs = 3600 * 1000;
+constexpr int64_t kMaxMs = int64_t{3600} * 1000;
 constexpr int64_t kMaxTraffic = int64_t{1} << 40;
 
 struct Options {
@@ -84,9 +84,7 @@ void Serve(const Options& options, asio::io_context& io, sim::Requests& requests
   hub.Close();
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int Run(int argc, char** argv) {
   Options options;
   CLI::App app("Simulated Mobile AP server", "QCMAP_ConnectionManager");
   Declare(app, options);
@@ -96,7 +94,6 @@ int main(int argc, char** argv) {
     return app.exit(error) == 0 ? 0 : kUsageError;
   }
 
-  ::signal(SIGPIPE, SIG_IGN);  // a reader of standard output that has gone must not end the server
   asio::io_context io(1);
   sim::Hub hub(io, sim::Milliseconds(options.latency_ms));
   sim::Model model{sim::Modem(io, Settings(options),
@@ -111,11 +108,18 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "--fail: %s\n", wrong.c_str());
     return kUsageError;
   }
+  Serve(options, io, requests, hub, model);
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  ::signal(SIGPIPE, SIG_IGN);  // a reader of standard output that has gone must not end the server
   try {
-    Serve(options, io, requests, hub, model);
+    return Run(argc, argv);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "QCMAP_ConnectionManager: %s\n", error.what());
     return 1;
   }
-  return 0;
 }
