@@ -77,8 +77,12 @@ TEST_F(Story, NetworkThatComesAndGoesIsFollowedByTheCalls) {
 }
 
 TEST_F(Story, VlansAreMappedToTheirProfilesAndPassthroughToItsHost) {
-  Start({"--call-time", "1"});
+  Start({"--call-time", "1", "--console"});
   QcmapWrapper& wrapper = *QcmapWrapper::GetInstance();
+  Events events(wrapper);
+  EXPECT_EQ(wrapper.ConnectBackhaul(0, IPFamily::IPV4), kSuccess);
+  EXPECT_EQ(wrapper.ConnectBackhaul(2, IPFamily::IPV4), kSuccess);
+  EXPECT_EQ(events.WaitFor(4).size(), 4u);
   MobileapManager::VlanConfig vlans[] = {{3, 100, 0}, {3, 4094, 2}};
   for (auto& vlan : vlans) {
     EXPECT_FALSE(wrapper.SetPdnToVlanMapping(vlan)) << "no such VLAN yet";
@@ -91,6 +95,8 @@ TEST_F(Story, VlansAreMappedToTheirProfilesAndPassthroughToItsHost) {
   std::vector<MobileapManager::VlanMapping> mappings;
   ASSERT_TRUE(wrapper.GetPdnToVlanMapping(mappings));
   ASSERT_EQ(mappings.size(), 2u);
+  Console("drop 2 4");
+  EXPECT_EQ(events.WaitFor(5).back(), "205 profile 103 ipv4");
   EXPECT_EQ(mappings[1].vlan_id, 4094);
   EXPECT_EQ(mappings[1].profile_index, 2);
   vlans[1].profile_index = -1;
@@ -108,7 +114,7 @@ TEST_F(Story, VlansAreMappedToTheirProfilesAndPassthroughToItsHost) {
   EXPECT_TRUE(wrapper.GetIpPassthrough(enabled, read));
   EXPECT_TRUE(enabled);
   EXPECT_EQ(read.host_device_name, host.host_device_name);
-  EXPECT_EQ(read.pt_state, 1);
+  EXPECT_EQ(read.pt_state, 2) << "handed through, while profile 0 has a call";
 }
 
 TEST_F(Story, ThreadsAndCallbacksWorkAtTheSameTime) {
