@@ -25,7 +25,7 @@ std::chrono::milliseconds LimitFromEnvironment() {
   const char* const text = std::getenv("QCMAP_TIMEOUT_MS");
   char* end = nullptr;
   const long limit_ms = text == nullptr ? 0 : std::strtol(text, &end, 10);
-  const bool usable = limit_ms > 0 && limit_ms <= 3600 * 1000 && *end == '\0';
+  const bool usable = limit_ms > 0 && limit_ms <= 3600L * 1000 && *end == '\0';
   return std::chrono::milliseconds(usable ? limit_ms : kDefaultLimitMs);
 }
 
