@@ -123,10 +123,16 @@ class Server {
     drain_ = std::thread([this] { PassOutputOn(); });
   }
   ~Server() {
-    kill(pid_, SIGTERM);
+    // A stopped server could not end; one that is ending must not be disturbed.
     kill(pid_, SIGCONT);
-    int status = 0;
-    waitpid(pid_, &status, 0);
+    kill(pid_, SIGTERM);
+    sigset_t child;
+    sigemptyset(&child);
+    sigaddset(&child, SIGCHLD);
+    const timespec patience{5, 0};
+    while (waitpid(pid_, nullptr, WNOHANG) == 0) {
+      if (sigtimedwait(&child, nullptr, &patience) < 0 && errno == EAGAIN) kill(pid_, SIGKILL);
+    }
     drain_.join();
     close(output_);
   }
