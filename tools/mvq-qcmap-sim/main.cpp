@@ -80,6 +80,7 @@ class PrivateFolder {
 
 std::vector<char*> ToArguments(const std::vector<std::string>& words) {
   std::vector<char*> arguments;
+  arguments.reserve(words.size() + 1);
   for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);
   return arguments;
