@@ -43,6 +43,7 @@ void Keep(int priority, const char* format, va_list arguments) {
   entries.push_back(entry);
 }
 
+/// Whether the call it came from stands at the entry's number.
 bool Holds(const std::vector<std::string>& source, const Entry& entry) {
   std::string literal = entry.format.substr(7);
   if (!literal.empty() && literal.back() == '\n') literal.replace(literal.size() - 1, 1, "\\n");
@@ -53,19 +54,13 @@ bool Holds(const std::vector<std::string>& source, const Entry& entry) {
          (at(entry.number - 1) + at(entry.number)).find('"' + literal + '"') != std::string::npos;
 }
 
-/// Whether a source that defines the function named by the entry holds the call it came from.
 bool IsWhereItSays(const Entry& entry) {
-  const std::string before = entry.signature.substr(0, entry.signature.find('('));
-  const std::string name = before.substr(before.rfind(':') + 1) + "(";
   for (const auto& file : std::filesystem::recursive_directory_iterator(MVQ_QCMAP_SOURCE_DIR)) {
     if (file.path().extension() != ".cpp") continue;
     std::ifstream stream(file.path());
     std::vector<std::string> source;
-    bool defines = false;
-    for (std::string line; std::getline(stream, line); source.push_back(line)) {
-      defines |= !line.empty() && line[0] != ' ' && line.find(name) != std::string::npos;
-    }
-    if (defines && Holds(source, entry)) return true;
+    for (std::string line; std::getline(stream, line);) source.push_back(line);
+    if (Holds(source, entry)) return true;
   }
   return false;
 }
@@ -98,18 +93,17 @@ std::vector<std::string> TakeLog() {
   return lines;
 }
 
-extern "C" __attribute__((format(printf, 2, 3))) void syslog(int priority, const char* format,
-                                                             ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  Keep(priority, format, arguments);
-  va_end(arguments);
+#define KEEP_LINE(priority, format)  \
+  va_list arguments;                 \
+  va_start(arguments, format);       \
+  Keep(priority, format, arguments); \
+  va_end(arguments)
+
+extern "C" void syslog(int priority, const char* format, ...) {
+  KEEP_LINE(priority, format);
 }
 
-extern "C" __attribute__((format(printf, 3, 4))) void __syslog_chk(int priority, int,
-                                                                   const char* format, ...) {
-  va_list arguments;
-  va_start(arguments, format);
-  Keep(priority, format, arguments);
-  va_end(arguments);
+// What a fortified build calls instead.
+extern "C" void __syslog_chk(int priority, int, const char* format, ...) {
+  KEEP_LINE(priority, format);
 }

@@ -9,6 +9,5 @@
 std::string Line(int priority, const std::string& signature, const std::string& text);
 
 /// What all threads have logged since the last call. Fails the test when a line does not begin as
-/// every line must, or when its number is not that of the SYSLOG( with its text, as one literal, in
-/// the source of the function it names.
+/// every line must, or when its number is not that of a SYSLOG( with its text as one literal.
 std::vector<std::string> TakeLog();

@@ -30,19 +30,24 @@ std::string Field(const char (&field)[kSize]) {
   return std::string(field, end) + (end == field + kSize ? " (no end)" : clean ? "" : " (stale)");
 }
 
+int Shown(unsigned char number) {
+  return number;
+}
+template <typename Value>
+const Value& Shown(const Value& value) {
+  return value;
+}
+
 template <typename... Arguments>
 bool Ask(qmi_error_type_v01* error, const Arguments&... arguments) {
   const Untracked untracked;
-  return current->Ask(Join(arguments...), error);
+  return current->Ask(Join(Shown(arguments)...), error);
 }
 
 template <typename Record>
 bool Fill(bool granted, Record* record, const Record& answer) {
-  if (granted) {
-    *record = answer;
-  } else {
-    std::memset(record, 0xA5, sizeof *record);
-  }
+  std::memset(record, 0xA5, sizeof *record);
+  if (granted) *record = answer;
   return granted;
 }
 
@@ -85,14 +90,9 @@ Script::~Script() {
   current = nullptr;
 }
 
-void Script::Refuse(const std::string& request, int error) {
+void Script::Settle(const std::string& request, bool granted, int error) {
   const std::lock_guard<std::mutex> lock(mutex_);
-  outcomes_[request] = {false, error};
-}
-
-void Script::Grant(const std::string& request, int error) {
-  const std::lock_guard<std::mutex> lock(mutex_);
-  outcomes_[request] = {true, error};
+  outcomes_[request] = {granted, error};
 }
 
 std::vector<std::string> Script::TakeRequests() {
@@ -107,13 +107,17 @@ bool Script::Ask(const std::string& request, qmi_error_type_v01* error) {
     const bool fresh = *error == QMI_ERR_NONE_V01;
     requests_.push_back(request + (fresh ? "" : " (error " + std::to_string(*error) + ")"));
   }
-  const auto hook = before.find(name);
-  if (hook != before.end()) hook->second();
+  RunBefore(name);
   const std::lock_guard<std::mutex> lock(mutex_);
   const auto outcome = outcomes_.find(name);
   if (outcome == outcomes_.end()) return true;
-  *error = static_cast<qmi_error_type_v01>(outcome->second.error);
-  return outcome->second.granted;
+  *error = static_cast<qmi_error_type_v01>(outcome->second.second);
+  return outcome->second.first;
+}
+
+void Script::RunBefore(const std::string& request) {
+  const auto hook = before.find(request);
+  if (hook != before.end()) hook->second();
 }
 
 bool Script::Deliver(uint32_t id, void* bytes, uint32_t length) {
@@ -123,8 +127,7 @@ bool Script::Deliver(uint32_t id, void* bytes, uint32_t length) {
   return true;
 }
 
-void Script::Connect(void (*callback)(qmi_client_struct*, unsigned int, void*, unsigned int,
-                                      void*)) {
+void Script::Connect(Callback* callback) {
   const std::lock_guard<std::mutex> lock(indication_mutex_);
   callback_ = callback;
   ++clients_made;
@@ -137,9 +140,7 @@ void Script::Disconnect() {
   --live_clients;
 }
 
-QCMAP_Client::QCMAP_Client(void (*callback)(qmi_client_struct*, unsigned int, void*, unsigned int,
-                                            void*))
-    : mobile_ap_handle(77), state_(nullptr) {
+QCMAP_Client::QCMAP_Client(Callback* callback) : mobile_ap_handle(77), state_(nullptr) {
   current->Connect(callback);
   static_cast<void>(state_);
 }
@@ -157,7 +158,7 @@ QCMAP_Client::~QCMAP_Client() {
 
 #define SENDING(request, type)                                        \
   bool QCMAP_Client::request(type value, qmi_error_type_v01* error) { \
-    return Ask(error, #request, +value);                              \
+    return Ask(error, #request, value);                               \
   }
 
 #define SENDING_A_MAPPING(request)                                                            \
@@ -165,15 +166,21 @@ QCMAP_Client::~QCMAP_Client() {
     return Ask(error, #request, vlan_id, handle);                                             \
   }
 
-#define READING_A_FLAG(request)                                                   \
-  bool QCMAP_Client::request(unsigned char* enabled, qmi_error_type_v01* error) { \
-    const bool granted = Ask(error, #request);                                    \
-    return granted && Fill(granted, enabled, current->flag);                      \
+#define READING_A_FLAG(request, answer)                                        \
+  bool QCMAP_Client::request(unsigned char* flag, qmi_error_type_v01* error) { \
+    const bool granted = Ask(error, #request);                                 \
+    return granted && Fill(granted, flag, current->answer);                    \
   }
 
 #define READING(request, type, answer)                                           \
   bool QCMAP_Client::request(type* record, qmi_error_type_v01* error) {          \
     return Fill(Ask(error, Reading(#request, record)), record, current->answer); \
+  }
+
+#define READING_OF_A_FAMILY(request, type, answer)                                       \
+  bool QCMAP_Client::request(qcmap_msgr_ip_family_enum_v01 family, type* record,         \
+                             qmi_error_type_v01* error) {                                \
+    return Fill(Ask(error, Reading(#request, record), family), record, current->answer); \
   }
 
 SENDING_NOTHING(EnableMobileAP)
@@ -183,37 +190,28 @@ SENDING_NOTHING(DisableIPV4)
 SENDING_NOTHING(EnableIPV6)
 SENDING_NOTHING(DisableIPV6)
 SENDING_NOTHING(ActivateLAN)
+SENDING(SetWWANProfileHandlePreference, unsigned int)
+SENDING(SetWWANPolicy, qcmap_msgr_net_policy_info_v01)
+SENDING(CreateWWANPolicy, qcmap_msgr_net_policy_info_v01)
+SENDING(ResetWWANStatistics, qcmap_msgr_ip_family_enum_v01)
 SENDING(SetAutoconnect, unsigned char)
 SENDING(SetRoaming, unsigned char)
 SENDING(ConnectBackHaul, qcmap_msgr_wwan_call_type_v01)
 SENDING(DisconnectBackHaul, qcmap_msgr_wwan_call_type_v01)
 SENDING_A_MAPPING(AddPDNToVLANMapping)
 SENDING_A_MAPPING(DeletePDNToVLANMapping)
-READING_A_FLAG(GetAutoconnect)
-READING_A_FLAG(GetRoaming)
-READING_A_FLAG(GetIPv4State)
-READING_A_FLAG(GetIPv6State)
+READING_A_FLAG(GetAutoconnect, flag)
+READING_A_FLAG(GetRoaming, flag)
+READING_A_FLAG(GetIPv4State, flag)
+READING_A_FLAG(GetIPv6State, flag)
+READING_A_FLAG(GetIPPassthroughState, passthrough_state)
+READING(GetWWANPolicy, qcmap_msgr_net_policy_info_v01, policy)
+READING(GetVLANConfig, qcmap_msgr_vlan_conf_t, vlans)
+READING_OF_A_FAMILY(GetWWANStatistics, qcmap_msgr_wwan_statistics_type_v01, statistics)
+READING_OF_A_FAMILY(GetNetworkConfiguration, qcmap_nw_params_t, addresses)
 READING(GetMobileAPStatus, qcmap_msgr_mobile_ap_status_enum_v01, ap_status)
 READING(GetWWANPolicyList, qcmap_msgr_wwan_policy_list_resp_msg_v01, policy_list)
 READING(GetLANConfig, qcmap_msgr_lan_config_v01, lan)
-
-bool QCMAP_Client::SetWWANProfileHandlePreference(unsigned int handle, qmi_error_type_v01* error) {
-  return Ask(error, "SetWWANProfileHandlePreference", handle);
-}
-
-bool QCMAP_Client::GetWWANPolicy(qcmap_msgr_net_policy_info_v01* policy,
-                                 qmi_error_type_v01* error) {
-  return Fill(Ask(error, "GetWWANPolicy", Cleared(policy)), policy, current->policy);
-}
-
-bool QCMAP_Client::SetWWANPolicy(qcmap_msgr_net_policy_info_v01 policy, qmi_error_type_v01* error) {
-  return Ask(error, "SetWWANPolicy", policy);
-}
-
-bool QCMAP_Client::CreateWWANPolicy(qcmap_msgr_net_policy_info_v01 policy,
-                                    qmi_error_type_v01* error) {
-  return Ask(error, "CreateWWANPolicy", policy);
-}
 
 bool QCMAP_Client::UpdateWWANPolicy(qcmap_msgr_update_profile_enum_v01 update,
                                     qcmap_msgr_net_policy_info_v01 policy,
@@ -230,24 +228,6 @@ bool QCMAP_Client::GetWWANStatus(qcmap_msgr_wwan_status_enum_v01* v4_status,
               static_cast<qcmap_msgr_wwan_status_enum_v01>(current->wwan_status[1]));
 }
 
-bool QCMAP_Client::GetWWANStatistics(qcmap_msgr_ip_family_enum_v01 family,
-                                     qcmap_msgr_wwan_statistics_type_v01* statistics,
-                                     qmi_error_type_v01* error) {
-  return Fill(Ask(error, Reading("GetWWANStatistics", statistics), family), statistics,
-              current->statistics);
-}
-
-bool QCMAP_Client::ResetWWANStatistics(qcmap_msgr_ip_family_enum_v01 family,
-                                       qmi_error_type_v01* error) {
-  return Ask(error, "ResetWWANStatistics", family);
-}
-
-bool QCMAP_Client::GetNetworkConfiguration(qcmap_msgr_ip_family_enum_v01 family,
-                                           qcmap_nw_params_t* params, qmi_error_type_v01* error) {
-  return Fill(Ask(error, Reading("GetNetworkConfiguration", params), family), params,
-              current->addresses);
-}
-
 bool QCMAP_Client::SetLANConfig(qcmap_msgr_lan_config_v01 config, qmi_error_type_v01* error) {
   char text[80];
   snprintf(text, sizeof text, "%x %x %d %x %x %u", config.gw_ip, config.netmask, config.enable_dhcp,
@@ -262,10 +242,6 @@ bool QCMAP_Client::SetVLANConfig(qcmap_msgr_vlan_config_v01 config, qmi_error_ty
 
 bool QCMAP_Client::DeleteVLANConfig(qcmap_msgr_vlan_config_v01 config, qmi_error_type_v01* error) {
   return Ask(error, "DeleteVLANConfig", Field(config.iface_name), config.vlan_id);
-}
-
-bool QCMAP_Client::GetVLANConfig(qcmap_msgr_vlan_conf_t* list, qmi_error_type_v01* error) {
-  return Fill(Ask(error, "GetVLANConfig", Cleared(list)), list, current->vlans);
 }
 
 bool QCMAP_Client::GetPDNtoVLANMappings(qcmap_msgr_pdn_to_vlan_mapping_v01* mappings, int* count,
@@ -292,11 +268,6 @@ bool QCMAP_Client::GetIPPassthroughConfig(qcmap_msgr_ip_passthrough_mode_enum_v0
   return Fill(granted, config, current->passthrough);
 }
 
-bool QCMAP_Client::GetIPPassthroughState(unsigned char* state, qmi_error_type_v01* error) {
-  const bool granted = Ask(error, "GetIPPassthroughState");
-  return granted && Fill(granted, state, current->passthrough_state);
-}
-
 extern "C" int qmi_client_message_decode(qmi_client_type, int message_type, unsigned int message_id,
                                          const void* bytes, unsigned int length, void* record,
                                          unsigned int record_size) {
@@ -314,8 +285,7 @@ namespace util {
 
 int ProcessControl::GetPidByProcessName(std::string name, int limit) {
   NoteUtility("GetPidByProcessName", name, limit);
-  const auto hook = current->before.find("GetPidByProcessName");
-  if (hook != current->before.end()) hook->second();
+  current->RunBefore("GetPidByProcessName");
   return current->pid;
 }
 

@@ -16,6 +16,8 @@
 /// What a refused request leaves as its error: the log shows 59[0x3b].
 constexpr int kError = 59;
 
+using Callback = void(qmi_client_struct*, unsigned int, void*, unsigned int, void*);
+
 /// The values with a blank between each two.
 template <typename... Values>
 std::string Join(const Values&... values) {
@@ -37,8 +39,8 @@ class Script {
   Script(const Script&) = delete;
   Script& operator=(const Script&) = delete;
 
-  void Refuse(const std::string& request, int error = kError);
-  void Grant(const std::string& request, int error = 0);
+  void Refuse(const std::string& request, int error = kError) { Settle(request, false, error); }
+  void Grant(const std::string& request, int error = 0) { Settle(request, true, error); }
 
   /// The requests since the last call, in order: name, then what was sent. Says so when an error
   /// value or a record that must be cleared was not.
@@ -87,21 +89,19 @@ class Script {
 
   /// For the client class: notes a request and tells whether it is granted.
   bool Ask(const std::string& request, qmi_error_type_v01* error);
-  void Connect(void (*callback)(qmi_client_struct*, unsigned int, void*, unsigned int, void*));
+  void RunBefore(const std::string& request);
+  void Connect(Callback* callback);
   void Disconnect();
 
  private:
-  struct Outcome {
-    bool granted;
-    int error;
-  };
-
+  void Settle(const std::string& request, bool granted, int error);
   bool Deliver(uint32_t id, void* bytes, uint32_t length);
 
   std::mutex mutex_;
   std::vector<std::string> requests_;
-  std::map<std::string, Outcome> outcomes_;
+  /// Whether it is granted, and its error.
+  std::map<std::string, std::pair<bool, int>> outcomes_;
   /// Held while an indication is under way.
   std::mutex indication_mutex_;
-  void (*callback_)(qmi_client_struct*, unsigned int, void*, unsigned int, void*) = nullptr;
+  Callback* callback_ = nullptr;
 };

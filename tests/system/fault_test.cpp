@@ -114,9 +114,12 @@ TEST_F(Fault, HangingServerCostsNoMoreThanTheLimitAndIsUsableAfterwards) {
 
 TEST_F(Fault, ProcessOfTheServersNameIsNoServer) {
   const Process sleeper("/bin/sleep", {"/somewhere/QCMAP_ConnectionManager", "60"});
-  const auto start = steady_clock::now();
   QcmapWrapper& wrapper = *QcmapWrapper::GetInstance();
+  // A program that has just been started has no command line yet.
+  const auto deadline = steady_clock::now() + kPatience;
+  while (!wrapper.IsQcmapAlive() && steady_clock::now() < deadline) std::this_thread::yield();
   EXPECT_TRUE(wrapper.IsQcmapAlive());
+  const auto start = steady_clock::now();
   EXPECT_FALSE(wrapper.ActivateLan());
   EXPECT_LE(Since(start), milliseconds(300));
 }

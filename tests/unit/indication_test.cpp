@@ -1,6 +1,4 @@
 /// Indications: text and event of each, and those that are dropped.
-#include <new>
-
 #include "session.h"
 
 namespace {
@@ -122,24 +120,6 @@ TEST(Indication, MayArriveDuringTheFirstAttempt) {
   TakeLog();
   const QcmapWrapper wrapper;
   EXPECT_EQ(TakeLog().at(1), Line(7, kCallback, "h (nil) msg_id 0x22 len 108\n"));
-}
-
-TEST(Indication, SurvivesEachFailedAllocation) {
-  Session session;
-  int events = 0;
-  Subscribe(session.wrapper, &events,
-            [&](EventDic& event) { events += event.params_.size() == 2; });
-  auto record = Call(12, 1, ~0u);
-  int n = 0;
-  while (events == 0) {
-    const Allocations allocations(++n);
-    try {
-      QcmapWrapper::EvtCb(nullptr, 0x25, &record, sizeof record, nullptr);
-    } catch (const std::bad_alloc&) {
-      EXPECT_EQ(events, 0);
-    }
-  }
-  EXPECT_GE(n, 3) << "two parameters and a text were to fail";
 }
 
 }  // namespace

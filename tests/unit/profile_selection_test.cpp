@@ -48,6 +48,21 @@ TEST(ProfileSelection, RemembersOnlyWhatSucceeded) {
   EXPECT_EQ(session.Sent(), (Lines{kSelectSecond[0], kSelectSecond[1], "DeleteWWANPolicy"}));
 }
 
+TEST(ProfileSelection, RefusedLeavesTheCallersFlagAsItWas) {
+  Session session;
+  for (const auto get : {&QcmapWrapper::GetAutoConnect, &QcmapWrapper::GetRoaming,
+                         &QcmapWrapper::GetIpv4State, &QcmapWrapper::GetIpv6State}) {
+    for (const bool value : {true, false}) {
+      session.script.flag = value;
+      bool enabled = !value;
+      EXPECT_FALSE((session.wrapper.*get)(9, enabled));
+      EXPECT_EQ(enabled, !value);
+      EXPECT_TRUE((session.wrapper.*get)(0, enabled));
+      EXPECT_EQ(enabled, value);
+    }
+  }
+}
+
 TEST(ProfileSelection, HandleComesFromAListReadAfterwards) {
   Session session;
   profile_handle_type_v01 handle = 1;
