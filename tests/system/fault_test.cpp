@@ -59,12 +59,11 @@ std::string Receive(int fd) {
 void ForEachMutant(const std::string& bytes, const std::function<void(const std::string&)>& use) {
   for (size_t size = 1; size < bytes.size(); ++size) use(bytes.substr(0, size));
   for (const size_t more : {1, 4, 500, 5000}) use(bytes + std::string(more, '\1'));
-  for (size_t i = 0; i < bytes.size(); ++i)
-    for (const int change : {0x01, 0x02, 0x10, 0x80, 0xFF}) {
-      std::string mutant = bytes;
-      mutant[i] = static_cast<char>(mutant[i] ^ change);
-      use(mutant);
-    }
+  for (size_t i = 0; i < 5 * bytes.size(); ++i) {
+    std::string mutant = bytes;
+    mutant[i / 5] = static_cast<char>(mutant[i / 5] ^ "\x01\x02\x10\x80\xFF"[i % 5]);
+    use(mutant);
+  }
 }
 
 TEST_F(Fault, EveryRequestFailsWithoutAServerAndAtOnceAfterItsEnd) {
@@ -135,29 +134,21 @@ TEST_F(Fault, MalformedRequestsHarmNobodyElse) {
     return std::distance(begin(all), end(all));
   };
   const auto before = descriptors();
-  const auto send_alone = [&](const std::string& bytes) {
+  const auto send = [&](const std::vector<std::string>& datagrams) {
     const int fd = RawSocket(path_, false);
-    Send(fd, bytes);
-    Receive(fd);
+    size_t answered = 0;
+    for (const std::string& datagram : datagrams) {
+      Send(fd, datagram);
+      answered += !Receive(fd).empty();
+    }
+    EXPECT_GE(answered + 1, datagrams.size()) << "well-formed ones first";
     ::close(fd);
   };
   std::string into_honest = open;
   into_honest.replace(sizeof(sim::Header), 4, reinterpret_cast<char*>(&honest.mobile_ap_handle), 4);
-  send_alone(into_honest);
-  ForEachMutant(into_honest, send_alone);
-  int fd = -1;
-  ForEachMutant(connect, [&](const std::string& mutant) {
-    if (fd < 0) {
-      fd = RawSocket(path_, false);
-      Send(fd, open);
-      ASSERT_EQ(Receive(fd).size(), open.size());
-    }
-    Send(fd, mutant);
-    if (!Receive(fd).empty()) return;
-    ::close(fd);
-    fd = -1;
-  });
-  ::close(fd);
+  send({into_honest, into_honest});
+  ForEachMutant(into_honest, [&](const std::string& mutant) { send({mutant}); });
+  ForEachMutant(connect, [&](const std::string& mutant) { send({open, mutant}); });
   EXPECT_TRUE(honest.GetMobileAPStatus(kOut, nullptr));
   EXPECT_TRUE(Eventually([&] { return descriptors() == before; }));
 }
@@ -176,10 +167,7 @@ TEST_F(Fault, SilentAndDeafClientsAreCutAndOthersUnharmed) {
   Send(deaf[1], Datagram(sim::message::OpenSession::kId, 1, opened.substr(sizeof(sim::Header))));
   std::vector<int> silent;
   while (silent.size() < 300) silent.push_back(RawSocket(path_, false));
-  const auto start = steady_clock::now();
-  EXPECT_TRUE(Receive(silent.back()).empty());
-  EXPECT_LE(Since(start), milliseconds(3000)) << "refused, since there are too many";
-
+  EXPECT_TRUE(Receive(silent.back()).empty()) << "refused, since there are too many";
   for (const uint32_t count : {4500u, 9000u}) {
     std::string commands;
     for (uint32_t i = received + 1; i <= count; ++i)
@@ -259,12 +247,11 @@ TEST_F(Fault, LyingServerIsNotBelieved) {
   EXPECT_TRUE(client.GetVLANConfig(&vlans, &error));
   EXPECT_EQ(vlans.vlan_config_len, 2000) << "clamped to what there is";
   for (const size_t size : {0, 23, 24, 25}) {
-    for (const uint32_t id : {sim::message::GetLANConfig::kId, sim::message::GetRoaming::kId}) {
-      server.SetAnswer(Datagram(id, 0, std::string(size, '\1')));
-      EXPECT_EQ(client.GetLANConfig(kOut, &error),
-                size == 24 && id != sim::message::GetRoaming::kId);
-    }
+    server.SetAnswer(Datagram(sim::message::GetLANConfig::kId, 0, std::string(size, '\1')));
+    EXPECT_EQ(client.GetLANConfig(kOut, &error), size == 24);
   }
+  server.SetAnswer(Datagram(sim::message::GetRoaming::kId, 0, std::string(24, '\1')));
+  EXPECT_FALSE(client.GetLANConfig(kOut, &error)) << "the reply to another request";
   const std::string elements("\1\4\0\1\0\0\0\2\4\0\3\0\0\0\x10\4\0\x65\0\0\0", 21);
   for (const uint32_t id : {0x22, 0x23, 0x25, 0x29, 0x5E, 0x0D}) {
     ForEachMutant(Datagram(id, 0, elements), [&](const std::string& mutant) {
