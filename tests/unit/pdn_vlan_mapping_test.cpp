@@ -58,23 +58,6 @@ TEST(PdnVlanMapping, DeletionLooksTheProfileUp) {
   }
 }
 
-TEST(PdnVlanMapping, DeletionTrustsTheLatestList) {
-  Session session;
-  session.script.mapping_count = 1;
-  session.script.mappings = {{33, 100}};
-  int lists = 0;
-  session.script.before["GetWWANPolicyList"] = [&] {
-    if (++lists == 2) session.script.policy_list.policy_list[2].profile_handle = 44;
-    if (lists == 4) session.script.policy_list.policy_list_len = 2;
-  };
-  MobileapManager::VlanConfig vlan = {3, 100, -9};
-  EXPECT_TRUE(session.wrapper.DeletePdnToVlanMapping(vlan));
-  EXPECT_EQ(session.Sent().back(), "DeletePDNToVLANMapping 100 44");
-  session.script.mappings = {{44, 100}};
-  EXPECT_FALSE(session.wrapper.DeletePdnToVlanMapping(vlan));
-  EXPECT_EQ(session.Sent().back(), "GetWWANPolicyList");
-}
-
 TEST(PdnVlanMapping, ListsEachMappingWithItsIndex) {
   for (const int count : {0, 1, 50, 51, INT_MAX, -1, INT_MIN}) {
     const auto read = static_cast<size_t>(std::clamp(count, 0, 50));

@@ -6,17 +6,9 @@ namespace {
 TEST(ProfileSelection, TakesAnIndexBelowTheCountAndBelowFifty) {
   // List present, count, index, and the count that is reported; none: granted.
   const std::tuple<int, uint32_t, uint32_t, std::string> rows[] = {
-      {1, 3, 2, ""},
-      {1, 3, 3, "3"},
-      {1, 0, 1, "0"},
-      {0, 3, 1, "0"},
-      {2, 3, 1, ""},
-      {1, 50, 49, ""},
-      {1, 51, 49, ""},
-      {1, 51, 50, "51"},
-      {1, ~0u, 49, ""},
-      {1, ~0u, 50, "4294967295"},
-      {1, 1u << 31, ~1u, "2147483648"}};
+      {1, 3, 2, ""},   {1, 3, 3, "3"},    {1, 0, 1, "0"},  {1, ~0u, 50, "4294967295"},
+      {0, 3, 1, "0"},  {2, 3, 1, ""},     {1, 50, 49, ""}, {1, 1u << 31, ~1u, "2147483648"},
+      {1, 51, 49, ""}, {1, 51, 50, "51"}, {1, ~0u, 49, ""}};
   for (const auto& [valid, count, index, reported] : rows) {
     Session session;
     session.script.policy_list.policy_list_valid = static_cast<uint8_t>(valid);

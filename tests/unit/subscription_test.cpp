@@ -59,20 +59,17 @@ TEST(Subscription, ChangesNothingFromWithinACallback) {
 }
 
 TEST(Subscription, ExceptionLeavesTheCallbackWithTheLockFree) {
-  for (int thrower = 0; thrower < 3; ++thrower) {
-    Session session;
-    int keys[3], calls = 0;
-    for (int& key : keys) {
-      Subscribe(session.wrapper, &key, [&](EventDic&) {
-        ++calls;
-        if (&key == &keys[thrower] && calls == thrower + 1) throw std::runtime_error("subscriber");
-      });
-    }
-    EXPECT_THROW(Deliver(), std::runtime_error);
-    EXPECT_EQ(calls, thrower + 1);
-    Deliver();
-    EXPECT_EQ(calls, thrower + 4);
+  Session session;
+  int keys[3], calls = 0;
+  for (int& key : keys) {
+    Subscribe(session.wrapper, &key, [&](EventDic&) {
+      if (++calls == 2) throw std::runtime_error("subscriber");
+    });
   }
+  EXPECT_THROW(Deliver(), std::runtime_error);
+  EXPECT_EQ(calls, 2) << "the third is not told";
+  Deliver();
+  EXPECT_EQ(calls, 5);
 }
 
 // What a callback owns may itself unsubscribe when it goes.

@@ -11,7 +11,7 @@ namespace {
 struct Refusal {
   std::string request;
   /// Priority and text of each line.
-  Lines log;
+  Lines log = {"3 QCMAP_Client::" + request + " error 59[0x3b]\n"};
 };
 
 struct Operation {
@@ -85,7 +85,6 @@ std::vector<Operation> Operations() {
   static MobileapManager::IpPassthroughConfig host = {MobileapManager::DeviceType::USB_HOST,
                                                       "laptop", 0};
   using W = QcmapWrapper;
-  const std::string list_error = "3 QCMAP_Client::GetWWANPolicyList error 59[0x3b]\n";
   const std::string policy_numbers = "7 profile_v4 5 profile_v6 7 profile_1 9 profile_2 7\n";
   const std::string policy_update = "7 index 1 ip_family 1 update_req 2\n";
   const std::string set_error = "3 QCMAP_Client::SetWWANPolicy error 59[0x3b]\n";
@@ -99,17 +98,14 @@ std::vector<Operation> Operations() {
   const std::string passthrough = "7 enabled 1 pt_mode 0x1\n";
   return {
       Row(kSelection, 0, kSelectSecond, {},
-          {{"GetWWANPolicyList", {list_error}},
-           {"SetWWANProfileHandlePreference",
-            {"3 QCMAP_Client::SetWWANProfileHandlePreference error 59[0x3b]\n"}}},
+          {{"GetWWANPolicyList"}, {"SetWWANProfileHandlePreference"}},
           [](W& w) { return w.ChangeWwanProfile(1); }),
       Common("bool @GetProfileHandle(uint32_t, profile_handle_type_v01&)", 1, "GetWWANPolicyList",
              "GetWWANPolicyList", [](W& w) { return w.GetProfileHandle(1, out); }),
       Row("bool @SetWwanPolicy(uint32_t, mox::wwan::Tech, mox::util::IPFamily, int, int)", 1,
           {"GetWWANPolicy", "UpdateWWANPolicy 2 " + record, "UpdateWWANPolicy 3 " + record},
           {policy_numbers, policy_update},
-          {{"GetWWANPolicy", {"3 QCMAP_Client::GetWWANPolicy error 59[0x3b]\n"}},
-           {"UpdateWWANPolicy", {policy_numbers, policy_update, set_error}}},
+          {{"GetWWANPolicy"}, {"UpdateWWANPolicy", {policy_numbers, policy_update, set_error}}},
           [](W& w) { return w.SetWwanPolicy(1, Tech::TECH_3GPP, IPFamily::IPV4, 9, 7); }),
       Common("bool @CreateWwanPolicy(mox::wwan::Tech, mox::util::IPFamily, uint8_t, uint8_t)", 0,
              "CreateWWANPolicy tech 2 family 6 v4 0 0 v6 30 30", "CreateWWANPolicy",
@@ -195,16 +191,13 @@ std::vector<Operation> Operations() {
           "GetVLANConfig", "GetVLANConfig", [](W& w) { return w.GetVlanConfigs(out); }, 1),
       Row("bool @SetPdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig&)", 0,
           {"GetWWANPolicyList", "AddPDNToVLANMapping 100 22"}, {},
-          {{"GetWWANPolicyList", {list_error}},
+          {{"GetWWANPolicyList"},
            {"AddPDNToVLANMapping", {"3 QCMAP_Client::SetPDNtoVLANMapping error 59[0x3b]\n"}}},
           [](W& w) { return w.SetPdnToVlanMapping(vlan); }),
       Row("bool @DeletePdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig&)", 0,
           {"GetPDNtoVLANMappings cleared 0", "GetWWANPolicyList", "GetWWANPolicyList",
            "DeletePDNToVLANMapping 100 22"},
-          {},
-          {{"GetPDNtoVLANMappings", {"3 QCMAP_Client::GetPDNtoVLANMappings error 59[0x3b]\n"}},
-           {"GetWWANPolicyList", {list_error}},
-           {"DeletePDNToVLANMapping", {"3 QCMAP_Client::DeletePDNToVLANMapping error 59[0x3b]\n"}}},
+          {}, {{"GetPDNtoVLANMappings"}, {"GetWWANPolicyList"}, {"DeletePDNToVLANMapping"}},
           [](W& w) {
             MobileapManager::VlanConfig unknown = {3, 100, -1};
             return w.DeletePdnToVlanMapping(unknown);
@@ -212,15 +205,14 @@ std::vector<Operation> Operations() {
       Row(
           "bool @GetPdnToVlanMapping(std::vector<mox::wwan::MobileapManager::VlanMapping>&)", 0,
           {"GetPDNtoVLANMappings cleared 0", "GetWWANPolicyList"}, {},
-          {{"GetPDNtoVLANMappings", {"3 QCMAP_Client::GetPDNtoVLANMappings error 59[0x3b]\n"}},
-           {"GetWWANPolicyList", {list_error}}},
+          {{"GetPDNtoVLANMappings"}, {"GetWWANPolicyList"}},
           [](W& w) { return w.GetPdnToVlanMapping(out); }, 1),
       Common("bool @SetIpPassthrough(bool, mox::wwan::MobileapManager::IpPassthroughConfig&)", 0,
              "SetIPPassthroughConfig 1 1 3 cleared laptop", "SetIPPassthroughConfig",
              [](W& w) { return w.SetIpPassthrough(true, host); }),
       Row("bool @GetIpPassthrough(bool&, mox::wwan::MobileapManager::IpPassthroughConfig&)", 0,
           {"GetIPPassthroughConfig", "GetIPPassthroughState"}, {passthrough},
-          {{"GetIPPassthroughConfig", {"3 QCMAP_Client::GetIPPassthroughConfig error 59[0x3b]\n"}},
+          {{"GetIPPassthroughConfig"},
            {"GetIPPassthroughState",
             {passthrough, "3 QCMAP_Client::GetIPPassthroughState error 59[0x3b]\n"}}},
           [](W& w) { return w.GetIpPassthrough(out, out); }),

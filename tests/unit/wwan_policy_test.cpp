@@ -91,8 +91,7 @@ TEST(WwanPolicy, ListHoldsAtMostFiftyWhateverIsReported) {
     if (read == 0) continue;
     EXPECT_EQ(Text(policies.back()), Join(read - 1, 7, 2, 3, 11 * read));
   }
-  Session absent(-1);
-  EXPECT_FALSE(absent.wrapper.GetWwanPolicies(policies));
+  EXPECT_FALSE(Session(-1).wrapper.GetWwanPolicies(policies));
   EXPECT_TRUE(policies.empty());
 }
 
