@@ -9,6 +9,7 @@
 #include <fstream>
 #include <mutex>
 #include <set>
+#include <utility>
 
 #include "allocation.h"
 
@@ -43,46 +44,36 @@ void Keep(int priority, const char* format, va_list arguments) {
   entries.push_back(entry);
 }
 
-/// Whether the call it came from stands at the entry's number.
-bool Holds(const std::vector<std::string>& source, const Entry& entry) {
+/// Whether the call it came from stands at its number in some source.
+bool IsWhereItSays(const Entry& entry) {
   std::string literal = entry.format.substr(7);
   if (!literal.empty() && literal.back() == '\n') literal.replace(literal.size() - 1, 1, "\\n");
-  const auto at = [&](int number) {
-    return number < static_cast<int>(source.size()) ? source[static_cast<size_t>(number)] : "";
-  };
-  return at(entry.number - 1).find("SYSLOG(") != std::string::npos &&
-         (at(entry.number - 1) + at(entry.number)).find('"' + literal + '"') != std::string::npos;
-}
-
-bool IsWhereItSays(const Entry& entry) {
   for (const auto& file : std::filesystem::recursive_directory_iterator(MVQ_QCMAP_SOURCE_DIR)) {
     if (file.path().extension() != ".cpp") continue;
     std::ifstream stream(file.path());
-    std::vector<std::string> source;
-    for (std::string line; std::getline(stream, line);) source.push_back(line);
-    if (Holds(source, entry)) return true;
+    std::string line, next;
+    for (int i = 0; i < entry.number; ++i) std::getline(stream, line);
+    std::getline(stream, next);
+    if (line.find("SYSLOG(") != std::string::npos &&
+        (line + next).find('"' + literal + '"') != std::string::npos)
+      return true;
   }
   return false;
 }
 
 }  // namespace
 
-std::string Line(int priority, const std::string& signature, const std::string& text) {
-  std::string full = signature;
-  const size_t at = full.find('@');
-  if (at != std::string::npos) full.replace(at, 1, "mox::vendor::qcom::qcmap::QcmapWrapper::");
-  return std::to_string(priority) + " " + full + ": " + text;
+std::string Line(int priority, std::string signature, const std::string& text) {
+  const size_t at = signature.find('@');
+  if (at != std::string::npos) signature.replace(at, 1, "mox::vendor::qcom::qcmap::QcmapWrapper::");
+  return std::to_string(priority) + " " + signature + ": " + text;
 }
 
 std::vector<std::string> TakeLog() {
-  std::vector<Entry> taken;
-  {
-    const std::lock_guard<std::mutex> lock(mutex);
-    taken.swap(entries);
-  }
   static std::set<std::string> checked;
   std::vector<std::string> lines;
-  for (const Entry& entry : taken) {
+  const std::lock_guard<std::mutex> lock(mutex);
+  for (const Entry& entry : std::exchange(entries, {})) {
     EXPECT_NE(entry.signature, "") << "line without its head: " << entry.format;
     if (checked.insert(entry.signature + std::to_string(entry.number) + entry.format).second) {
       EXPECT_TRUE(IsWhereItSays(entry)) << entry.signature << " logged from line " << entry.number

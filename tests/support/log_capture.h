@@ -6,7 +6,7 @@
 
 /// A log line as TakeLog gives it: "PRIORITY SIGNATURE: TEXT". An '@' in `signature` stands for the
 /// wrapper class's qualified name.
-std::string Line(int priority, const std::string& signature, const std::string& text);
+std::string Line(int priority, std::string signature, const std::string& text);
 
 /// What all threads have logged since the last call. Fails the test when a line does not begin as
 /// every line must, or when its number is not that of a SYSLOG( with its text as one literal.

@@ -72,12 +72,4 @@ TEST(Backhaul, DisconnectsUnlessDisconnected) {
   for (const Row& row : rows) Check(row, "DisconnectBackHaul", &QcmapWrapper::DisconnectBackhaul);
 }
 
-// A family that has no call is told only of a profile that there is.
-TEST(Backhaul, StopsAtARefusedSelection) {
-  Session session;
-  session.script.Refuse("GetWWANPolicyList");
-  EXPECT_EQ(session.wrapper.DisconnectBackhaul(1, IPFamily::IPV4V6), Result::FAILURE);
-  EXPECT_EQ(TakeLog().size(), 1u);
-}
-
 }  // namespace

@@ -15,36 +15,33 @@ TEST(Connection, AttemptsUntilOneSucceeds) {
                          Line(7, kStep, "Mobile AP is Disconnected\n")};
   const Lines connected = {Line(3, kStep, "MobileAP Enable failed err [59]\n"),
                            Line(7, kStep, "Mobile AP is Connected\n")};
-  struct {
-    int pid;
-    std::string refused;
-    int ap_status;
-    Lines log;
-  } const rows[] = {{-1, "", 1, absent},  {1, "GetMobileAPStatus", 1, refused},
-                    {1, "", 0, refused},  {1, "", 2, refused},
-                    {1, "", -1, refused}, {0, "EnableMobileAP", 1, connected}};
-  for (const auto& row : rows) {
-    SCOPED_TRACE("pid " + std::to_string(row.pid) + " status " + std::to_string(row.ap_status));
+  // What the probe finds, the refused request, the status and the log of an attempt.
+  const std::tuple<int, std::string, int, Lines> rows[] = {
+      {-1, "", 1, absent},  {1, "GetMobileAPStatus", 1, refused},
+      {1, "", 0, refused},  {1, "", 2, refused},
+      {1, "", -1, refused}, {0, "EnableMobileAP", 1, connected}};
+  for (const auto& [pid, request, ap_status, told] : rows) {
+    SCOPED_TRACE(Join("pid", pid, "status", ap_status));
     Session session(-1);
-    session.script.pid = row.pid;
-    session.script.ap_status = static_cast<qcmap_msgr_mobile_ap_status_enum_v01>(row.ap_status);
-    if (!row.refused.empty()) session.script.Refuse(row.refused);
+    session.script.pid = pid;
+    session.script.ap_status = static_cast<qcmap_msgr_mobile_ap_status_enum_v01>(ap_status);
+    session.script.Refuse(request);
+    const bool connects = told == connected;
     for (int attempt = 1; attempt <= 2; ++attempt) {
       session.Forget();
-      EXPECT_EQ(session.wrapper.ConnectToQcmapIfNeeded(), row.log == connected);
-      EXPECT_EQ(session.script.live_clients, row.log == connected);
-      const bool made = attempt == 1 || row.log != connected;
-      Lines log = row.log;
+      EXPECT_EQ(session.wrapper.ConnectToQcmapIfNeeded(), connects);
+      EXPECT_EQ(session.script.live_clients, connects);
+      const bool made = attempt == 1 || !connects;
+      Lines log = told;
       log.insert(log.begin(),
-                 Line(7, "bool @IsQcmapAlive()",
-                      "QCMAP_ConnectionManager pid " + std::to_string(row.pid) + "\n"));
+                 Line(7, "bool @IsQcmapAlive()", Join("QCMAP_ConnectionManager pid", pid) + "\n"));
       EXPECT_EQ(TakeLog(), made ? log : Lines());
       EXPECT_EQ(session.script.utility_calls,
                 made ? Lines{"GetPidByProcessName QCMAP_ConnectionManager 200"} : Lines());
       // The status is asked for with the error value that the enable left.
-      const std::string status = "GetMobileAPStatus";
-      const Lines sent = {"EnableMobileAP", status + (row.log == connected ? " (error 59)" : "")};
-      EXPECT_EQ(session.Sent(), made && row.pid >= 0 ? sent : Lines());
+      const Lines sent = {"EnableMobileAP",
+                          connects ? "GetMobileAPStatus (error 59)" : "GetMobileAPStatus"};
+      EXPECT_EQ(session.Sent(), made && pid >= 0 ? sent : Lines());
     }
   }
 }
