@@ -146,7 +146,7 @@ TEST_F(Fault, MalformedRequestsHarmNobodyElse) {
   };
   std::string into_honest = open;
   into_honest.replace(sizeof(sim::Header), 4, reinterpret_cast<char*>(&honest.mobile_ap_handle), 4);
-  send({into_honest, into_honest});
+  send({into_honest});
   ForEachMutant(into_honest, [&](const std::string& mutant) { send({mutant}); });
   ForEachMutant(connect, [&](const std::string& mutant) { send({open, mutant}); });
   EXPECT_TRUE(honest.GetMobileAPStatus(kOut, nullptr));
@@ -167,7 +167,9 @@ TEST_F(Fault, SilentAndDeafClientsAreCutAndOthersUnharmed) {
   Send(deaf[1], Datagram(sim::message::OpenSession::kId, 1, opened.substr(sizeof(sim::Header))));
   std::vector<int> silent;
   while (silent.size() < 300) silent.push_back(RawSocket(path_, false));
-  EXPECT_TRUE(Receive(silent.back()).empty()) << "refused, since there are too many";
+  const auto start = steady_clock::now();
+  EXPECT_TRUE(Receive(silent.back()).empty());
+  EXPECT_LE(Since(start), milliseconds(3000)) << "refused, since there are too many";
   for (const uint32_t count : {4500u, 9000u}) {
     std::string commands;
     for (uint32_t i = received + 1; i <= count; ++i)

@@ -6,10 +6,7 @@
 namespace {
 
 TEST(Tool, PrintsTheDocumentedJson) {
-  const struct {
-    const char* command;
-    const char* json;
-  } rows[] = {
+  const std::pair<std::string, const char*> rows[] = {
       {"call up 1 -4", R"({"index":1,"handle":102,"ipv4":"up"})"},
       {"call up 1 -4", R"({"index":1,"handle":102,"ipv4":"already up"})"},
       {"call show 1",
@@ -46,13 +43,12 @@ TEST(Tool, PrintsTheDocumentedJson) {
        R"({"server":"running","mobile_ap":"connected","profiles":[{"index":0,"handle":101,"tech":"3gpp","family":"ipv4v6","profile_v4":1,"profile_v6":1,"ipv4":{"state":"disconnected","addresses":null},"ipv6":{"state":"disconnected","addresses":null},"half_up":false},{"index":1,"handle":102,"tech":"3gpp","family":"ipv4v6","profile_v4":2,"profile_v6":2,"ipv4":{"state":"disconnected","addresses":null},"ipv6":{"state":"disconnected","addresses":null},"half_up":false}],"lan":{"gateway":"192.168.7.1","netmask":"255.255.255.0","dhcp":true,"start":"192.168.7.9","end":"192.168.7.10","lease":60},"vlans":[{"interface":"eth0","vlan_id":100,"profiles":[1]}],"passthrough":{"enabled":true,"host":"host1","state":1}})"},
       {"map delete 100", R"({"result":"deleted","vlan_id":100,"profile":null})"},
       {"vlan delete eth0 100", R"({"result":"deleted","interface":"eth0","vlan_id":100})"},
-      {"vlan list", "[]"},
-  };
+      {"vlan list", "[]"}};
   std::string script, expected;
-  for (const auto& row : rows) {
-    script += "echo " + std::string(row.command) + ": $(qcmapctl -J " + row.command +
+  for (const auto& [command, json] : rows) {
+    script += "echo " + command + ": $(qcmapctl -J " + command +
               " | tr -d '\\n' | sed 's/  *\\([]\"{}0-9tfn]\\)/\\1/g; s/: \\[/:[/g')\n";
-    expected += row.command + std::string(": ") + row.json + "\n";
+    expected += command + ": " + json + "\n";
   }
   const Outcome outcome = ShellWithServer("--profiles 2 --call-time 20 --traffic 0", script);
   EXPECT_EQ(outcome.err, "");
@@ -117,11 +113,7 @@ TEST(Tool, ShowsTheLibrarysLogOnlyWhenAsked) {
 }
 
 TEST(Launcher, EndsAsTheProgramDoesAndLeavesNothingBehind) {
-  const struct {
-    const char* command;
-    int status;
-    const char* out;
-  } rows[] = {
+  const std::tuple<const char*, int, const char*> rows[] = {
       {"exec mvq-qcmap-sim -- sh -c 'exit 7'", 7, ""},
       {"exec mvq-qcmap-sim -- sh -c 'kill -USR1 $$'", -SIGUSR1, ""},
       {"exec mvq-qcmap-sim -- /nonexistent", 127, ""},
@@ -135,12 +127,11 @@ TEST(Launcher, EndsAsTheProgramDoesAndLeavesNothingBehind) {
       {"folder=$(mvq-qcmap-sim -- sh -c 'dirname $QCMAP_SOCKET'); test -e $folder; echo $?", 0,
        "1\n"},
       {"server=$(mvq-qcmap-sim -- sh -c 'pgrep -P $PPID QCMAP'); kill -0 $server 2>&-; echo $?", 0,
-       "1\n"},
-  };
-  for (const auto& row : rows) {
-    const Outcome outcome = Shell(row.command);
-    EXPECT_EQ(outcome.status, row.status) << row.command << "\n" << outcome.err;
-    EXPECT_EQ(outcome.out, row.out) << row.command << "\n" << outcome.err;
+       "1\n"}};
+  for (const auto& [command, status, out] : rows) {
+    const Outcome outcome = Shell(command);
+    EXPECT_EQ(outcome.status, status) << command << "\n" << outcome.err;
+    EXPECT_EQ(outcome.out, out) << command << "\n" << outcome.err;
   }
 }
 
