@@ -106,12 +106,6 @@ TEST(Tool, LeavesTheCallAsItIsWhenInterruptedWhileWaiting) {
   EXPECT_EQ(outcome.out, "143\n0\n");
 }
 
-TEST(Tool, ShowsTheLibrarysLogOnlyWhenAsked) {
-  EXPECT_EQ(ShellWithServer("", "qcmapctl policy list").err, "");
-  const Outcome verbose = ShellWithServer("--fail GetLANConfig:3", "qcmapctl -v lan show");
-  EXPECT_NE(verbose.err.find("GetLANConfig error 3[3]"), std::string::npos) << verbose.err;
-}
-
 TEST(Launcher, EndsAsTheProgramDoesAndLeavesNothingBehind) {
   const std::tuple<const char*, int, const char*> rows[] = {
       {"exec mvq-qcmap-sim -- sh -c 'exit 7'", 7, ""},
