@@ -15,14 +15,15 @@ std::string Page(const std::string& name) {
 }
 
 /// All matches of the pattern's first group, or of all of it when it has none.
-Words Find(const std::string& text, const std::string& pattern) {
-  Words found;
+std::vector<std::string> FindAll(const std::string& text, const std::string& pattern) {
   const std::regex expression(pattern);
-  for (std::sregex_iterator match(text.begin(), text.end(), expression), end; match != end;
-       ++match) {
-    found.insert(match->str(match->size() > 1 ? 1 : 0));
-  }
-  return found;
+  const int group = expression.mark_count() > 0 ? 1 : 0;
+  return {std::sregex_token_iterator(text.begin(), text.end(), expression, group), {}};
+}
+
+Words Find(const std::string& text, const std::string& pattern) {
+  const auto found = FindAll(text, pattern);
+  return Words(found.begin(), found.end());
 }
 
 /// The words of a list in a help text, as under "Verbs:".
@@ -78,21 +79,13 @@ TEST(Page, HasTheOptionsOfTheServerAndTheLauncher) {
   }
 }
 
-/// The literal blocks of a text that hold command lines.
-std::vector<std::string> Sessions(const std::string& text) {
-  std::vector<std::string> sessions;
-  const std::regex block("```[a-z]*\n(\\$ (?:[^`]|`[^`])*)```");
-  for (std::sregex_iterator match(text.begin(), text.end(), block), end; match != end; ++match) {
-    sessions.push_back(match->str(1));
-  }
-  return sessions;
-}
+constexpr char kSession[] = "```[a-z]*\n(\\$ (?:[^`]|`[^`])*)```";
 
 TEST(Page, ShowsWhatItsCommandLinesPrint) {
   size_t shown = 0;
   for (const std::string file : {"docs/man/qcmapctl.1.scd", "docs/man/mvq-qcmap-sim.1.scd",
                                  "docs/man/QCMAP_ConnectionManager.1.scd", "README.md"}) {
-    for (const std::string& session : Sessions(ReadFile(MVQ_QCMAP_SOURCE "/" + file))) {
+    for (const std::string& session : FindAll(ReadFile(MVQ_QCMAP_SOURCE "/" + file), kSession)) {
       std::istringstream lines(session);
       std::string script, expected;
       for (std::string line; std::getline(lines, line);) {

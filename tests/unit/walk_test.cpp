@@ -78,13 +78,14 @@ struct Anything {
   }
 };
 
+#define CALL(...) [](QcmapWrapper& wrapper) { return wrapper.__VA_ARGS__; }
+
 std::vector<Operation> Operations() {
   static Anything out;
   static std::string texts[4];
   static MobileapManager::VlanConfig vlan = {3, 100, 1};
   static MobileapManager::IpPassthroughConfig host = {MobileapManager::DeviceType::USB_HOST,
                                                       "laptop", 0};
-  using W = QcmapWrapper;
   const std::string policy_numbers = "7 profile_v4 5 profile_v6 7 profile_1 9 profile_2 7\n";
   const std::string policy_update = "7 index 1 ip_family 1 update_req 2\n";
   const std::string set_error = "3 QCMAP_Client::SetWWANPolicy error 59[0x3b]\n";
@@ -98,124 +99,110 @@ std::vector<Operation> Operations() {
   const std::string passthrough = "7 enabled 1 pt_mode 0x1\n";
   return {
       Row(kSelection, 0, kSelectSecond, {},
-          {{"GetWWANPolicyList"}, {"SetWWANProfileHandlePreference"}},
-          [](W& w) { return w.ChangeWwanProfile(1); }),
+          {{"GetWWANPolicyList"}, {"SetWWANProfileHandlePreference"}}, CALL(ChangeWwanProfile(1))),
       Common("bool @GetProfileHandle(uint32_t, profile_handle_type_v01&)", 1, "GetWWANPolicyList",
-             "GetWWANPolicyList", [](W& w) { return w.GetProfileHandle(1, out); }),
+             "GetWWANPolicyList", CALL(GetProfileHandle(1, out))),
       Row("bool @SetWwanPolicy(uint32_t, mox::wwan::Tech, mox::util::IPFamily, int, int)", 1,
           {"GetWWANPolicy", "UpdateWWANPolicy 2 " + record, "UpdateWWANPolicy 3 " + record},
           {policy_numbers, policy_update},
           {{"GetWWANPolicy"}, {"UpdateWWANPolicy", {policy_numbers, policy_update, set_error}}},
-          [](W& w) { return w.SetWwanPolicy(1, Tech::TECH_3GPP, IPFamily::IPV4, 9, 7); }),
+          CALL(SetWwanPolicy(1, Tech::TECH_3GPP, IPFamily::IPV4, 9, 7))),
       Common("bool @CreateWwanPolicy(mox::wwan::Tech, mox::util::IPFamily, uint8_t, uint8_t)", 0,
              "CreateWWANPolicy tech 2 family 6 v4 0 0 v6 30 30", "CreateWWANPolicy",
-             [](W& w) { return w.CreateWwanPolicy(Tech::TECH_3GPP2, IPFamily::IPV6, 0, 30); }),
+             CALL(CreateWwanPolicy(Tech::TECH_3GPP2, IPFamily::IPV6, 0, 30))),
       Common("bool @DeleteWwanPolicy(uint8_t)", 1, "DeleteWWANPolicy", "DeleteWWANPolicy",
-             [](W& w) { return w.DeleteWwanPolicy(1); }),
+             CALL(DeleteWwanPolicy(1))),
       Plain("bool @GetWwanPolicy(uint32_t, mox::wwan::DataManager::WwanPolicy&)", 1,
             "GetWWANPolicy", "QCMAP_Client::GetWWANPolicy error 59[3b]\n",
-            [](W& w) { return w.GetWwanPolicy(1, out); }),
-      Common(
-          "bool @GetWwanPolicies(std::vector<mox::wwan::DataManager::WwanPolicy>&)", 0,
-          "GetWWANPolicyList", "GetWWANPolicyList", [](W& w) { return w.GetWwanPolicies(out); }, 1),
+            CALL(GetWwanPolicy(1, out))),
+      Common("bool @GetWwanPolicies(std::vector<mox::wwan::DataManager::WwanPolicy>&)", 0,
+             "GetWWANPolicyList", "GetWWANPolicyList", CALL(GetWwanPolicies(out)), 1),
       Common("bool @SetAutoConnect(uint32_t, bool)", 1, "SetAutoconnect 1", "SetAutoConnect",
-             [](W& w) { return w.SetAutoConnect(1, true); }),
+             CALL(SetAutoConnect(1, true))),
       Common("bool @GetAutoConnect(uint32_t, bool&)", 1, "GetAutoconnect", "GetAutoConnect",
-             [](W& w) { return w.GetAutoConnect(1, out); }),
+             CALL(GetAutoConnect(1, out))),
       Common("bool @SetRoaming(uint32_t, bool)", 1, "SetRoaming 0", "SetRoaming",
-             [](W& w) { return w.SetRoaming(1, false); }),
+             CALL(SetRoaming(1, false))),
       Plain("bool @GetRoaming(uint32_t, bool&)", 1, "GetRoaming",
-            "QCMAP_ClientGetRoaming error 59[0x3b]\n", [](W& w) { return w.GetRoaming(1, out); }),
-      Common("bool @EnableIpv4(uint32_t)", 1, "EnableIPV4", "EnableIPV4",
-             [](W& w) { return w.EnableIpv4(1); }),
-      Common("bool @DisableIpv4(uint32_t)", 1, "DisableIPV4", "DisableIPV4",
-             [](W& w) { return w.DisableIpv4(1); }),
-      Common("bool @EnableIpv6(uint32_t)", 1, "EnableIPV6", "EnableIPV6",
-             [](W& w) { return w.EnableIpv6(1); }),
-      Common("bool @DisableIpv6(uint32_t)", 1, "DisableIPV6", "DisableIPV6",
-             [](W& w) { return w.DisableIpv6(1); }),
+            "QCMAP_ClientGetRoaming error 59[0x3b]\n", CALL(GetRoaming(1, out))),
+      Common("bool @EnableIpv4(uint32_t)", 1, "EnableIPV4", "EnableIPV4", CALL(EnableIpv4(1))),
+      Common("bool @DisableIpv4(uint32_t)", 1, "DisableIPV4", "DisableIPV4", CALL(DisableIpv4(1))),
+      Common("bool @EnableIpv6(uint32_t)", 1, "EnableIPV6", "EnableIPV6", CALL(EnableIpv6(1))),
+      Common("bool @DisableIpv6(uint32_t)", 1, "DisableIPV6", "DisableIPV6", CALL(DisableIpv6(1))),
       Common("bool @GetIpv4State(uint32_t, bool&)", 1, "GetIPv4State", "GetIPv4State ",
-             [](W& w) { return w.GetIpv4State(1, out); }),
+             CALL(GetIpv4State(1, out))),
       Common("bool @GetIpv6State(uint32_t, bool&)", 1, "GetIPv6State", "GetIPv6State ",
-             [](W& w) { return w.GetIpv6State(1, out); }),
+             CALL(GetIpv6State(1, out))),
       Plain("bool @GetWwanConnectStatus(uint32_t, mox::wwan::DataManager::ConnectStatus&, "
             "mox::wwan::DataManager::ConnectStatus&)",
             1, "GetWWANStatus", "QCMAP_Client::GetWWANStatus error 59[0x3b]",
-            [](W& w) { return w.GetWwanConnectStatus(1, out, out); }),
+            CALL(GetWwanConnectStatus(1, out, out))),
       Row("mox::Result @ConnectBackhaul(uint32_t, mox::util::IPFamily)", 2,
           {"GetWWANStatus", "ConnectBackHaul 1"}, {"7 ip_family [1] call_type [0x1]\n"},
           {{"ConnectBackHaul",
             {"7 ip_family [1] call_type [0x1]\n",
              "3 QCMAP_Client::ConnectBackhaul error 59[0x3b]\n"}}},
-          [](W& w) { return w.ConnectBackhaul(1, IPFamily::IPV4); }),
+          CALL(ConnectBackhaul(1, IPFamily::IPV4))),
       Row("mox::Result @DisconnectBackhaul(uint32_t, mox::util::IPFamily)", 1,
           {"GetWWANStatus", "DisconnectBackHaul 2"}, {taking_down},
           {{"DisconnectBackHaul",
             {taking_down, "3 QCMAP_Client::DisconnectBackhaul error 59[0x3b]\n"}}},
-          [](W& w) { return w.DisconnectBackhaul(1, IPFamily::IPV6); }),
+          CALL(DisconnectBackhaul(1, IPFamily::IPV6))),
       Plain("mox::Result @GetWWANStatistics(uint32_t, mox::util::IPFamily, WWANStatics&)", 1,
             "GetWWANStatistics 10", "QCMAP_Client::GetWWANStatistics error 59",
-            [](W& w) { return w.GetWWANStatistics(1, IPFamily::IPV4V6, out); }),
+            CALL(GetWWANStatistics(1, IPFamily::IPV4V6, out))),
       Plain("mox::Result @ResetWWANStatistics(uint32_t, mox::util::IPFamily)", 1,
             "ResetWWANStatistics 6", "QCMAP_Client::ResetWWANStatistics error 59",
-            [](W& w) { return w.ResetWWANStatistics(1, IPFamily::IPV6); }),
-      Plain(
-          "mox::Result @GetNetworkConfig(uint32_t, mox::util::IPFamily, "
-          "mox::wwan::DataManager::NetworkConfig&)",
-          1, "GetNetworkConfiguration 6", "QCMAP_Client::GetNetworkConfiguration error 59[0x3b]\n",
-          [](W& w) { return w.GetNetworkConfig(1, IPFamily::IPV6, out); }, 3),
+            CALL(ResetWWANStatistics(1, IPFamily::IPV6))),
+      Plain("mox::Result @GetNetworkConfig(uint32_t, mox::util::IPFamily, "
+            "mox::wwan::DataManager::NetworkConfig&)",
+            1, "GetNetworkConfiguration 6",
+            "QCMAP_Client::GetNetworkConfiguration error 59[0x3b]\n",
+            CALL(GetNetworkConfig(1, IPFamily::IPV6, out)), 3),
       Row("bool @GetLanConfig(std::string&, std::string&, bool&, std::string&, std::string&, int&)",
           0, {"GetLANConfig"},
           {"7 gw [192.168.1.1] nm [255.255.255.0] denable [1] dstart [192.168.1.20] dend "
            "[192.168.1.60] lease_time [3600]\n"},
           {{"GetLANConfig", {"3 QCMAP_Client::GetLANConfig error 59[3b]\n"}}},
-          [](W& w) { return w.GetLanConfig(texts[0], texts[1], out, texts[2], texts[3], out); }),
+          CALL(GetLanConfig(texts[0], texts[1], out, texts[2], texts[3], out))),
       Row("bool @SetLanConfig(std::string, std::string, bool, std::string, std::string, uint32_t)",
           0, {"GetLANConfig", "SetLANConfig c0a80101 ffffff00 1 c0a80114 c0a8013c 3600"},
           {lan_range, lan_record},
           {{"SetLANConfig", {lan_range, lan_record, "3 SetLANConfig errno [59]\n"}}},
-          [](W& w) {
-            return w.SetLanConfig("192.168.1.1", "255.255.255.0", true, "192.168.1.20",
-                                  "192.168.1.60", 3600);
-          }),
-      Common("bool @ActivateLan()", 0, "ActivateLAN", "ActivateLan ",
-             [](W& w) { return w.ActivateLan(); }),
+          CALL(SetLanConfig("192.168.1.1", "255.255.255.0", true, "192.168.1.20", "192.168.1.60",
+                            3600))),
+      Common("bool @ActivateLan()", 0, "ActivateLAN", "ActivateLan ", CALL(ActivateLan())),
       Common("bool @SetVlanConfig(mox::wwan::MobileapManager::VlanConfig&)", 0,
-             "SetVLANConfig eth0 100 0", "SetVLANConfig",
-             [](W& w) { return w.SetVlanConfig(vlan); }),
+             "SetVLANConfig eth0 100 0", "SetVLANConfig", CALL(SetVlanConfig(vlan))),
       Common("bool @DeleteVlanConfig(mox::wwan::MobileapManager::VlanConfig&)", 0,
-             "DeleteVLANConfig eth0 100", "DeleteVLANConfig",
-             [](W& w) { return w.DeleteVlanConfig(vlan); }),
-      Common(
-          "bool @GetVlanConfigs(std::vector<mox::wwan::MobileapManager::VlanConfig>&)", 0,
-          "GetVLANConfig", "GetVLANConfig", [](W& w) { return w.GetVlanConfigs(out); }, 1),
+             "DeleteVLANConfig eth0 100", "DeleteVLANConfig", CALL(DeleteVlanConfig(vlan))),
+      Common("bool @GetVlanConfigs(std::vector<mox::wwan::MobileapManager::VlanConfig>&)", 0,
+             "GetVLANConfig", "GetVLANConfig", CALL(GetVlanConfigs(out)), 1),
       Row("bool @SetPdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig&)", 0,
           {"GetWWANPolicyList", "AddPDNToVLANMapping 100 22"}, {},
           {{"GetWWANPolicyList"},
            {"AddPDNToVLANMapping", {"3 QCMAP_Client::SetPDNtoVLANMapping error 59[0x3b]\n"}}},
-          [](W& w) { return w.SetPdnToVlanMapping(vlan); }),
+          CALL(SetPdnToVlanMapping(vlan))),
       Row("bool @DeletePdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig&)", 0,
           {"GetPDNtoVLANMappings cleared 0", "GetWWANPolicyList", "GetWWANPolicyList",
            "DeletePDNToVLANMapping 100 22"},
           {}, {{"GetPDNtoVLANMappings"}, {"GetWWANPolicyList"}, {"DeletePDNToVLANMapping"}},
-          [](W& w) {
+          [](QcmapWrapper& wrapper) {
             MobileapManager::VlanConfig unknown = {3, 100, -1};
-            return w.DeletePdnToVlanMapping(unknown);
+            return wrapper.DeletePdnToVlanMapping(unknown);
           }),
-      Row(
-          "bool @GetPdnToVlanMapping(std::vector<mox::wwan::MobileapManager::VlanMapping>&)", 0,
+      Row("bool @GetPdnToVlanMapping(std::vector<mox::wwan::MobileapManager::VlanMapping>&)", 0,
           {"GetPDNtoVLANMappings cleared 0", "GetWWANPolicyList"}, {},
-          {{"GetPDNtoVLANMappings"}, {"GetWWANPolicyList"}},
-          [](W& w) { return w.GetPdnToVlanMapping(out); }, 1),
+          {{"GetPDNtoVLANMappings"}, {"GetWWANPolicyList"}}, CALL(GetPdnToVlanMapping(out)), 1),
       Common("bool @SetIpPassthrough(bool, mox::wwan::MobileapManager::IpPassthroughConfig&)", 0,
              "SetIPPassthroughConfig 1 1 3 cleared laptop", "SetIPPassthroughConfig",
-             [](W& w) { return w.SetIpPassthrough(true, host); }),
+             CALL(SetIpPassthrough(true, host))),
       Row("bool @GetIpPassthrough(bool&, mox::wwan::MobileapManager::IpPassthroughConfig&)", 0,
           {"GetIPPassthroughConfig", "GetIPPassthroughState"}, {passthrough},
           {{"GetIPPassthroughConfig"},
            {"GetIPPassthroughState",
             {passthrough, "3 QCMAP_Client::GetIPPassthroughState error 59[0x3b]\n"}}},
-          [](W& w) { return w.GetIpPassthrough(out, out); }),
+          CALL(GetIpPassthrough(out, out))),
   };
 }
 
