@@ -41,7 +41,7 @@ TEST(Tool, PrintsTheDocumentedJson) {
       {"passthrough enable host1", R"({"enabled":true,"host":"host1","state":1})"},
       {"status",
        R"({"server":"running","mobile_ap":"connected","profiles":[{"index":0,"handle":101,"tech":"3gpp","family":"ipv4v6","profile_v4":1,"profile_v6":1,"ipv4":{"state":"disconnected","addresses":null},"ipv6":{"state":"disconnected","addresses":null},"half_up":false},{"index":1,"handle":102,"tech":"3gpp","family":"ipv4v6","profile_v4":2,"profile_v6":2,"ipv4":{"state":"disconnected","addresses":null},"ipv6":{"state":"disconnected","addresses":null},"half_up":false}],"lan":{"gateway":"192.168.7.1","netmask":"255.255.255.0","dhcp":true,"start":"192.168.7.9","end":"192.168.7.10","lease":60},"vlans":[{"interface":"eth0","vlan_id":100,"profiles":[1]}],"passthrough":{"enabled":true,"host":"host1","state":1}})"},
-      {"map delete 100", R"({"result":"deleted","vlan_id":100,"profile":null})"},
+      {"map delete 100", R"({"result":"deleted","vlan_id":100,"profile":1})"},
       {"vlan delete eth0 100", R"({"result":"deleted","interface":"eth0","vlan_id":100})"},
       {"vlan list", "[]"}};
   std::string script, expected;

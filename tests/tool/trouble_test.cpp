@@ -33,6 +33,8 @@ TEST(Usage, IsAnsweredWithoutAServerAndWithTheNearestWord) {
       {"lan set --start 10.0.0.2", "--start requires --end", ""},
       {"lan set", "no setting is given", "as in"},
       {"switch set 1", "no switch is given", "as in"},
+      {"policy set 1", "no setting is given", "as in"},
+      {"-- call up", "call up: ID is required", ""},
       {"policy set 1 --profile-v4 25", "Value 25 not in range 1 to 24", ""},
       {"-w nan call", "'nan' is no time in seconds", ""},
       {"passthrough enable $(printf %0101d 0)", "1 to 100 bytes", ""}};

@@ -132,7 +132,8 @@ class CallChange {
       leg.seen_moving = true;
     } else {
       session_.RequireServer();
-      leg.failure = direction_.refused;
+      leg.failure =
+          state == ConnectStatus::DISCONNECTING ? Failure::CALL_GOING_DOWN : direction_.refused;
     }
   }
 
@@ -166,7 +167,10 @@ class CallChange {
       if (leg.failure && (!worst || *leg.failure == Failure::TIME_LIMIT)) worst = leg.failure;
     }
     if (any_done) throw CommandFailed(Failure::PARTLY_DONE, text);
-    if (legs_.size() == 1) text = ProfileName(profile_.index) + ": " + WordOf(legs_[0].family);
+    if (legs_.front().failure == legs_.back().failure) {
+      text = ProfileName(profile_.index) + ": " + WordOf(legs_.front().family);
+      if (legs_.size() > 1) text += std::string(" and ") + WordOf(legs_.back().family);
+    }
     throw CommandFailed(*worst, text);
   }
 

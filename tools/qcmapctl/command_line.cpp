@@ -144,7 +144,10 @@ std::string CommandLine::Operation() const {
 
 CommandLine::Command CommandLine::Parse(const std::vector<std::string>& arguments) {
   Command command;
-  std::vector<std::string> reversed = WithDefaultVerb(arguments);
+  // Ahead of the object "--" ends no options yet; the parser would leave all behind it unread.
+  const bool leads = !arguments.empty() && arguments.front() == "--";
+  std::vector<std::string> reversed =
+      WithDefaultVerb({arguments.begin() + (leads ? 1 : 0), arguments.end()});
   std::reverse(reversed.begin(), reversed.end());
   try {
     app_.parse(reversed);
@@ -178,7 +181,7 @@ void CommandLine::FailUsage(const CLI::ParseError& error) const {
       (word[0] == '-' && word.size() > 1 ? "unknown option '" : "unknown word '") + word + "'";
   const std::string nearest =
       NearestWord(word.substr(0, word.find('=')), CandidatesFor(word, command));
-  if (nearest.empty()) throw CommandFailed(message, help);
+  if (nearest.empty() || nearest == word) throw CommandFailed(message, help);
   throw CommandFailed(message, "did you mean '" + nearest + "'? " + help);
 }
 

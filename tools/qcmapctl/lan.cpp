@@ -1,4 +1,6 @@
 /// lan: the device's address on the LAN, and its DHCP server.
+#include <arpa/inet.h>
+
 #include "commands.h"
 
 namespace qcmapctl {
@@ -82,7 +84,12 @@ CLI::Option* AddIpv4Address(CLI::App* verb, const std::string& name,
                             std::optional<std::string>& address, const std::string& description) {
   return verb->add_option(name, address, description)
       ->option_text("ADDRESS")
-      ->check(CLI::ValidIPV4);
+      ->check([](const std::string& text) {
+        in_addr parsed;
+        return ::inet_pton(AF_INET, text.c_str(), &parsed) == 1
+                   ? ""
+                   : "'" + text + "' is no IPv4 address in dotted form";
+      });
 }
 
 }  // namespace

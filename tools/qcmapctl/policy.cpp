@@ -1,4 +1,6 @@
 /// policy: the server's WWAN policies.
+#include <algorithm>
+
 #include "commands.h"
 
 namespace qcmapctl {
@@ -64,6 +66,9 @@ bool Matches(const WwanPolicy& left, const WwanPolicy& right) {
 }
 
 void Set(Context& context, const PolicyArguments& arguments) {
+  if (!arguments.tech && !arguments.family && !arguments.profile_v4 && !arguments.profile_v6) {
+    throw CommandFailed("no setting is given", "as in 'qcmapctl policy set 1 --profile-v4 2'");
+  }
   Session& session = context.session;
   const uint32_t index = *arguments.index;
   const std::string name = ProfileName(index);
@@ -103,7 +108,12 @@ void Delete(Context& context, const PolicyArguments& arguments) {
     const CallState state = ReadCallState(session, profile.index);
     const bool down =
         state.ipv4 == ConnectStatus::DISCONNECTED && state.ipv6 == ConnectStatus::DISCONNECTED;
-    throw CommandFailed(down ? Failure::REFUSED : Failure::PROFILE_IN_USE,
+    if (!down) throw CommandFailed(Failure::PROFILE_IN_USE, ProfileName(profile.index));
+    const std::vector<VlanMapping> mappings = ReadMappings(session);
+    const bool mapped = std::any_of(mappings.begin(), mappings.end(), [&profile](const auto& m) {
+      return m.profile_index == static_cast<int32_t>(profile.index);
+    });
+    throw CommandFailed(mapped ? Failure::PROFILE_MAPPED : Failure::REFUSED,
                         ProfileName(profile.index));
   }
   Report report;

@@ -63,9 +63,12 @@ void Add(Context& context, const MapArguments& arguments) {
       return v.vlan_id == vlan.vlan_id;
     });
     if (!vlan_exists) throw CommandFailed(Failure::NO_VLAN, "VLAN " + std::to_string(vlan.vlan_id));
-    throw CommandFailed(
-        Contains(ReadMappings(session), vlan) ? Failure::MAPPING_EXISTS : Failure::REFUSED,
-        NameOf(vlan));
+    const std::vector<VlanMapping> mappings = ReadMappings(session);
+    if (Contains(mappings, vlan)) throw CommandFailed(Failure::MAPPING_EXISTS, NameOf(vlan));
+    const bool mapped_elsewhere =
+        std::any_of(mappings.begin(), mappings.end(),
+                    [&vlan](const VlanMapping& m) { return m.vlan_id == vlan.vlan_id; });
+    throw CommandFailed(mapped_elsewhere ? Failure::VLAN_MAPPED : Failure::REFUSED, NameOf(vlan));
   }
   Finish(context, DescribeChange(vlan, "added"));
 }
@@ -75,6 +78,14 @@ void Delete(Context& context, const MapArguments& arguments) {
   if (arguments.index) session.Policy(*arguments.index);
   VlanConfig vlan{0, arguments.vlan_id,
                   arguments.index ? static_cast<int32_t>(*arguments.index) : -1};
+  if (!arguments.index) {
+    // What the library would look up by itself; read here, so that the result can name it.
+    for (const VlanMapping& mapping : ReadMappings(session)) {
+      if (mapping.vlan_id != vlan.vlan_id || mapping.profile_index < 0) continue;
+      vlan.profile_index = mapping.profile_index;
+      break;
+    }
+  }
   if (!session.Wrapper().DeletePdnToVlanMapping(vlan)) {
     session.RequireServer();
     throw CommandFailed(
