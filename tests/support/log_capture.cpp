@@ -5,33 +5,60 @@
 
 #include <cstdarg>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <mutex>
+#include <set>
 #include <utility>
 
 #include "allocation.h"
 
 namespace {
 
+struct Entry {
+  int priority;
+  std::string signature;
+  int number;
+  std::string format;
+  std::string text;
+};
+
 std::mutex mutex;
-std::vector<std::string> lines;
+std::vector<Entry> entries;
 
 void Keep(int priority, const char* format, va_list arguments) {
   const Untracked untracked;
-  if (std::string(format).rfind("%s %d: ", 0) != 0) {
-    ADD_FAILURE() << "line without its head: " << format;
-    return;
+  Entry entry{priority, "", 0, format, ""};
+  if (entry.format.rfind("%s %d: ", 0) == 0) {
+    va_list head;
+    va_copy(head, arguments);
+    entry.signature = va_arg(head, const char*);
+    entry.number = va_arg(head, int);
+    va_end(head);
   }
-  va_list head;
-  va_copy(head, arguments);
-  const std::string signature = va_arg(head, const char*);
-  const int number = va_arg(head, int);
-  va_end(head);
-  EXPECT_GT(number, 0) << format;
   char text[2048];
   vsnprintf(text, sizeof text, format, arguments);
-  const std::string start = signature + " " + std::to_string(number) + ": ";
+  const std::string start = entry.signature + " " + std::to_string(entry.number) + ": ";
+  entry.text = std::string(text).substr(start.size());
   const std::lock_guard<std::mutex> lock(mutex);
-  lines.push_back(Line(priority, signature, text + start.size()));
+  entries.push_back(entry);
+}
+
+/// Whether the call it came from stands at its number in some source.
+bool IsWhereItSays(const Entry& entry) {
+  std::string literal = entry.format.substr(7);
+  if (!literal.empty() && literal.back() == '\n') literal.replace(literal.size() - 1, 1, "\\n");
+  for (const auto& file : std::filesystem::recursive_directory_iterator(MVQ_QCMAP_SOURCE_DIR)) {
+    if (file.path().extension() != ".cpp") continue;
+    std::ifstream stream(file.path());
+    std::string line, next;
+    for (int i = 0; i < entry.number; ++i) std::getline(stream, line);
+    std::getline(stream, next);
+    if (line.find("SYSLOG(") != std::string::npos &&
+        (line + next).find('"' + literal + '"') != std::string::npos)
+      return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -43,8 +70,18 @@ std::string Line(int priority, std::string signature, const std::string& text) {
 }
 
 std::vector<std::string> TakeLog() {
+  static std::set<std::string> checked;
+  std::vector<std::string> lines;
   const std::lock_guard<std::mutex> lock(mutex);
-  return std::exchange(lines, {});
+  for (const Entry& entry : std::exchange(entries, {})) {
+    EXPECT_NE(entry.signature, "") << "line without its head: " << entry.format;
+    if (checked.insert(entry.signature + std::to_string(entry.number) + entry.format).second) {
+      EXPECT_TRUE(IsWhereItSays(entry)) << entry.signature << " logged from line " << entry.number
+                                        << ", which is no SYSLOG( of: " << entry.format;
+    }
+    lines.push_back(Line(entry.priority, entry.signature, entry.text));
+  }
+  return lines;
 }
 
 #define KEEP_LINE(priority, format)  \

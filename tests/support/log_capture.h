@@ -8,6 +8,6 @@
 /// wrapper class's qualified name.
 std::string Line(int priority, std::string signature, const std::string& text);
 
-/// What all threads have logged since the last call. A line that does not begin as every line must
-/// fails the test.
+/// What all threads have logged since the last call. Fails the test when a line does not begin as
+/// every line must, or when its number is not that of a SYSLOG( with its text as one literal.
 std::vector<std::string> TakeLog();
