@@ -3,12 +3,10 @@
 
 #include <utility>
 
-namespace mox {
-namespace util {
+namespace mox::util {
 
 __attribute__((visibility("default"))) bool EventDic::AddParam(Param param, std::string value) {
   return params_.emplace(param, std::move(value)).second;
 }
 
-}  // namespace util
-}  // namespace mox
+}  // namespace mox::util

@@ -6,8 +6,7 @@
 #include <cctype>
 #include <cstdint>
 
-namespace mox {
-namespace util {
+namespace mox::util {
 namespace {
 
 /// A number in host byte order from a strict dotted quad: four decimal parts without leading zeros,
@@ -80,5 +79,4 @@ bool NetworkManager::CheckIpv4MacValidation(std::string text) {
   return true;
 }
 
-}  // namespace util
-}  // namespace mox
+}  // namespace mox::util

@@ -12,8 +12,7 @@
 #include <cstring>
 #include <memory>
 
-namespace mox {
-namespace util {
+namespace mox::util {
 namespace {
 
 /// argv[0] of a process. Empty when it has none (a zombie, a kernel thread) or has just ended.
@@ -46,5 +45,4 @@ int ProcessControl::GetPidByProcessName(std::string name, int /*limit*/) {
   return -1;
 }
 
-}  // namespace util
-}  // namespace mox
+}  // namespace mox::util

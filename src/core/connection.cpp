@@ -9,10 +9,7 @@
 #include "core/log.h"
 #include "core/unlocked.h"
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 namespace {
 
@@ -100,7 +97,4 @@ bool QcmapWrapper::ConnectToQcmapIfNeeded() {
   return true;
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

@@ -6,10 +6,7 @@
 #include <cstdint>
 #include <string>
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 /// The address in host byte order; all ones for a text that is none.
 [[nodiscard]] inline uint32_t FromDottedQuad(const std::string& address) {
@@ -24,7 +21,4 @@ namespace qcmap {
   return ::inet_ntop(AF_INET, &network_order, text, sizeof(text)) != nullptr ? text : "";
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

@@ -6,10 +6,7 @@
 
 #include <qcmap_client.h>
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 constexpr uint32_t kMaxPolicies = QCMAP_MSGR_MAX_WWAN_POLICY_V01;
 
@@ -31,7 +28,4 @@ constexpr uint32_t kMaxPolicies = QCMAP_MSGR_MAX_WWAN_POLICY_V01;
   return std::clamp(count, 0, static_cast<int32_t>(kMaxPolicies));
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

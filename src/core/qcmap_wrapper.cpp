@@ -7,10 +7,7 @@
 
 #include "core/unlocked.h"
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 Mutex::Mutex() {
   pthread_mutex_init(&mutex_, nullptr);
@@ -56,7 +53,4 @@ QcmapWrapper::~QcmapWrapper() {
   delete client_;
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

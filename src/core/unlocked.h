@@ -1,10 +1,7 @@
 /// Access to members that several threads use without a lock.
 #pragma once
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 template <typename Member>
 [[nodiscard]] Member Load(const Member& member) {
@@ -17,7 +14,4 @@ void Store(Member& member, Value value) {
   __atomic_store_n(&member, value, __ATOMIC_RELEASE);
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

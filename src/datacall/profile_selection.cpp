@@ -7,10 +7,7 @@
 #include "core/policy_list.h"
 #include "core/unlocked.h"
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 bool QcmapWrapper::ChangeWwanProfile(uint32_t index) {
   if (!ConnectToQcmapIfNeeded()) return false;
@@ -51,7 +48,4 @@ bool QcmapWrapper::GetProfileHandle(uint32_t index, profile_handle_type_v01& han
   return true;
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

@@ -1,10 +1,7 @@
 /// Whether subscribers' callbacks are running on a thread.
 #pragma once
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 /// Marks its thread, for as long as it lives, as the one on which an event is delivered.
 class Delivery {
@@ -17,7 +14,4 @@ class Delivery {
   [[nodiscard]] static bool RunsOnThisThread();
 };
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

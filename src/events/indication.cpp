@@ -14,10 +14,7 @@
 #include "events/delivery.h"
 #include "mox/vendor/qcom/qcmap/subscription.h"
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 namespace {
 
@@ -177,7 +174,4 @@ void QcmapWrapper::EvtCb(qmi_client_type client, uint32_t message_id, void* byte
   }
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

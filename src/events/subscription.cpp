@@ -7,27 +7,7 @@
 #include "core/log.h"
 #include "events/delivery.h"
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
-
-namespace {
-
-// Of the initial-exec model, so that reading it calls into no other library and allocates nothing.
-[[gnu::tls_model("initial-exec")]] thread_local bool runs_on_this_thread = false;
-
-}  // namespace
-
-Delivery::Delivery() {
-  runs_on_this_thread = true;
-}
-Delivery::~Delivery() {
-  runs_on_this_thread = false;
-}
-bool Delivery::RunsOnThisThread() {
-  return runs_on_this_thread;
-}
+namespace mox::vendor::qcom::qcmap {
 
 // What a callback owns may take locks or subscribe when it goes: in both functions the callback
 // that is replaced or removed outlives the lock.
@@ -52,7 +32,4 @@ void Unsubscribe(QcmapWrapper& wrapper, void* subscriber) {
   removed = wrapper.event_callbacks_.extract(subscriber);
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

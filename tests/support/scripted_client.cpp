@@ -280,8 +280,7 @@ extern "C" int qmi_client_message_decode(qmi_client_type, int message_type, unsi
   return 0;
 }
 
-namespace mox {
-namespace util {
+namespace mox::util {
 
 int ProcessControl::GetPidByProcessName(std::string name, int limit) {
   NoteUtility("GetPidByProcessName", name, limit);
@@ -318,5 +317,4 @@ bool EventDic::AddParam(Param param, std::string value) {
   return params_.emplace(param, std::move(value)).second;
 }
 
-}  // namespace util
-}  // namespace mox
+}  // namespace mox::util

@@ -3,7 +3,7 @@
 #include <new>
 #include <thread>
 
-#include "session.h"
+#include "world.h"
 
 namespace {
 
@@ -22,26 +22,26 @@ TEST(Connection, AttemptsUntilOneSucceeds) {
       {1, "", -1, refused}, {0, "EnableMobileAP", 1, connected}};
   for (const auto& [pid, request, ap_status, told] : rows) {
     SCOPED_TRACE(Join("pid", pid, "status", ap_status));
-    Session session(-1);
-    session.script.pid = pid;
-    session.script.ap_status = static_cast<qcmap_msgr_mobile_ap_status_enum_v01>(ap_status);
-    session.script.Refuse(request);
+    World world(-1);
+    world.script.pid = pid;
+    world.script.ap_status = static_cast<qcmap_msgr_mobile_ap_status_enum_v01>(ap_status);
+    world.script.Refuse(request);
     const bool connects = told == connected;
     for (int attempt = 1; attempt <= 2; ++attempt) {
-      session.Forget();
-      EXPECT_EQ(session.wrapper.ConnectToQcmapIfNeeded(), connects);
-      EXPECT_EQ(session.script.live_clients, connects);
+      world.Forget();
+      EXPECT_EQ(world.wrapper.ConnectToQcmapIfNeeded(), connects);
+      EXPECT_EQ(world.script.live_clients, connects);
       const bool made = attempt == 1 || !connects;
       Lines log = told;
       log.insert(log.begin(),
                  Line(7, "bool @IsQcmapAlive()", Join("QCMAP_ConnectionManager pid", pid) + "\n"));
       EXPECT_EQ(TakeLog(), made ? log : Lines());
-      EXPECT_EQ(session.script.utility_calls,
+      EXPECT_EQ(world.script.utility_calls,
                 made ? Lines{"GetPidByProcessName QCMAP_ConnectionManager 200"} : Lines());
       // The status is asked for with the error value that the enable left.
       const Lines sent = {"EnableMobileAP",
                           connects ? "GetMobileAPStatus (error 59)" : "GetMobileAPStatus"};
-      EXPECT_EQ(session.Sent(), made && pid >= 0 ? sent : Lines());
+      EXPECT_EQ(world.Sent(), made && pid >= 0 ? sent : Lines());
     }
   }
 }
@@ -49,39 +49,39 @@ TEST(Connection, AttemptsUntilOneSucceeds) {
 TEST(Connection, ComesBeforeTheArguments) {
   MobileapManager::VlanConfig vlan = {9, 1, -1};
   MobileapManager::IpPassthroughConfig host;
-  Session session(-1);
+  World world(-1);
   for (const auto operation : {&QcmapWrapper::SetPdnToVlanMapping, &QcmapWrapper::SetVlanConfig,
                                &QcmapWrapper::DeleteVlanConfig}) {
-    EXPECT_FALSE((session.wrapper.*operation)(vlan));
+    EXPECT_FALSE((world.wrapper.*operation)(vlan));
     EXPECT_EQ(TakeLog().back(), Line(4, kStep, "QCMAP server is not alive"));
   }
-  EXPECT_FALSE(session.wrapper.SetIpPassthrough(true, host));
-  EXPECT_EQ(session.script.utility_calls.size(), 4u) << "probes alone";
+  EXPECT_FALSE(world.wrapper.SetIpPassthrough(true, host));
+  EXPECT_EQ(world.script.utility_calls.size(), 4u) << "probes alone";
 }
 
 TEST(Connection, AttemptThatThrowsLeavesNoClient) {
   for (const char* const request : {"EnableMobileAP", "GetMobileAPStatus"}) {
-    Session session(-1);
-    session.script.pid = 1;
-    session.script.before[request] = [] { throw std::bad_alloc(); };
-    EXPECT_THROW(session.wrapper.ActivateLan(), std::bad_alloc);
-    EXPECT_EQ(session.script.live_clients, 0);
-    session.script.before.clear();
-    EXPECT_TRUE(session.wrapper.ActivateLan());
+    World world(-1);
+    world.script.pid = 1;
+    world.script.before[request] = [] { throw std::bad_alloc(); };
+    EXPECT_THROW(world.wrapper.ActivateLan(), std::bad_alloc);
+    EXPECT_EQ(world.script.live_clients, 0);
+    world.script.before.clear();
+    EXPECT_TRUE(world.wrapper.ActivateLan());
   }
 }
 
 // With the attempt parked before it has a client, and after.
 TEST(ThreadsConnection, OneAttemptsAndTheOthersFailAtOnce) {
   for (const char* const step : {"GetPidByProcessName", "GetMobileAPStatus"}) {
-    Session session(-1);
-    session.script.pid = 1;
+    World world(-1);
+    world.script.pid = 1;
     std::promise<void> parked, release;
-    session.script.before[step] = [&] {
+    world.script.before[step] = [&] {
       parked.set_value();
       release.get_future().wait();
     };
-    const auto operation = [&] { return session.wrapper.ActivateLan(); };
+    const auto operation = [&] { return world.wrapper.ActivateLan(); };
     auto attempt = std::async(std::launch::async, operation);
     parked.get_future().wait();
     TakeLog();
@@ -91,8 +91,8 @@ TEST(ThreadsConnection, OneAttemptsAndTheOthersFailAtOnce) {
     EXPECT_EQ(TakeLog(), Lines()) << step;
     release.set_value();
     EXPECT_TRUE(attempt.get()) << step;
-    EXPECT_EQ(session.script.clients_made, 1);
-    EXPECT_EQ(session.script.utility_calls.size(), 1u) << "probes";
+    EXPECT_EQ(world.script.clients_made, 1);
+    EXPECT_EQ(world.script.utility_calls.size(), 1u) << "probes";
   }
 }
 
@@ -100,19 +100,19 @@ TEST(ThreadsConnection, OneAttemptsAndTheOthersFailAtOnce) {
 TEST(ThreadsConnection, LeavesOneClientOrNone) {
   const qcmap_msgr_bring_up_wwan_ind_msg_v01 connected = {{77, 3, {}, 1, 5}, {}};
   for (int round = 0; round < 100; ++round) {
-    Session session(-1);
-    session.script.pid = 1;
-    if (round % 2 == 0) session.script.Refuse("GetMobileAPStatus");
+    World world(-1);
+    world.script.pid = 1;
+    if (round % 2 == 0) world.script.Refuse("GetMobileAPStatus");
     std::atomic<bool> done{false};
     std::thread indications([&] {
-      while (!done) session.script.Indicate(0x22, connected);
+      while (!done) world.script.Indicate(0x22, connected);
     });
     std::vector<std::thread> threads;
-    for (int i = 0; i < 4; ++i) threads.emplace_back([&] { session.wrapper.ChangeWwanProfile(1); });
+    for (int i = 0; i < 4; ++i) threads.emplace_back([&] { world.wrapper.ChangeWwanProfile(1); });
     for (auto& thread : threads) thread.join();
     done = true;
     indications.join();
-    ASSERT_EQ(session.script.live_clients, round % 2);
+    ASSERT_EQ(world.script.live_clients, round % 2);
   }
 }
 

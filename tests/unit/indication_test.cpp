@@ -1,5 +1,5 @@
 /// Indications: text and event of each, and those that are dropped.
-#include "session.h"
+#include "world.h"
 
 namespace {
 
@@ -41,9 +41,9 @@ TEST(Indication, EachStatusHasItsTextAndSomeAnEvent) {
       {0x22, "7 [BRING_UP] ", "2 34 108 108 cleared", "-10---"},
       {0x23, "7 [TEAR_DOWN] ", "2 35 108 28 cleared", "----32"},
       {0x25, "7 [WWAN_INDICATION] ", "2 37 108 108 cleared", "--4--5"}};
-  Session session;
+  World world;
   std::string event;
-  Subscribe(session.wrapper, &event, [&](EventDic& dictionary) { event = Text(dictionary); });
+  Subscribe(world.wrapper, &event, [&](EventDic& dictionary) { event = Text(dictionary); });
   for (const auto& [id, prefix, decoded, events] : rows) {
     for (size_t i = 0; i < 12; ++i) {
       const std::string version = i < 6 ? "4" : "6", text = texts[i % 6];
@@ -54,7 +54,7 @@ TEST(Indication, EachStatusHasItsTextAndSomeAnEvent) {
                     (text.empty() ? "\n" : "V" + version + text + "\n"));
       const std::string parameters = " 0 12=" + version + (has_profile ? " 13=4294967295" : "");
       EXPECT_EQ(event, has_event ? events[i % 6] + parameters : "") << prefix << version << text;
-      EXPECT_EQ(session.script.decoded, decoded);
+      EXPECT_EQ(world.script.decoded, decoded);
     }
     for (const int status : {-1, 0, 13}) EXPECT_EQ(Deliver(id, Call(status)), prefix + "\n");
   }
@@ -80,9 +80,9 @@ TEST(Indication, StatusIsOnlyLogged) {
 }
 
 TEST(Indication, IsDroppedWhenItCannotBeUsed) {
-  Session session;
+  World world;
   int events = 0;
-  Subscribe(session.wrapper, &events, [&](EventDic&) { ++events; });
+  Subscribe(world.wrapper, &events, [&](EventDic&) { ++events; });
   const auto expect_dropped = [](std::initializer_list<uint32_t> ids) {
     for (const uint32_t id : ids) EXPECT_EQ(Deliver(id, Call(3)), "nothing") << "id " << id;
   };
@@ -90,25 +90,25 @@ TEST(Indication, IsDroppedWhenItCannotBeUsed) {
   for (const uint32_t id : {0x22, 0x23}) {
     EXPECT_EQ(Deliver(id, Call(3, 1, 1, 78)), "3 ind handle [78] mobile ap handle [77] mismatch\n");
   }
-  session.script.decode_error = -4;
+  world.script.decode_error = -4;
   expect_dropped({0x22, 0x23, 0x25});
   for (const uint32_t id : {0x29, 0x5E}) {
     EXPECT_EQ(Deliver(id, Call(1)), "3 qmi_client_message_decode error -4\n");
   }
-  session.script.decode_error = 0;
+  world.script.decode_error = 0;
   fail_calloc = true;
   expect_dropped({0x22, 0x23, 0x25});
   fail_calloc = false;
   QcmapWrapper::s_ins_ = nullptr;
   expect_dropped({0x22, 0x23, 0x25});
   EXPECT_EQ(events, 0);
-  QcmapWrapper::s_ins_ = &session.wrapper;
+  QcmapWrapper::s_ins_ = &world.wrapper;
   EXPECT_EQ(Deliver(0x25, Call(3, 0, 0, 78)), "7 [WWAN_INDICATION] V4 CONNECTED\n");
   EXPECT_EQ(events, 1) << "whatever its handle";
 }
 
 TEST(Indication, WithoutClientOnlyTheStatusOfACallIsUsed) {
-  Session session(-1);
+  World world(-1);
   for (const uint32_t id : {0x22, 0x23}) EXPECT_EQ(Deliver(id, Call(3)), "nothing");
   EXPECT_EQ(Deliver(0x25, Call(3)), "7 [WWAN_INDICATION] V4 CONNECTED\n");
 }

@@ -3,7 +3,7 @@
 #include <new>
 #include <thread>
 
-#include "session.h"
+#include "world.h"
 
 namespace {
 
@@ -58,10 +58,10 @@ TEST(Lifecycle, EndReleasesTheClientThenTheSubscribers) {
 }
 
 TEST(ThreadsLifecycle, InstanceServesAllThreadsAndOneListOrConfigurationAtATime) {
-  Session session;
+  World world;
   std::atomic<int> running{0}, overlaps{0};
   for (const char* const request : {"GetWWANPolicyList", "GetNetworkConfiguration"}) {
-    session.script.before[request] = [&] {
+    world.script.before[request] = [&] {
       overlaps += running++ != 0;
       std::this_thread::yield();
       --running;

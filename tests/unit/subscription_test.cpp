@@ -4,7 +4,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "session.h"
+#include "world.h"
 
 namespace {
 
@@ -14,33 +14,33 @@ void Deliver() {
 }
 
 TEST(Subscription, DeliversOneDictionaryFromTheLowestSubscriberUp) {
-  Session session;
+  World world;
   int keys[4];
   std::string calls;
   const auto note = [&](char name) {
     return [&calls, name](EventDic& event) { calls += name + std::to_string(event.extra_++); };
   };
-  Subscribe(session.wrapper, &keys[3], note('d'));
-  Subscribe(session.wrapper, &keys[1], note('x'));
-  Subscribe(session.wrapper, &keys[2], nullptr);
-  Subscribe(session.wrapper, &keys[1], note('b'));
-  Subscribe(session.wrapper, &keys[0], note('a'));
+  Subscribe(world.wrapper, &keys[3], note('d'));
+  Subscribe(world.wrapper, &keys[1], note('x'));
+  Subscribe(world.wrapper, &keys[2], nullptr);
+  Subscribe(world.wrapper, &keys[1], note('b'));
+  Subscribe(world.wrapper, &keys[0], note('a'));
   Deliver();
   EXPECT_EQ(calls, "a0b1d2");
-  Unsubscribe(session.wrapper, &keys[1]);
-  Unsubscribe(session.wrapper, &calls);
+  Unsubscribe(world.wrapper, &keys[1]);
+  Unsubscribe(world.wrapper, &calls);
   Deliver();
   EXPECT_EQ(calls, "a0b1d2a0d1");
 }
 
 TEST(Subscription, ChangesNothingFromWithinACallback) {
-  Session session;
+  World world;
   int calls = 0, other = 0;
-  Subscribe(session.wrapper, &calls, [&](EventDic&) {
+  Subscribe(world.wrapper, &calls, [&](EventDic&) {
     ++calls;
-    Unsubscribe(session.wrapper, &calls);
-    Subscribe(session.wrapper, &other, [&](EventDic&) { ++other; });
-    EXPECT_TRUE(session.wrapper.ActivateLan()) << "operations may be called";
+    Unsubscribe(world.wrapper, &calls);
+    Subscribe(world.wrapper, &other, [&](EventDic&) { ++other; });
+    EXPECT_TRUE(world.wrapper.ActivateLan()) << "operations may be called";
   });
   Deliver();
   const Lines log = TakeLog();
@@ -52,17 +52,17 @@ TEST(Subscription, ChangesNothingFromWithinACallback) {
       Line(3, space + "Subscribe(QcmapWrapper&, void*, std::function<void(mox::util::EventDic&)>)",
            text));
   Deliver();
-  Unsubscribe(session.wrapper, &calls);
+  Unsubscribe(world.wrapper, &calls);
   Deliver();
   EXPECT_EQ(calls, 2);
   EXPECT_EQ(other, 0);
 }
 
 TEST(Subscription, ExceptionLeavesTheCallbackWithTheLockFree) {
-  Session session;
+  World world;
   int keys[3], calls = 0;
   for (int& key : keys) {
-    Subscribe(session.wrapper, &key, [&](EventDic&) {
+    Subscribe(world.wrapper, &key, [&](EventDic&) {
       if (++calls == 2) throw std::runtime_error("subscriber");
     });
   }
@@ -74,26 +74,26 @@ TEST(Subscription, ExceptionLeavesTheCallbackWithTheLockFree) {
 
 // What a callback owns may itself unsubscribe when it goes.
 TEST(Subscription, DestroysCallbacksOutsideTheLock) {
-  Session session;
+  World world;
   int key = 0, gone = 0;
   const auto unsubscribe = [&](int* count) {
     ++*count;
-    Unsubscribe(session.wrapper, count);
+    Unsubscribe(world.wrapper, count);
   };
   for (int i = 0; i < 2; ++i) {
-    Subscribe(session.wrapper, &key,
+    Subscribe(world.wrapper, &key,
               [owned = std::shared_ptr<int>(&gone, unsubscribe)](EventDic&) {});
     EXPECT_EQ(gone, i);
   }
-  Unsubscribe(session.wrapper, &key);
+  Unsubscribe(world.wrapper, &key);
   EXPECT_EQ(gone, 2);
 }
 
 TEST(ThreadsSubscription, UnsubscribeWaitsForADeliveryUnderWay) {
-  Session session;
+  World world;
   std::promise<void> parked, release;
   bool finished = false;
-  Subscribe(session.wrapper, &finished, [&](EventDic&) {
+  Subscribe(world.wrapper, &finished, [&](EventDic&) {
     parked.set_value();
     release.get_future().wait();
     finished = true;
@@ -101,7 +101,7 @@ TEST(ThreadsSubscription, UnsubscribeWaitsForADeliveryUnderWay) {
   std::thread delivery(Deliver);
   parked.get_future().wait();
   auto unsubscribed = std::async(std::launch::async, [&] {
-    Unsubscribe(session.wrapper, &finished);
+    Unsubscribe(world.wrapper, &finished);
     return finished;
   });
   EXPECT_EQ(unsubscribed.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
@@ -111,18 +111,18 @@ TEST(ThreadsSubscription, UnsubscribeWaitsForADeliveryUnderWay) {
 }
 
 TEST(ThreadsSubscription, NothingRunsAfterUnsubscribe) {
-  Session session;
+  World world;
   std::atomic<int> delivered{0};
   std::vector<std::thread> threads;
   for (int i = 0; i < 3; ++i) {
     threads.emplace_back([&] {
       while (delivered < 500) {
         const auto calls = std::make_unique<int>(0);
-        Subscribe(session.wrapper, calls.get(), [&delivered, counted = calls.get()](EventDic&) {
+        Subscribe(world.wrapper, calls.get(), [&delivered, counted = calls.get()](EventDic&) {
           ++*counted;
           ++delivered;
         });
-        Unsubscribe(session.wrapper, calls.get());
+        Unsubscribe(world.wrapper, calls.get());
       }
     });
   }

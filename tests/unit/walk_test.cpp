@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <functional>
 
-#include "session.h"
+#include "world.h"
 
 namespace {
 
@@ -218,9 +218,9 @@ void Grant(Script& script) {
 class Walk : public testing::TestWithParam<Operation> {};
 
 TEST_P(Walk, WithoutServerSendsNothing) {
-  Session session(-1);
-  EXPECT_EQ(GetParam().call(session.wrapper), 1);
-  EXPECT_EQ(session.script.clients_made, 0);
+  World world(-1);
+  EXPECT_EQ(GetParam().call(world.wrapper), 1);
+  EXPECT_EQ(world.script.clients_made, 0);
   const std::string step = "bool @ConnectToQcmapIfNeeded()";
   EXPECT_EQ(TakeLog(), (Lines{Line(7, "bool @IsQcmapAlive()", "QCMAP_ConnectionManager pid -1\n"),
                               Line(4, step, "QCMAP server is not alive")}));
@@ -229,10 +229,10 @@ TEST_P(Walk, WithoutServerSendsNothing) {
 TEST_P(Walk, WithProfileRefusedSendsNoRequestOfItsOwn) {
   const auto selections = static_cast<size_t>(GetParam().selections);
   if (selections == 0) return;
-  Session session;
-  session.script.Refuse("GetWWANPolicyList");
-  EXPECT_EQ(GetParam().call(session.wrapper), 1);
-  EXPECT_EQ(session.Sent(), Lines(selections, "GetWWANPolicyList"));
+  World world;
+  world.script.Refuse("GetWWANPolicyList");
+  EXPECT_EQ(GetParam().call(world.wrapper), 1);
+  EXPECT_EQ(world.Sent(), Lines(selections, "GetWWANPolicyList"));
   const std::string told = "QCMAP_Client::GetWWANPolicyList error 59[0x3b]\n";
   EXPECT_EQ(TakeLog(), Lines(selections, Line(3, kSelection, told)));
 }
@@ -240,35 +240,35 @@ TEST_P(Walk, WithProfileRefusedSendsNoRequestOfItsOwn) {
 TEST_P(Walk, RefusedTellsWhy) {
   for (const Refusal& refusal : GetParam().refusals) {
     SCOPED_TRACE("refused: " + refusal.request);
-    Session session;
-    Grant(session.script);
-    ASSERT_TRUE(GetParam().selections == 0 || session.wrapper.ChangeWwanProfile(1));
-    session.Forget();
-    session.script.Refuse(refusal.request);
-    EXPECT_EQ(GetParam().call(session.wrapper), 1);
+    World world;
+    Grant(world.script);
+    ASSERT_TRUE(GetParam().selections == 0 || world.wrapper.ChangeWwanProfile(1));
+    world.Forget();
+    world.script.Refuse(refusal.request);
+    EXPECT_EQ(GetParam().call(world.wrapper), 1);
     Lines requests = GetParam().requests;
     const auto is_refused = [&](const std::string& request) {
       return request.substr(0, request.find(' ')) == refusal.request;
     };
     requests.erase(std::find_if(requests.begin(), requests.end(), is_refused) + 1, requests.end());
-    EXPECT_EQ(session.Sent(), requests);
+    EXPECT_EQ(world.Sent(), requests);
     EXPECT_EQ(TakeLog(), Prefixed(GetParam(), refusal.log));
   }
 }
 
 TEST_P(Walk, GrantedSendsItsRequestsInOrder) {
-  Session session;
-  Grant(session.script);
+  World world;
+  Grant(world.script);
   int allocated = 0;
   {
     const Allocations allocations;
-    EXPECT_EQ(GetParam().call(session.wrapper), 0);
+    EXPECT_EQ(GetParam().call(world.wrapper), 0);
     allocated = allocations.count();
   }
   EXPECT_LE(allocated, GetParam().allocations);
   Lines requests = GetParam().selections > 0 ? kSelectSecond : Lines();
   requests.insert(requests.end(), GetParam().requests.begin(), GetParam().requests.end());
-  EXPECT_EQ(session.Sent(), requests);
+  EXPECT_EQ(world.Sent(), requests);
   EXPECT_EQ(TakeLog(), Prefixed(GetParam(), GetParam().log));
 }
 

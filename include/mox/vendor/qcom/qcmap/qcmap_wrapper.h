@@ -143,7 +143,7 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// selected index has since gone from the list.
   bool GetProfileHandle(uint32_t index, profile_handle_type_v01& handle);
 
-  // Policies (wwan_policy.cpp).
+  // Policies (policy.cpp).
 
   /// Changes the policy of a profile. The modem profile numbers sent are, by `family`: IPV4:
   /// `profile_1` for IPv4; IPV6: `profile_1` for IPv6; IPV4V6: `profile_1` for IPv4 and `profile_2`
@@ -183,7 +183,7 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// Asks no server.
   static mox::util::IPFamily ConvertToIPFamily(qcmap_msgr_ip_family_enum_v01 family);
 
-  // Per-profile switches (profile_switch.cpp). A flag that is read is written by the client itself,
+  // Per-profile switches (switch.cpp). A flag that is read is written by the client itself,
   // which leaves it alone when the request fails.
 
   /// Switches whether the server brings the profile's call up by itself.
@@ -202,7 +202,7 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   bool GetIpv4State(uint32_t index, bool& enabled);
   bool GetIpv6State(uint32_t index, bool& enabled);
 
-  // Backhaul call (backhaul.cpp).
+  // Backhaul call (call.cpp).
 
   /// Reads the state of both families of a profile's call.
   bool GetWwanConnectStatus(uint32_t index, mox::wwan::DataManager::ConnectStatus& v4_status,
@@ -223,7 +223,7 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// granted). The profile stays selected, also after a failure.
   mox::Result DisconnectBackhaul(uint32_t index, mox::util::IPFamily family);
 
-  // Statistics (wwan_statistics.cpp).
+  // Statistics (stats.cpp).
 
   /// Traffic counters in the server's order. What each counts is the server's to say.
   struct WWANStatics {
@@ -242,7 +242,7 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// Sets the counters to zero. Families and results as for GetWWANStatistics.
   mox::Result ResetWWANStatistics(uint32_t index, mox::util::IPFamily family);
 
-  // Network configuration (network_config.cpp).
+  // Network configuration (address.cpp).
 
   /// Reads the three addresses of one family of a profile's call, IPV4 or IPV6 (FAILURE, silent,
   /// for any other). NO_NETWORK when the call has none. After a failure `config.ip_family` is NONE
@@ -250,7 +250,7 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   mox::Result GetNetworkConfig(uint32_t index, mox::util::IPFamily family,
                                mox::wwan::DataManager::NetworkConfig& config);
 
-  // LAN (lan_config.cpp); addresses and the netmask are IPv4 in dotted-quad form.
+  // LAN (lan.cpp); addresses and the netmask are IPv4 in dotted-quad form.
 
   /// Reads the LAN's gateway address, netmask, DHCP switch, range and lease time (the server's
   /// number, unchanged; one above 2^31 - 1 comes back negative).
@@ -269,7 +269,7 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// Has the server apply the LAN configuration.
   bool ActivateLan();
 
-  // VLANs (vlan_config.cpp).
+  // VLANs (vlan.cpp).
 
   /// Adds VLAN `vlan_id` (2 to 4094) on the interface of `tethering_mode` (1 rndis0, 2 ecm0, 3
   /// eth0); LOG_ERR for others. Neither this nor DeleteVlanConfig looks at `profile_index` or
@@ -283,7 +283,7 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// nothing appended, also when the request fails without an error code (LOG_ERR).
   bool GetVlanConfigs(std::vector<mox::wwan::MobileapManager::VlanConfig>& vlans);
 
-  // PDN-to-VLAN mapping (pdn_vlan_mapping.cpp); selects no profile.
+  // PDN-to-VLAN mapping (map.cpp); selects no profile.
 
   /// Maps VLAN `vlan_id` to the profile `profile_index`. Silent when there is no such profile.
   /// `tethering_mode` is not looked at; the server judges the VLAN id, of which it gets 16 bits.
@@ -299,7 +299,7 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// policy has the mapping's handle any more. Selects no profile.
   bool GetPdnToVlanMapping(std::vector<mox::wwan::MobileapManager::VlanMapping>& mappings);
 
-  // IP passthrough (ip_passthrough.cpp).
+  // IP passthrough (passthrough.cpp).
 
   /// With `enable`, hands the WWAN address through to the USB host `host_device_name` (at most 100
   /// bytes, LOG_ERR beyond; a MAC address is refused too, LOG_ERR; it ends at a zero byte). Refuses

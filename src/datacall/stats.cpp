@@ -7,10 +7,7 @@
 
 #include "core/log.h"
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 namespace {
 
@@ -73,7 +70,4 @@ mox::Result QcmapWrapper::ResetWWANStatistics(uint32_t index, mox::util::IPFamil
   return mox::Result::SUCCESS;
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

@@ -11,10 +11,7 @@
 #include "core/dotted_quad.h"
 #include "core/log.h"
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 namespace {
 
@@ -69,7 +66,4 @@ mox::Result QcmapWrapper::GetNetworkConfig(uint32_t index, mox::util::IPFamily f
   return mox::Result::SUCCESS;
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

@@ -7,10 +7,7 @@
 #include "core/dotted_quad.h"
 #include "core/log.h"
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 namespace {
 
@@ -109,7 +106,4 @@ bool QcmapWrapper::ActivateLan() {
   return true;
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

@@ -9,10 +9,7 @@
 
 #include "core/log.h"
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 namespace {
 
@@ -122,7 +119,4 @@ mox::Result QcmapWrapper::DisconnectBackhaul(uint32_t index, mox::util::IPFamily
   return granted ? mox::Result::SUCCESS : mox::Result::FAILURE;
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

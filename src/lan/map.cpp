@@ -8,10 +8,7 @@
 #include "core/log.h"
 #include "core/policy_list.h"
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 namespace {
 
@@ -131,7 +128,4 @@ bool QcmapWrapper::GetPdnToVlanMapping(
   return true;
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

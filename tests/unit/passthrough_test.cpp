@@ -1,7 +1,7 @@
 /// IP passthrough: order of the checks, the name within its field, what a failure leaves.
 #include <cstring>
 
-#include "session.h"
+#include "world.h"
 
 namespace {
 
@@ -9,7 +9,7 @@ using DeviceType = MobileapManager::DeviceType;
 
 const std::string kParameter = "mox::wwan::MobileapManager::IpPassthroughConfig&)";
 
-TEST(IpPassthrough, ChecksTypeThenFormThenLength) {
+TEST(Passthrough, ChecksTypeThenFormThenLength) {
   const std::string longest(100, 'n'), too_long = std::string("n\0", 2) + std::string(99, 'n');
   const std::string length = "host_device_name length should be equal or less than 100\n";
   const std::string form = "USB host needs host name information instead of mac address";
@@ -23,21 +23,21 @@ TEST(IpPassthrough, ChecksTypeThenFormThenLength) {
       {true, 2, true, too_long, "", ""},
       {false, 0, true, too_long, "0 1 0 cleared ", ""}};
   for (const auto& [enable, type, is_mac, name, sent, logged] : rows) {
-    Session session;
-    session.script.is_mac = is_mac;
+    World world;
+    world.script.is_mac = is_mac;
     MobileapManager::IpPassthroughConfig config = {DeviceType{type}, name, 9};
-    EXPECT_EQ(session.wrapper.SetIpPassthrough(enable, config), !sent.empty());
+    EXPECT_EQ(world.wrapper.SetIpPassthrough(enable, config), !sent.empty());
     Lines requests = {"SetIPPassthroughConfig " + sent};
     Lines log = {Line(3, "bool @SetIpPassthrough(bool, " + kParameter, logged)};
     if (sent.empty()) requests.clear();
     if (logged.empty()) log.clear();
-    EXPECT_EQ(session.Sent(), requests);
+    EXPECT_EQ(world.Sent(), requests);
     EXPECT_EQ(TakeLog(), log);
-    EXPECT_EQ(session.script.utility_calls.size(), enable && type == 1 ? 1u : 0u);
+    EXPECT_EQ(world.script.utility_calls.size(), enable && type == 1 ? 1u : 0u);
   }
 }
 
-TEST(IpPassthrough, ReadoutWritesOnlyWhatItLearned) {
+TEST(Passthrough, ReadoutWritesOnlyWhatItLearned) {
   const std::string unsupported =
       "device_type [0xb] is not supported : TODO supports other device types\n";
   const std::string error = " error 59[0x3b]\n";
@@ -50,13 +50,13 @@ TEST(IpPassthrough, ReadoutWritesOnlyWhatItLearned) {
       {"GetIPPassthroughState", 1, 3, false, "1 1 laptop 9", error},
       {"GetIPPassthroughState", 0, 4, false, "0 7 caller 9", error}};
   for (const auto& [refused, mode, device, success, values, line] : rows) {
-    Session session;
-    session.script.passthrough_mode = mode;
-    session.script.passthrough.device_type = device;
-    if (!refused.empty()) session.script.Refuse(refused);
+    World world;
+    world.script.passthrough_mode = mode;
+    world.script.passthrough.device_type = device;
+    if (!refused.empty()) world.script.Refuse(refused);
     bool enabled = true;
     MobileapManager::IpPassthroughConfig config = {DeviceType{7}, "caller", 9};
-    EXPECT_EQ(session.wrapper.GetIpPassthrough(enabled, config), success);
+    EXPECT_EQ(world.wrapper.GetIpPassthrough(enabled, config), success);
     EXPECT_EQ(Join(enabled, static_cast<int>(config.device_type), config.host_device_name,
                    +config.pt_state),
               values)
@@ -67,15 +67,15 @@ TEST(IpPassthrough, ReadoutWritesOnlyWhatItLearned) {
   }
 }
 
-TEST(IpPassthrough, ReadsANameWithinItsField) {
-  Session session;
-  auto& field = session.script.passthrough.device_name;
+TEST(Passthrough, ReadsANameWithinItsField) {
+  World world;
+  auto& field = world.script.passthrough.device_name;
   bool enabled = false;
   MobileapManager::IpPassthroughConfig config;
   for (const size_t length : {0, 100, 101, 102}) {
     std::memset(field, 'x', sizeof field);
     if (length < sizeof field) field[length] = '\0';
-    EXPECT_TRUE(session.wrapper.GetIpPassthrough(enabled, config));
+    EXPECT_TRUE(world.wrapper.GetIpPassthrough(enabled, config));
     EXPECT_EQ(config.host_device_name, std::string(length, 'x'));
   }
 }

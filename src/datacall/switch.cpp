@@ -5,10 +5,7 @@
 
 #include "core/log.h"
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 // The texts differ in small ways that readers of the log search for: none is built from a pattern.
 // The reading operations hand the caller's own flag to the client, which writes 0 or 1 into it.
@@ -124,7 +121,4 @@ bool QcmapWrapper::GetIpv6State(uint32_t index, bool& enabled) {
   return true;
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

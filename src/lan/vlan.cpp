@@ -8,10 +8,7 @@
 
 #include "core/log.h"
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 namespace {
 
@@ -113,7 +110,4 @@ bool QcmapWrapper::GetVlanConfigs(std::vector<mox::wwan::MobileapManager::VlanCo
   return true;
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

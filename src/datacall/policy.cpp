@@ -8,10 +8,7 @@
 #include "core/log.h"
 #include "core/policy_list.h"
 
-namespace mox {
-namespace vendor {
-namespace qcom {
-namespace qcmap {
+namespace mox::vendor::qcom::qcmap {
 
 namespace {
 
@@ -209,7 +206,4 @@ mox::util::IPFamily QcmapWrapper::ConvertToIPFamily(qcmap_msgr_ip_family_enum_v0
   }
 }
 
-}  // namespace qcmap
-}  // namespace qcom
-}  // namespace vendor
-}  // namespace mox
+}  // namespace mox::vendor::qcom::qcmap

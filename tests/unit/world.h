@@ -28,12 +28,12 @@ const Lines kSelectSecond = {"GetWWANPolicyList", "SetWWANProfileHandlePreferenc
 
 /// The wrapper is connected, unless `server_pid` says that there is no server; what that took is
 /// forgotten.
-struct Session {
-  explicit Session(int server_pid = 4711) : script(server_pid) {
+struct World {
+  explicit World(int server_pid = 4711) : script(server_pid) {
     QcmapWrapper::s_ins_ = &wrapper;
     Forget();
   }
-  ~Session() { QcmapWrapper::s_ins_ = nullptr; }
+  ~World() { QcmapWrapper::s_ins_ = nullptr; }
 
   Lines Sent() { return script.TakeRequests(); }
 
