@@ -46,7 +46,7 @@ mox::Result QcmapWrapper::GetNetworkConfig(uint32_t index, mox::util::IPFamily f
                                            mox::wwan::DataManager::NetworkConfig& config) {
   const std::lock_guard<Mutex> lock(op_mutex_);
   config.ip_family = IPFamily::NONE;
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return mox::Result::FAILURE;
+  if (!ChangeWwanProfile(index)) return mox::Result::FAILURE;
 
   const auto vendor_family = ToVendor(family);
   if (!vendor_family) return mox::Result::FAILURE;

@@ -48,7 +48,7 @@ std::optional<qcmap_msgr_wwan_call_type_v01> ToVendor(IPFamily family) {
 bool QcmapWrapper::GetWwanConnectStatus(uint32_t index,
                                         mox::wwan::DataManager::ConnectStatus& v4_status,
                                         mox::wwan::DataManager::ConnectStatus& v6_status) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qcmap_msgr_wwan_status_enum_v01 v4_code = {};
   qcmap_msgr_wwan_status_enum_v01 v6_code = {};
@@ -91,7 +91,7 @@ mox::Result QcmapWrapper::ConnectBackhaul(uint32_t index, mox::util::IPFamily fa
 }
 
 mox::Result QcmapWrapper::DisconnectBackhaul(uint32_t index, mox::util::IPFamily family) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return mox::Result::FAILURE;
+  if (!ChangeWwanProfile(index)) return mox::Result::FAILURE;
 
   // A state that cannot be read counts as down, so that nothing is requested.
   auto v4_status = ConnectStatus::DISCONNECTED;

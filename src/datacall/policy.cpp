@@ -78,7 +78,7 @@ qcmap_msgr_update_profile_enum_v01 UpdateRequest(bool v4_differs, bool v6_differ
 
 bool QcmapWrapper::SetWwanPolicy(uint32_t index, mox::wwan::Tech tech, mox::util::IPFamily family,
                                  int profile_1, int profile_2) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qcmap_msgr_net_policy_info_v01 record = {};
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
@@ -144,7 +144,7 @@ bool QcmapWrapper::CreateWwanPolicy(mox::wwan::Tech tech, mox::util::IPFamily fa
 }
 
 bool QcmapWrapper::DeleteWwanPolicy(uint8_t index) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->DeleteWWANPolicy(&error)) {
@@ -155,7 +155,7 @@ bool QcmapWrapper::DeleteWwanPolicy(uint8_t index) {
 }
 
 bool QcmapWrapper::GetWwanPolicy(uint32_t index, mox::wwan::DataManager::WwanPolicy& policy) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qcmap_msgr_net_policy_info_v01 record = {};
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;

@@ -34,7 +34,7 @@ bool QcmapWrapper::ChangeWwanProfile(uint32_t index) {
 }
 
 bool QcmapWrapper::GetProfileHandle(uint32_t index, profile_handle_type_v01& handle) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qcmap_msgr_wwan_policy_list_resp_msg_v01 list = {};
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;

@@ -12,7 +12,7 @@ namespace mox::vendor::qcom::qcmap {
 static_assert(sizeof(bool) == sizeof(unsigned char), "");
 
 bool QcmapWrapper::SetAutoConnect(uint32_t index, bool enable) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->SetAutoconnect(enable ? 1 : 0, &error)) {
@@ -23,7 +23,7 @@ bool QcmapWrapper::SetAutoConnect(uint32_t index, bool enable) {
 }
 
 bool QcmapWrapper::GetAutoConnect(uint32_t index, bool& enabled) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->GetAutoconnect(reinterpret_cast<unsigned char*>(&enabled), &error)) {
@@ -34,7 +34,7 @@ bool QcmapWrapper::GetAutoConnect(uint32_t index, bool& enabled) {
 }
 
 bool QcmapWrapper::SetRoaming(uint32_t index, bool enable) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->SetRoaming(enable ? 1 : 0, &error)) {
@@ -45,7 +45,7 @@ bool QcmapWrapper::SetRoaming(uint32_t index, bool enable) {
 }
 
 bool QcmapWrapper::GetRoaming(uint32_t index, bool& enabled) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->GetRoaming(reinterpret_cast<unsigned char*>(&enabled), &error)) {
@@ -56,7 +56,7 @@ bool QcmapWrapper::GetRoaming(uint32_t index, bool& enabled) {
 }
 
 bool QcmapWrapper::EnableIpv4(uint32_t index) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->EnableIPV4(&error)) {
@@ -67,7 +67,7 @@ bool QcmapWrapper::EnableIpv4(uint32_t index) {
 }
 
 bool QcmapWrapper::DisableIpv4(uint32_t index) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->DisableIPV4(&error)) {
@@ -78,7 +78,7 @@ bool QcmapWrapper::DisableIpv4(uint32_t index) {
 }
 
 bool QcmapWrapper::EnableIpv6(uint32_t index) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->EnableIPV6(&error)) {
@@ -89,7 +89,7 @@ bool QcmapWrapper::EnableIpv6(uint32_t index) {
 }
 
 bool QcmapWrapper::DisableIpv6(uint32_t index) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->DisableIPV6(&error)) {
@@ -100,7 +100,7 @@ bool QcmapWrapper::DisableIpv6(uint32_t index) {
 }
 
 bool QcmapWrapper::GetIpv4State(uint32_t index, bool& enabled) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->GetIPv4State(reinterpret_cast<unsigned char*>(&enabled), &error)) {
@@ -111,7 +111,7 @@ bool QcmapWrapper::GetIpv4State(uint32_t index, bool& enabled) {
 }
 
 bool QcmapWrapper::GetIpv6State(uint32_t index, bool& enabled) {
-  if (!ConnectToQcmapIfNeeded() || !ChangeWwanProfile(index)) return false;
+  if (!ChangeWwanProfile(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->GetIPv6State(reinterpret_cast<unsigned char*>(&enabled), &error)) {
