@@ -1,4 +1,4 @@
-/// Result of the operations that tell more than success and failure.
+/// The result of operations that can fail in more than one way.
 #pragma once
 
 #include <cstdint>
@@ -6,16 +6,16 @@
 namespace mox {
 
 enum class Result : int32_t {
-  /// The request was granted; of ConnectBackhaul also: the family was connected already.
+  /// The server accepted the request. From ConnectBackhaul also: the family was already up.
   SUCCESS = 0,
-  /// No server, no such profile, a family the operation does not support, or a refusal; of
-  /// DisconnectBackhaul also: the family is disconnected already, or its state cannot be read.
+  /// No server, no such profile, a family that the operation does not support, or a refusal. From
+  /// DisconnectBackhaul also: the family is already down, or its state cannot be read.
   FAILURE = 1,
   /// The IP family is outside IPV4, IPV6 and IPV4V6 (statistics only).
   INVALID_ARGUMENT = 11,
-  /// The profile's call has no network, so there are no addresses to read.
+  /// The profile's call has no addresses.
   NO_NETWORK = 21,
-  /// The call is in no state to be taken down.
+  /// The call cannot be taken down in its present state.
   INCOMPATIBLE_STATE = 23,
 };
 

@@ -1,4 +1,4 @@
-/// The event dictionary: what a subscriber receives.
+/// The event dictionary that subscribers receive.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 namespace mox {
 namespace util {
 
-/// One event: its code and its parameters as text. A copy owns all it holds.
+/// One event: its code, and its parameters as text. A copy shares nothing with the original.
 class EventDic {
  public:
   enum Param : int32_t {
@@ -18,14 +18,14 @@ class EventDic {
     PROFILE_HANDLE = 13,
   };
 
-  /// Stores `value` under `param`. Returns false when `param` already has a value, which stays.
-  /// Not synchronised; throws only std::bad_alloc.
+  /// Stores `value` under `param`. Returns false, and keeps the old value, when `param` already has
+  /// one. Not synchronised. Throws only std::bad_alloc.
   bool AddParam(Param param, std::string value);
 
-  /// The event's code; 0 means no event.
+  /// The event's code (EventCode in subscription.h for data calls); 0 means no event.
   uint32_t event_ = 0;
   std::map<Param, std::string> params_;
-  /// Not used by events of data calls, where it is 0.
+  /// Unused by data calls, whose events leave it 0.
   uint32_t extra_ = 0;
 };
 

@@ -7,7 +7,7 @@ namespace mox {
 namespace util {
 
 enum class IPFamily : int32_t {
-  /// Not known, or nothing read yet.
+  /// Unknown, or not read yet.
   NONE = 0,
   IPV4 = 1,
   IPV6 = 2,

@@ -1,4 +1,4 @@
-/// Radio technology that a WWAN policy asks for.
+/// The radio technology that a WWAN policy prefers.
 #pragma once
 
 #include <cstdint>

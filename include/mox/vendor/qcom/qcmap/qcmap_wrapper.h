@@ -31,7 +31,7 @@ namespace vendor {
 namespace qcom {
 namespace qcmap {
 
-/// A mutex with default attributes, to be held through std::lock_guard (hence the names).
+/// A mutex with default attributes. Its members have the names that std::lock_guard calls.
 class MVQ_QCMAP_HIDDEN Mutex {
  public:
   Mutex();
@@ -67,165 +67,203 @@ class MVQ_QCMAP_HIDDEN EventQueue {
   Condition condition_;
 };
 
-// The classes above are members, yet not part of the library's interface.
+// GCC warns that QcmapWrapper is visible while the classes of its members are not. That is
+// intended: those classes are no part of the library's interface.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wattributes"
 
 /// The one object through which device software drives the modem's Mobile AP.
 ///
-/// Results. Operations return true or Result::SUCCESS on success. Every failure is also told by
-/// lines in the system log (syslog, under the identity and options that the program gave openlog),
-/// unless the operation says "silent". LOG_ERR: a refused request or argument. LOG_WARNING: no
-/// server, the Mobile AP is not connected, or a failure that is tolerated. LOG_DEBUG: traces. Each
-/// line begins with the operation's full signature and the source line. A success leaves a line
-/// above LOG_DEBUG only where the operation says so. Out-values keep what they held when an
-/// operation fails, unless it says otherwise. Nothing is thrown but std::bad_alloc, after which
-/// out-values may be partly written.
+/// Results. An operation that succeeds returns true or Result::SUCCESS. When an operation fails,
+/// out-values keep what they held, unless its comment says otherwise. Operations throw nothing but
+/// std::bad_alloc, after which out-values may be partly written.
 ///
-/// Connection. Every operation that sends a request first makes sure of the server: without a
-/// connection it makes one attempt, and fails after the lines of ConnectToQcmapIfNeeded when that
-/// does. Once connected, the object counts as connected for as long as it lives. When the server
-/// goes away, requests fail from then on, and the program must be restarted to reach a new server,
-/// which would not know the profile that this object believes selected.
+/// Log. Every failure also writes to the system log, with whatever identity and options the program
+/// passed to openlog, unless the operation's comment says "without a log line". The levels are:
+/// - LOG_ERR: an argument is invalid, or the server refused a request.
+/// - LOG_WARNING: no server runs, the Mobile AP is not connected, or a failure is tolerated.
+/// - LOG_DEBUG: traces. A success logs at this level only, unless its comment says otherwise.
+/// Each line begins with the full signature of the function that logs it and the source line.
 ///
-/// Profiles. Operations with an `index` act on the data profile at that place (from 0, at most 49)
-/// of the server's policy list. They select it first with ChangeWwanProfile and fail after its
-/// lines when that does. Selecting and acting are two requests: threads that use different
-/// profiles must take turns, or one acts on the profile that the other has selected.
+/// Connection. Every operation that sends a request connects first if necessary, and fails if that
+/// fails (see ConnectToQcmapIfNeeded). Once connected, the object counts as connected for as long
+/// as it lives. If the server goes away, every request fails from then on. The program must then be
+/// restarted, because a new server would not know which profile this object has selected.
 ///
-/// Threads. The first GetInstance must have returned before another thread uses the library.
-/// After that every operation may be called from any thread, and blocks for its requests. The
-/// connection, the remembered profile and the instance pointer are not locked; they are free of
-/// data races all the same. While one thread attempts to connect, operations on others fail at
-/// once, as if not connected, and silent. GetWwanPolicies and GetNetworkConfig wait for each
-/// other, an attempt included; they must not be called from a subscriber's callback, which already
-/// runs under the mutex of the subscribers (see subscription.h), since no thread may ever hold both
-/// mutexes.
+/// Profiles. An `index` is the position of a data profile in the server's policy list, from 0 to at
+/// most 49. Operations with an `index` first select that profile, and fail if that fails (see
+/// ChangeWwanProfile). Callers need to know two things:
+/// - Selecting and acting are two requests. Threads that use different profiles must take turns, or
+///   one acts on the profile that the other has selected in between.
+/// - An index can come to mean another profile. When any client deletes a policy, the policies
+/// after
+///   it move up by one, but the selected profile stays selected. Operations on the index selected
+///   last still act on the profile that was there at the time, while GetProfileHandle and
+///   GetWwanPolicies already report the one that is there now. To select anew after a deletion,
+///   select some other index first.
+///
+/// Events. Calls report their changes to subscribers (see subscription.h). A program that
+/// subscribes late misses nothing if it works in this order: subscribe, read the state with
+/// GetWwanConnectStatus, then request. An event may then repeat what was read, but none is missed;
+/// where the two differ, the event counts, because any later change sends another event. A family
+/// that is already up sends no event when it is requested, so never wait for one without having
+/// read the state.
+///
+/// Threads. The first GetInstance must return before another thread uses the library. After that,
+/// any thread may call any operation, which blocks until its requests are answered. The connection,
+/// the selected index and `s_ins_` are not protected by a lock, but access to them is free of data
+/// races. While one thread is connecting, operations on other threads fail at once without a log
+/// line. GetWwanPolicies and GetNetworkConfig run one at a time, connecting included: each waits
+/// for the other. They must not be called from a subscriber's callback. A callback already runs
+/// under the mutex of the subscribers, and no thread may hold both mutexes.
 class MVQ_QCMAP_EXPORT QcmapWrapper {
  public:
   /// The one instance; null until the first GetInstance has returned.
   static QcmapWrapper* s_ins_;
 
-  /// Returns the one instance. The first call builds it, which includes one attempt to connect; it
-  /// returns a usable object also when that fails. When it throws std::bad_alloc, nothing is left
-  /// behind and the next call starts again. Never null. The instance lives until the process ends.
-  /// The first call must be finished before any other thread calls.
+  /// Returns the one instance, which is never null and lives until the process ends.
+  /// The first call creates it and makes one attempt to connect; if that fails, the instance is
+  /// usable all the same and later operations try again. If the first call throws std::bad_alloc,
+  /// no instance remains and the next call starts anew.
+  /// The first call must return before any other thread calls.
   static QcmapWrapper* GetInstance();
 
-  /// Only for GetInstance, and for tests that need an object of their own.
+  /// Used by GetInstance, and by tests that need an object of their own.
   QcmapWrapper();
-  /// Ends the connection. Waits for an indication under way. Leaves `s_ins_` as it is. Not from a
-  /// callback, and not while an operation runs; what the callbacks own must not subscribe or
-  /// unsubscribe when it goes.
+  /// Disconnects, after waiting for a delivery in progress. Must not be called from a callback or
+  /// while any operation runs. Destructors of objects that callbacks captured must not call
+  /// Subscribe or Unsubscribe. `s_ins_` is left as it is.
   ~QcmapWrapper();
   QcmapWrapper(const QcmapWrapper&) = delete;
   QcmapWrapper& operator=(const QcmapWrapper&) = delete;
 
-  // Connection.
+  // Connection (connection.cpp).
 
-  /// Whether a process of the server's name runs. Logs its id (LOG_DEBUG), negative for none.
+  /// Returns whether a process with the server's name runs. Logs its process id, which is negative
+  /// when there is none (LOG_DEBUG).
   bool IsQcmapAlive();
 
-  /// Makes sure of a connected client. Returns at once, and silent, when there is one, or while
-  /// another thread is attempting. Otherwise attempts once: false when no server runs or the
-  /// Mobile AP is not connected (LOG_WARNING each). A refused enable is only logged (LOG_ERR).
+  /// Connects unless already connected. Returns true at once when connected. Returns false at once,
+  /// without a log line, while another thread is connecting. Otherwise makes one attempt, which
+  /// fails when no server runs or the Mobile AP is not connected (LOG_WARNING each). If the server
+  /// refuses to enable the Mobile AP, that is only logged (LOG_ERR) and the attempt goes on.
   bool ConnectToQcmapIfNeeded();
 
   // Profile selection (profile_selection.cpp).
 
-  /// Makes the profile `index` the server's current one for this client. Asks the server for
-  /// nothing when `index` is the one selected last (at first: 0), even if the list has changed
-  /// since. On failure (the list cannot be read, no such index, the server refuses; LOG_ERR) the
-  /// profile selected before stays selected.
+  /// Makes the profile at `index` the one that this client's requests act on. Sends nothing when
+  /// `index` is already selected (initially 0), even if the policy list has changed since. Fails
+  /// when the list cannot be read, has no such index, or the server refuses (LOG_ERR each); the
+  /// profile selected before then stays selected.
   bool ChangeWwanProfile(uint32_t index);
 
-  /// Selects `index` and stores the server's handle of that policy in `handle`. Silent when the
-  /// selected index has since gone from the list.
+  /// Selects `index`, then reads the policy list and stores the handle that it now has at `index`.
+  /// The handle identifies the profile in events. Fails without a log line when the list no longer
+  /// has that index. After another client deleted a policy, the handle can be that of another
+  /// profile than the selected one (see Profiles above).
   bool GetProfileHandle(uint32_t index, profile_handle_type_v01& handle);
 
-  // Policies (policy.cpp).
+  // Policy (policy.cpp).
 
-  /// Changes the policy of a profile. The modem profile numbers sent are, by `family`: IPV4:
-  /// `profile_1` for IPv4; IPV6: `profile_1` for IPv6; IPV4V6: `profile_1` for IPv4 and `profile_2`
-  /// for IPv6. The other family keeps the server's number; with NONE, which is sent as IPV4, both
-  /// do. Both numbers, the one kept included, must be 1 to 24, also when nothing would be sent
-  /// (LOG_ERR otherwise, nothing is sent). When `profile_1` is the server's IPv4 number and
-  /// `profile_2` its IPv6 number, whatever the family, nothing is sent and the result is true:
-  /// `tech` and `family` alone cannot be changed. Any `tech` but TECH_3GPP and TECH_3GPP2 is sent
-  /// as no preference. Profiles but the first take two requests; after a refusal of the second the
-  /// first stays in effect.
+  /// Changes the policy of a profile. `family` decides what is sent:
+  ///
+  /// | `family` | IPv4 profile number | IPv6 profile number | family sent |
+  /// |----------|---------------------|---------------------|-------------|
+  /// | IPV4     | `profile_1`         | the server's        | IPV4        |
+  /// | IPV6     | the server's        | `profile_1`         | IPV6        |
+  /// | IPV4V6   | `profile_1`         | `profile_2`         | IPV4V6      |
+  /// | NONE     | the server's        | the server's        | IPV4        |
+  ///
+  /// Both resulting numbers must be 1 to 24, or the call fails (LOG_ERR) and changes nothing. Any
+  /// `tech` other than TECH_3GPP and TECH_3GPP2 is sent as no preference.
+  ///
+  /// If `profile_1` is the server's IPv4 number and `profile_2` its IPv6 number, the call sends
+  /// nothing and returns true, whatever `family` is. So `tech` and `family` cannot be changed
+  /// without changing a number too.
+  ///
+  /// The first profile takes one request, every other profile two. If the server refuses the second
+  /// one, the call fails but what the first changed stays changed.
   bool SetWwanPolicy(uint32_t index, mox::wwan::Tech tech, mox::util::IPFamily family,
                      int profile_1, int profile_2);
 
-  /// Adds a policy: `profile_1` is its IPv4 number, `profile_2` its IPv6 number, both sent as they
-  /// are; `tech` and `family` as for SetWwanPolicy. GetWwanPolicies tells where it stands. Selects
-  /// no profile.
+  /// Adds a policy. `profile_1` is its IPv4 profile number and `profile_2` its IPv6 one; both are
+  /// sent unchecked. `tech` and `family` are sent as by SetWwanPolicy. Read the new policy's index
+  /// with GetWwanPolicies. Does not select a profile.
   bool CreateWwanPolicy(mox::wwan::Tech tech, mox::util::IPFamily family, uint8_t profile_1,
                         uint8_t profile_2);
 
-  /// Deletes the policy of a profile. Later policies move up by one, and `index` still counts as
-  /// selected: select another profile before going on.
+  /// Deletes the policy of a profile. The policies after it move up by one, for every client.
+  /// `index` still counts as selected although its profile is gone, so select another index before
+  /// the next operation.
   bool DeleteWwanPolicy(uint8_t index);
 
-  /// Reads the policy of a profile. `policy.profile_handle` becomes 0xFFFFFFFF.
+  /// Reads the policy of a profile. The server does not report the handle here:
+  /// `policy.profile_handle` becomes 0xFFFFFFFF.
   bool GetWwanPolicy(uint32_t index, mox::wwan::DataManager::WwanPolicy& policy);
 
-  /// Reads all policies, at most 50, in the order of their indices. Empties `policies` first; it is
-  /// empty after a failure. Selects no profile. Not from a subscriber's callback (two mutexes).
+  /// Replaces the content of `policies` by all policies, at most 50, in the order of their indices.
+  /// `policies` is empty after a failure. Does not select a profile. Must not be called from a
+  /// subscriber's callback.
   bool GetWwanPolicies(std::vector<mox::wwan::DataManager::WwanPolicy>& policies);
 
-  /// The technology that a server's preference mask stands for: bit 0 TECH_3GPP (whatever the other
-  /// bits, so that setting what was read drops them), else bit 1 TECH_3GPP2, else ANY. Asks no
-  /// server.
+  /// Converts the server's mask of preferred technologies: TECH_3GPP when bit 0 is set, otherwise
+  /// TECH_3GPP2 when bit 1 is set, otherwise ANY. Other bits are ignored, so they are lost when the
+  /// result is set again. Sends nothing.
   static mox::wwan::Tech ConvertToTech(unsigned long long tech_preference);
 
-  /// The family that the server's number stands for: 4 IPV4, 6 IPV6, 10 IPV4V6, any other NONE.
-  /// Asks no server.
+  /// Converts the server's number of a family: 4 is IPV4, 6 is IPV6, 10 is IPV4V6, and any other
+  /// number is NONE. Sends nothing.
   static mox::util::IPFamily ConvertToIPFamily(qcmap_msgr_ip_family_enum_v01 family);
 
-  // Per-profile switches (switch.cpp). A flag that is read is written by the client itself,
-  // which leaves it alone when the request fails.
+  // Switch: the on/off settings of each profile (switch.cpp).
 
-  /// Switches whether the server brings the profile's call up by itself.
+  /// Sets whether the server brings the profile's call up by itself.
   bool SetAutoConnect(uint32_t index, bool enable);
   bool GetAutoConnect(uint32_t index, bool& enabled);
-  /// Switches whether the profile's call may be made while roaming.
+  /// Sets whether the profile's call may be made while roaming.
   bool SetRoaming(uint32_t index, bool enable);
   bool GetRoaming(uint32_t index, bool& enabled);
-  /// Switch whether the profile's call may carry IPv4.
+  /// Set whether the profile's call may carry IPv4.
   bool EnableIpv4(uint32_t index);
   bool DisableIpv4(uint32_t index);
-  /// Switch whether the profile's call may carry IPv6.
+  /// Set whether the profile's call may carry IPv6.
   bool EnableIpv6(uint32_t index);
   bool DisableIpv6(uint32_t index);
-  /// Read whether it may.
+  /// Read whether the profile's call may carry IPv4 or IPv6.
   bool GetIpv4State(uint32_t index, bool& enabled);
   bool GetIpv6State(uint32_t index, bool& enabled);
 
-  // Backhaul call (call.cpp).
+  // Call (call.cpp).
 
   /// Reads the state of both families of a profile's call.
   bool GetWwanConnectStatus(uint32_t index, mox::wwan::DataManager::ConnectStatus& v4_status,
                             mox::wwan::DataManager::ConnectStatus& v6_status);
 
-  /// Asks for one family of a profile's call, IPV4 or IPV6 (FAILURE and LOG_ERR for any other).
-  /// SUCCESS when the server has accepted the request: the outcome follows as a BRING_UP event, and
-  /// as WWAN events. SUCCESS too, without a request and silent, when the family is connected.
-  /// FAILURE when it cannot be requested. A state that cannot be read (LOG_ERR) does not keep the
-  /// call from being requested. The profile stays selected, also after a failure.
+  /// Requests one family, IPV4 or IPV6, of a profile's call.
+  /// SUCCESS: the server accepted the request, and events report the outcome: BRING_UP_CONNECTED or
+  /// BRING_UP_CONNECTION_FAILED, and WWAN_CONNECTED once the family is up. SUCCESS is also returned
+  /// when the family is already up. Nothing is sent or logged then, and no event follows: subscribe
+  /// and read the state first (see Events above).
+  /// FAILURE: the profile could not be selected, the server refused the request, or `family` is any
+  /// other value (LOG_ERR each).
+  /// If the state cannot be read (LOG_ERR), the call is requested all the same. The profile stays
+  /// selected, even after a failure.
   mox::Result ConnectBackhaul(uint32_t index, mox::util::IPFamily family);
 
-  /// Takes one family of a profile's call down, IPV4 or IPV6 (FAILURE and LOG_ERR for any other).
-  /// SUCCESS when the server has accepted the request: the outcome follows as a TEAR_DOWN event.
-  /// FAILURE when it cannot be requested: silent when the family is already disconnected, LOG_ERR
-  /// when the state cannot be read, and nothing is requested then. INCOMPATIBLE_STATE when the call
-  /// is in no state to be taken down (LOG_ERR; silent when the server says so of a request that it
-  /// granted). The profile stays selected, also after a failure.
+  /// Takes one family, IPV4 or IPV6, of a profile's call down.
+  /// SUCCESS: the server accepted the request, and events report the outcome:
+  /// TEAR_DOWN_DISCONNECTED or TEAR_DOWN_DISCONNECTION_FAILED, and WWAN_DISCONNECTED once the
+  /// family is down. FAILURE, and nothing is sent: the family is already down (without a log line),
+  /// the state cannot be read, the profile cannot be selected, or `family` is any other value
+  /// (LOG_ERR each). FAILURE after sending: the server refused the request (LOG_ERR).
+  /// INCOMPATIBLE_STATE: the call cannot be taken down in its present state. LOG_ERR when the
+  /// server refused; without a log line when it reported this state but accepted the request. The
+  /// profile stays selected, even after a failure.
   mox::Result DisconnectBackhaul(uint32_t index, mox::util::IPFamily family);
 
-  // Statistics (stats.cpp).
+  // Stats: traffic counters (stats.cpp).
 
-  /// Traffic counters in the server's order. What each counts is the server's to say.
+  /// Traffic counters in the server's order. Their meaning is defined by the server.
   struct WWANStatics {
     uint64_t counter64_1;
     uint64_t counter64_2;
@@ -233,95 +271,103 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
     uint32_t counter32_2;
   };
 
-  /// Reads the counters of one family of a profile's call, or of both together (IPV4V6).
-  /// INVALID_ARGUMENT (LOG_ERR) for any other family, before the server is looked for and the
-  /// profile selected.
+  /// Reads the counters of one family of a profile's call, or of both together (IPV4V6). Any other
+  /// family gives INVALID_ARGUMENT (LOG_ERR), even when no server runs. Other failures give FAILURE
+  /// (LOG_ERR or LOG_WARNING).
   mox::Result GetWWANStatistics(uint32_t index, mox::util::IPFamily family,
                                 WWANStatics& statistics);
 
-  /// Sets the counters to zero. Families and results as for GetWWANStatistics.
+  /// Sets the counters to zero. Families and results are those of GetWWANStatistics.
   mox::Result ResetWWANStatistics(uint32_t index, mox::util::IPFamily family);
 
-  // Network configuration (address.cpp).
+  // Address (address.cpp).
 
-  /// Reads the three addresses of one family of a profile's call, IPV4 or IPV6 (FAILURE, silent,
-  /// for any other). NO_NETWORK when the call has none. After a failure `config.ip_family` is NONE
-  /// and the texts are as before. Not from a subscriber's callback (two mutexes).
+  /// Reads the three addresses of one family, IPV4 or IPV6, of a profile's call as text.
+  /// NO_NETWORK (LOG_ERR): the call has no addresses, for instance because it is down.
+  /// FAILURE: `family` is any other value (without a log line), or the addresses cannot be read.
+  /// After a failure `config.ip_family` is NONE and the texts are unchanged. Must not be called
+  /// from a subscriber's callback.
   mox::Result GetNetworkConfig(uint32_t index, mox::util::IPFamily family,
                                mox::wwan::DataManager::NetworkConfig& config);
 
-  // LAN (lan.cpp); addresses and the netmask are IPv4 in dotted-quad form.
+  // LAN (lan.cpp). Addresses and netmasks are IPv4 in dotted-quad form.
 
-  /// Reads the LAN's gateway address, netmask, DHCP switch, range and lease time (the server's
-  /// number, unchanged; one above 2^31 - 1 comes back negative).
+  /// Reads the LAN's gateway address, netmask, DHCP switch, DHCP range and lease time. The lease
+  /// time is the server's number; one above 2^31 - 1 comes back negative.
   bool GetLanConfig(std::string& gw_ip, std::string& netmask, bool& enable_dhcp,
                     std::string& dhcp_start_ip, std::string& dhcp_end_ip, int& lease_time);
 
-  /// Sets them. Gateway and netmask are checked always. With DHCP on, a start or end that is given
-  /// is checked, and when either is empty both are derived from gateway and netmask. With DHCP off
-  /// the range is not checked, and a text that is no address is sent as 255.255.255.255. A refused
-  /// address is logged (LOG_ERR); a range that does not fit the subnet, or a subnet without room
-  /// for one, is refused silent. That the present configuration could not be read is only logged
-  /// (LOG_WARNING). Takes effect with ActivateLan.
+  /// Sets the LAN's configuration, which takes effect with ActivateLan.
+  /// Gateway and netmask must be valid addresses (LOG_ERR otherwise).
+  /// With DHCP on, a start or end that is not empty must be a valid address (LOG_ERR otherwise). If
+  /// either is empty, both are derived from gateway and netmask. A range outside the subnet, or a
+  /// subnet with no room for one, is refused without a log line.
+  /// With DHCP off the range is not checked, and a text that is no address is sent as
+  /// 255.255.255.255.
+  /// If the present configuration cannot be read, a warning is logged (LOG_WARNING) and the new one
+  /// is sent anyway.
   bool SetLanConfig(std::string gw_ip, std::string netmask, bool enable_dhcp,
                     std::string dhcp_start_ip, std::string dhcp_end_ip, uint32_t lease_time);
 
-  /// Has the server apply the LAN configuration.
+  /// Makes the server apply the LAN configuration.
   bool ActivateLan();
 
-  // VLANs (vlan.cpp).
+  // VLAN (vlan.cpp).
 
-  /// Adds VLAN `vlan_id` (2 to 4094) on the interface of `tethering_mode` (1 rndis0, 2 ecm0, 3
-  /// eth0); LOG_ERR for others. Neither this nor DeleteVlanConfig looks at `profile_index` or
-  /// changes the record.
+  /// Adds VLAN `vlan_id`, 2 to 4094, to the interface `tethering_mode`: 1 is rndis0, 2 is ecm0, 3
+  /// is eth0. Other values are refused (LOG_ERR). `profile_index` is ignored, and `vlan` is not
+  /// changed.
   bool SetVlanConfig(mox::wwan::MobileapManager::VlanConfig& vlan);
-  /// Deletes that VLAN from that interface. Limits and lines as for adding it.
+  /// Deletes that VLAN from that interface. Ranges and log lines are those of SetVlanConfig.
   bool DeleteVlanConfig(mox::wwan::MobileapManager::VlanConfig& vlan);
 
-  /// Appends the server's VLANs, at most 2000, each with `profile_index` -1, and with
-  /// `tethering_mode` 0 when it is on another interface. Returns true, with
-  /// nothing appended, also when the request fails without an error code (LOG_ERR).
+  /// Appends the server's VLANs to `vlans`, at most 2000. Each has `profile_index` -1, and
+  /// `tethering_mode` 0 if it is on an interface other than the three above. If the server refuses
+  /// the request without an error code, this logs it (LOG_ERR) but returns true and appends
+  /// nothing.
   bool GetVlanConfigs(std::vector<mox::wwan::MobileapManager::VlanConfig>& vlans);
 
-  // PDN-to-VLAN mapping (map.cpp); selects no profile.
+  // Map: PDN-to-VLAN mapping (map.cpp). None of these selects a profile.
 
-  /// Maps VLAN `vlan_id` to the profile `profile_index`. Silent when there is no such profile.
-  /// `tethering_mode` is not looked at; the server judges the VLAN id, of which it gets 16 bits.
+  /// Maps VLAN `vlan_id` to the profile at `profile_index`. Fails without a log line when there is
+  /// no such profile. `tethering_mode` is ignored. The VLAN id is cut to 16 bits and otherwise left
+  /// for the server to check.
   bool SetPdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig& vlan);
 
-  /// Removes one mapping: of VLAN `vlan_id` to the profile `profile_index`, or, when that is
-  /// negative, the first of that VLAN to a profile that exists. Silent when `profile_index` names
-  /// no profile, or when there is no such first; a mapping that the server does not have is a
-  /// refusal (LOG_ERR).
+  /// Removes the mapping of VLAN `vlan_id` to the profile at `profile_index`. If `profile_index` is
+  /// negative, removes the first mapping of that VLAN to a profile that exists.
+  /// Fails without a log line when there is no such profile, or no such mapping to choose. A
+  /// mapping that the server does not have is a refusal (LOG_ERR).
   bool DeletePdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig& vlan);
 
-  /// Appends the server's mappings, at most 50, each with the index of its profile, or -1 when no
-  /// policy has the mapping's handle any more. Selects no profile.
+  /// Appends the server's mappings to `mappings`, at most 50. Each has the index of its profile, or
+  /// -1 when that profile has been deleted.
   bool GetPdnToVlanMapping(std::vector<mox::wwan::MobileapManager::VlanMapping>& mappings);
 
-  // IP passthrough (passthrough.cpp).
+  // Passthrough (passthrough.cpp).
 
-  /// With `enable`, hands the WWAN address through to the USB host `host_device_name` (at most 100
-  /// bytes, LOG_ERR beyond; a MAC address is refused too, LOG_ERR; it ends at a zero byte). Refuses
-  /// silent a `device_type` other than USB_HOST. Without `enable`, ends it, and does not look at
-  /// `config`. Never changes `config`.
+  /// With `enable`, hands the WWAN address through to the USB host named in `config`. A
+  /// `device_type` other than USB_HOST is refused without a log line. `host_device_name` must not
+  /// be a MAC address and may have at most 100 bytes (LOG_ERR otherwise); only what precedes a zero
+  /// byte is sent. Without `enable`, ends passthrough and ignores `config`. Never changes `config`.
   bool SetIpPassthrough(bool enable, mox::wwan::MobileapManager::IpPassthroughConfig& config);
 
-  /// Reads it back. While disabled, `device_type` and `host_device_name` are written only when a
-  /// USB host is configured. When it is enabled for another kind of host: false after LOG_DEBUG,
-  /// `enabled` true, `config` as before. When only the state byte cannot be read: false after
-  /// LOG_ERR, `enabled` and the other fields written all the same.
+  /// Reads whether passthrough is enabled, and for which host.
+  /// While it is disabled, `device_type` and `host_device_name` are written only if a USB host is
+  /// configured. If it is enabled for another kind of host, the result is false (LOG_DEBUG),
+  /// `enabled` is true and `config` is unchanged. If only the state byte cannot be read, the result
+  /// is false (LOG_ERR), but everything except `pt_state` has been written.
   bool GetIpPassthrough(bool& enabled, mox::wwan::MobileapManager::IpPassthroughConfig& config);
 
-  // Indications (indication.cpp).
+  // Indication (indication.cpp).
 
-  /// The callback that every client gets; the client's library calls it on a thread of its own.
-  /// `bytes` is the encoded indication of `length` bytes, `user_data` is not used. Logs each
-  /// indication (LOG_DEBUG) and hands the events of data calls to the subscribers. Drops what it
-  /// cannot use: a status that cannot be decoded and the answer to another client (LOG_ERR each);
-  /// silent, after its first line, a data call that cannot be decoded, one for which there is no
-  /// memory, and one that comes before the instance. Lets a subscriber's exception through, with
-  /// the mutex released; later subscribers then miss the event.
+  /// The callback that each client is created with; the client's library calls it on a thread of
+  /// its own. `bytes` is the encoded indication of `length` bytes; `user_data` is ignored. Logs
+  /// each indication (LOG_DEBUG) and delivers the events of calls to the subscribers. Discards,
+  /// with LOG_ERR: status indications that cannot be decoded, and answers meant for another client.
+  /// Discards without a further line: call indications that cannot be decoded, that find no memory,
+  /// or that arrive before the instance exists. If a subscriber throws, the exception leaves this
+  /// function with the mutex released, and the remaining subscribers miss the event.
   static void EvtCb(qmi_client_type client, uint32_t message_id, void* bytes, uint32_t length,
                     void* user_data);
 
@@ -330,22 +376,25 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
                         std::function<void(mox::util::EventDic&)> callback);
   friend void Unsubscribe(QcmapWrapper& wrapper, void* subscriber);
 
-  /// Called in the order of their keys.
+  /// The subscribers' callbacks, called in the order of their keys.
   std::map<void*, std::function<void(mox::util::EventDic&)>> event_callbacks_;
-  /// Guards `event_callbacks_`. Held while an event is delivered, all callbacks included.
+  /// Guards `event_callbacks_`. Held while an event is delivered, including all its callbacks.
   Mutex event_callbacks_mutex_;
   /// True from the first successful attempt on. This, `client_` and `profile_index_` are accessed
-  /// by atomic builtins, without a lock.
+  /// without a lock, through atomic builtins.
   bool connected_;
-  /// Held by GetWwanPolicies and GetNetworkConfig for their whole run, requests included.
+  /// Keeps GetWwanPolicies and GetNetworkConfig apart: one of them runs at a time, from its first
+  /// line to its last, connecting and requests included. Callers rely on that, so the lock must not
+  /// be narrowed to a part of them. It protects no data and no other operation takes it; another
+  /// thread can still select a profile in between.
   Mutex op_mutex_;
-  /// No operation uses these three, nor `event_queue_`: they belong to the object's layout.
+  /// No operation uses these three or `event_queue_`. They are part of the object's binary layout.
   Mutex aux_mutex_1_;
   Mutex aux_mutex_2_;
   Condition aux_cond_;
-  /// Owned. Not null once connected, and during an attempt.
+  /// Owned. Not null once connected, and while an attempt runs.
   QCMAP_Client* client_;
-  /// The profile selected last.
+  /// The index selected last.
   uint32_t profile_index_;
   EventQueue event_queue_;
 };
