@@ -1,4 +1,4 @@
-/// The connection to the server: liveness probe and connection step.
+/// The connection to the server: the liveness probe and the attempt to connect.
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 
 #include <atomic>
@@ -15,7 +15,7 @@ namespace {
 
 std::atomic<bool> attempt_running{false};
 
-/// The right to attempt a connection, which one thread of the process has at a time.
+/// Permission to attempt a connection. One thread of the process has it at a time.
 class Attempt {
  public:
   Attempt() : granted_(!attempt_running.exchange(true, std::memory_order_acq_rel)) {}
@@ -31,8 +31,8 @@ class Attempt {
   const bool granted_;
 };
 
-/// Makes the client of an attempt, and deletes it again unless it is kept: also when a request
-/// throws. The member points to it meanwhile, since indications may arrive from now on.
+/// Creates the client of an attempt and deletes it again unless it is kept, even when a request
+/// throws. The member points to the client from the start, because indications may arrive at once.
 class AttemptedClient {
  public:
   explicit AttemptedClient(QCMAP_Client*& member) : member_(&member) {
@@ -67,7 +67,7 @@ bool QcmapWrapper::ConnectToQcmapIfNeeded() {
 
   const Attempt attempt;
   if (!attempt.IsGranted()) return false;
-  // Another attempt may have ended between the check and the grant.
+  // Another thread may have connected after the first check and before this thread was granted.
   if (Load(connected_)) return true;
 
   if (!IsQcmapAlive()) {

@@ -8,13 +8,13 @@
 
 namespace mox::vendor::qcom::qcmap {
 
-/// The address in host byte order; all ones for a text that is none.
+/// The address in host byte order; all ones for a text that is not an address.
 [[nodiscard]] inline uint32_t FromDottedQuad(const std::string& address) {
   return ntohl(::inet_addr(address.c_str()));
 }
 
-/// The dotted form of an address in host byte order. At most 15 bytes, which std::string keeps
-/// without an allocation.
+/// The text of an address in host byte order. It has at most 15 bytes, which std::string holds
+/// without allocating.
 [[nodiscard]] inline std::string ToDottedQuad(uint32_t address) {
   const in_addr network_order = {htonl(address)};
   char text[INET_ADDRSTRLEN] = {};

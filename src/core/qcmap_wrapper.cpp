@@ -1,4 +1,4 @@
-/// The object: its member classes, the one instance, its lifetime.
+/// The one object: its member classes, its creation and its end.
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 
 #include <ctime>
@@ -38,14 +38,14 @@ QcmapWrapper* QcmapWrapper::s_ins_ = nullptr;
 QcmapWrapper* QcmapWrapper::GetInstance() {
   if (QcmapWrapper* instance = Load(s_ins_)) return instance;
 
-  // Stored only when complete: indications that arrive meanwhile find no instance.
+  // Stored only when complete, so indications that arrive before that find no instance.
   auto* instance = new QcmapWrapper;
   Store(s_ins_, instance);
   return instance;
 }
 
 QcmapWrapper::QcmapWrapper() : connected_(false), client_(nullptr), profile_index_(0) {
-  // An object without a connection is complete: every operation tries again.
+  // The result does not matter: without a connection, every operation tries again.
   ConnectToQcmapIfNeeded();
 }
 

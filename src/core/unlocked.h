@@ -8,7 +8,7 @@ template <typename Member>
   return __atomic_load_n(&member, __ATOMIC_ACQUIRE);
 }
 
-/// What was written before is seen by a thread that loads `value`.
+/// A thread whose Load returns `value` also sees everything written before this Store.
 template <typename Member, typename Value>
 void Store(Member& member, Value value) {
   __atomic_store_n(&member, value, __ATOMIC_RELEASE);

@@ -1,4 +1,4 @@
-/// Addresses of a profile's data call.
+/// The addresses of a profile's data call.
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 
 #include <arpa/inet.h>
@@ -17,7 +17,7 @@ namespace {
 
 using mox::util::IPFamily;
 
-/// Nothing for a family that has no addresses of its own.
+/// Empty for NONE and IPV4V6: addresses are read one family at a time.
 std::optional<qcmap_msgr_ip_family_enum_v01> ToVendor(IPFamily family) {
   if (family == IPFamily::IPV4) return QCMAP_MSGR_IP_FAMILY_V4_V01;
   if (family == IPFamily::IPV6) return QCMAP_MSGR_IP_FAMILY_V6_V01;
@@ -31,7 +31,7 @@ void FromVendorV4(const qcmap_nw_params_t& params, mox::wwan::DataManager::Netwo
   config.address_3 = ToDottedQuad(params.v4[2]);
 }
 
-/// A field whose address has no text keeps its old one.
+/// An address that cannot be converted leaves its text unchanged.
 void FromVendorV6(const qcmap_nw_params_t& params, mox::wwan::DataManager::NetworkConfig& config) {
   config.ip_family = IPFamily::IPV6;
   char text[INET6_ADDRSTRLEN] = {};
@@ -51,7 +51,7 @@ mox::Result QcmapWrapper::GetNetworkConfig(uint32_t index, mox::util::IPFamily f
   const auto vendor_family = ToVendor(family);
   if (!vendor_family) return mox::Result::FAILURE;
 
-  // Value-initialised: braces would clear the union's first member only.
+  // Parentheses clear the whole union; braces would clear its first member only.
   auto params = qcmap_nw_params_t();
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->GetNetworkConfiguration(*vendor_family, &params, &error)) {

@@ -1,4 +1,4 @@
-/// The backhaul data call of a profile: its state, bringing it up, taking it down.
+/// The data call of a profile: reading its state, bringing it up, taking it down.
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 
 #include <unistd.h>
@@ -16,7 +16,7 @@ namespace {
 using ConnectStatus = mox::wwan::DataManager::ConnectStatus;
 using mox::util::IPFamily;
 
-/// Both families' codes in one: the server numbers them apart.
+/// The server has separate codes for IPv4 and IPv6; both map to one state.
 ConnectStatus FromVendor(qcmap_msgr_wwan_status_enum_v01 status) {
   switch (status) {
     case QCMAP_MSGR_WWAN_STATUS_CONNECTING_V01:
@@ -36,7 +36,7 @@ ConnectStatus FromVendor(qcmap_msgr_wwan_status_enum_v01 status) {
   }
 }
 
-/// Nothing for both families together: a call is started and stopped for one at a time.
+/// Empty for NONE and IPV4V6: calls are started and stopped one family at a time.
 std::optional<qcmap_msgr_wwan_call_type_v01> ToVendor(IPFamily family) {
   if (family == IPFamily::IPV4) return QCMAP_MSGR_WWAN_CALL_TYPE_V4_V01;
   if (family == IPFamily::IPV6) return QCMAP_MSGR_WWAN_CALL_TYPE_V6_V01;
@@ -63,9 +63,10 @@ bool QcmapWrapper::GetWwanConnectStatus(uint32_t index,
 }
 
 mox::Result QcmapWrapper::ConnectBackhaul(uint32_t index, mox::util::IPFamily family) {
+  // Checked here, because the result of reading the state is ignored.
   if (!ConnectToQcmapIfNeeded()) return mox::Result::FAILURE;
 
-  // A state that cannot be read counts as down, so that the call is requested.
+  // If the state cannot be read, it counts as down and the call is requested.
   auto v4_status = ConnectStatus::DISCONNECTED;
   auto v6_status = ConnectStatus::DISCONNECTED;
   GetWwanConnectStatus(index, v4_status, v6_status);
@@ -74,6 +75,8 @@ mox::Result QcmapWrapper::ConnectBackhaul(uint32_t index, mox::util::IPFamily fa
     return mox::Result::SUCCESS;
   }
 
+  // Not redundant: reading the state selected the profile too, but whether that worked was ignored.
+  // Without this, a refused selection would bring up the call of the profile selected before.
   if (!ChangeWwanProfile(index)) return mox::Result::FAILURE;
   const auto call_type = ToVendor(family);
   if (!call_type) {
@@ -93,7 +96,7 @@ mox::Result QcmapWrapper::ConnectBackhaul(uint32_t index, mox::util::IPFamily fa
 mox::Result QcmapWrapper::DisconnectBackhaul(uint32_t index, mox::util::IPFamily family) {
   if (!ChangeWwanProfile(index)) return mox::Result::FAILURE;
 
-  // A state that cannot be read counts as down, so that nothing is requested.
+  // If the state cannot be read, it counts as down and nothing is requested.
   auto v4_status = ConnectStatus::DISCONNECTED;
   auto v6_status = ConnectStatus::DISCONNECTED;
   GetWwanConnectStatus(index, v4_status, v6_status);
@@ -114,7 +117,7 @@ mox::Result QcmapWrapper::DisconnectBackhaul(uint32_t index, mox::util::IPFamily
   if (!granted) {
     SYSLOG(LOG_ERR, "QCMAP_Client::DisconnectBackhaul error %d[0x%x]\n", error, error);
   }
-  // Servers report this error with a granted request too.
+  // Some servers report this error even when they grant the request.
   if (error == QMI_ERR_INCOMPATIBLE_STATE_V01) return mox::Result::INCOMPATIBLE_STATE;
   return granted ? mox::Result::SUCCESS : mox::Result::FAILURE;
 }

@@ -1,4 +1,4 @@
-/// WWAN policies: what each data profile is made of.
+/// WWAN policies, which define the data profiles.
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 
 #include <mutex>
@@ -18,7 +18,7 @@ using mox::wwan::Tech;
 
 constexpr int kMinProfile = 1;
 constexpr int kMaxProfile = 24;
-/// Handle of a policy that was read without its place in the list.
+/// The handle of a policy that was read by itself: the server reports none.
 constexpr profile_handle_type_v01 kNoHandle = UINT32_MAX;
 
 uint64_t ToVendor(Tech tech) {
@@ -91,7 +91,7 @@ bool QcmapWrapper::SetWwanPolicy(uint32_t index, mox::wwan::Tech tech, mox::util
   SYSLOG(LOG_DEBUG, "profile_v4 %d profile_v6 %d profile_1 %d profile_2 %d\n", v4_number, v6_number,
          profile_1, profile_2);
 
-  // Whatever the family: a profile_2 that is not even sent can make the difference.
+  // Compared regardless of the family: even a profile_2 that will not be sent counts as a change.
   const auto update = UpdateRequest(profile_1 != v4_number, profile_2 != v6_number);
 
   if (family == IPFamily::IPV4 || family == IPFamily::IPV4V6) {

@@ -1,4 +1,4 @@
-/// Selection of the data profile that requests act on.
+/// Selecting the data profile that requests act on.
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 
 #include <qcmap_client.h>
@@ -42,7 +42,7 @@ bool QcmapWrapper::GetProfileHandle(uint32_t index, profile_handle_type_v01& han
     SYSLOG(LOG_ERR, "QCMAP_Client::GetWWANPolicyList error %d[0x%x]\n", error, error);
     return false;
   }
-  // The list may have become shorter since the index was selected.
+  // The list may have got shorter since the index was selected.
   if (index >= ReadableCount(list)) return false;
   handle = list.policy_list[index].profile_handle;
   return true;

@@ -1,4 +1,4 @@
-/// Traffic counters of a profile's data call.
+/// The traffic counters of a profile's data call.
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 
 #include <optional>
@@ -13,7 +13,7 @@ namespace {
 
 using mox::util::IPFamily;
 
-/// Nothing for a family that has no counters.
+/// Empty for NONE, which has no counters.
 std::optional<qcmap_msgr_ip_family_enum_v01> ToVendor(IPFamily family) {
   switch (family) {
     case IPFamily::IPV4:

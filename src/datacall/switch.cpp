@@ -7,8 +7,10 @@
 
 namespace mox::vendor::qcom::qcmap {
 
-// The texts differ in small ways that readers of the log search for: none is built from a pattern.
-// The reading operations hand the caller's own flag to the client, which writes 0 or 1 into it.
+// The log texts differ in small ways. Engineers search for them as they are, so none is built from
+// a pattern.
+
+// The reading operations pass the caller's own flag to the client, which writes 0 or 1 into it.
 static_assert(sizeof(bool) == sizeof(unsigned char), "");
 
 bool QcmapWrapper::SetAutoConnect(uint32_t index, bool enable) {

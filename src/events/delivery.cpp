@@ -1,11 +1,11 @@
-/// Whether subscribers' callbacks are running on a thread.
+/// Tells whether the calling thread is running subscribers' callbacks.
 #include "events/delivery.h"
 
 namespace mox::vendor::qcom::qcmap {
 
 namespace {
 
-// Of the initial-exec model, so that reading it calls into no other library and allocates nothing.
+// The initial-exec model lets the library read it without calling the loader or allocating.
 [[gnu::tls_model("initial-exec")]] thread_local bool runs_on_this_thread = false;
 
 }  // namespace

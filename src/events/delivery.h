@@ -1,9 +1,9 @@
-/// Whether subscribers' callbacks are running on a thread.
+/// Tells whether the calling thread is running subscribers' callbacks.
 #pragma once
 
 namespace mox::vendor::qcom::qcmap {
 
-/// Marks its thread, for as long as it lives, as the one on which an event is delivered.
+/// While it lives, marks its thread as the one that delivers an event.
 class Delivery {
  public:
   Delivery();

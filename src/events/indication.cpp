@@ -1,4 +1,4 @@
-/// Decoding of the server's indications and delivery of events.
+/// Decoding the server's indications and delivering events.
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 
 #include <cstdlib>
@@ -26,14 +26,14 @@ constexpr uint32_t kWwanStatus = QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01;
 constexpr uint32_t kMobileApStatus = QMI_QCMAP_MSGR_MOBILE_AP_STATUS_IND_V01;
 constexpr uint32_t kStationModeStatus = QMI_QCMAP_MSGR_STATION_MODE_STATUS_IND_V01;
 
-/// Statuses of the Mobile AP; the last two only of its station mode.
+/// States of the Mobile AP; the last two occur in station mode only.
 constexpr uint32_t kConnected = QCMAP_MSGR_MOBILE_AP_STATUS_CONNECTED_V01;
 constexpr uint32_t kDisconnected = QCMAP_MSGR_MOBILE_AP_STATUS_DISCONNECTED_V01;
 constexpr uint32_t kAssociationFailed = 3;
 constexpr uint32_t kAddressAssignmentFailed = 4;
 
-/// What a status of a data call is to readers of the log and to subscribers: only some pairings of
-/// indication and status are events.
+/// The log text of a call's status, and the event that each kind of indication makes of it. Only
+/// some pairs of indication and status are events.
 struct CallStatus {
   int32_t status;
   const char* text;
@@ -62,7 +62,7 @@ constexpr CallStatus kCallStatuses[] = {
      TEAR_DOWN_DISCONNECTION_FAILED, kNoEvent},
 };
 
-/// A data-call indication. All kinds begin like the smallest one.
+/// A call indication. All three kinds begin with the members of the smallest one.
 using CallRecord = qcmap_msgr_tear_down_wwan_ind_msg_v01;
 
 struct Free {
@@ -76,7 +76,7 @@ const CallStatus* Find(int32_t status) {
   return nullptr;
 }
 
-/// The event of an indication; its code stays kNoEvent for one that is only logged.
+/// The event of an indication; its code is kNoEvent if the indication is only logged.
 mox::util::EventDic ToEvent(uint32_t message_id, const CallRecord& record) {
   mox::util::EventDic event;
   if (record.profile_handle_valid != 0) {
@@ -109,7 +109,7 @@ std::string ToText(uint32_t message_id, const CallRecord& record) {
 
 }  // namespace
 
-// Longer than others, since every line must carry this function's signature.
+// Longer than other functions, because every line must carry the signature of this one.
 void QcmapWrapper::EvtCb(qmi_client_type client, uint32_t message_id, void* bytes, uint32_t length,
                          void*) {
   SYSLOG(LOG_DEBUG, "h %p msg_id 0x%x len %d\n", static_cast<void*>(client), message_id, length);
@@ -131,7 +131,7 @@ void QcmapWrapper::EvtCb(qmi_client_type client, uint32_t message_id, void* byte
       SYSLOG(LOG_DEBUG,
              "Mobile AP Station mode Association Failed. Going back to AP+STA Router Mode\n");
     } else if (record.status == kAddressAssignmentFailed) {
-      // The text stays on the line after the call, where readers of the log look for it.
+      // Unformatted, so that the text stays whole on the line after the call.
       // clang-format off
       SYSLOG(LOG_DEBUG,
              "Mobile AP Station mode IP Assignment via DHCP Failed. Will switch to Static IP if available\n");
@@ -141,13 +141,16 @@ void QcmapWrapper::EvtCb(qmi_client_type client, uint32_t message_id, void* byte
   }
   if (message_id != kBringUp && message_id != kTearDown && message_id != kWwanStatus) return;
 
-  // During the first connection attempt there is no instance yet, and after a failed one no client.
+  // There is no instance during the first attempt to connect, and no client after a failed one.
   QcmapWrapper* const wrapper = Load(s_ins_);
   if (wrapper == nullptr) return;
   const QCMAP_Client* const own_client = Load(wrapper->client_);
   const bool is_answer = message_id != kWwanStatus;
   if (is_answer && own_client == nullptr) return;
 
+  // The decoder accepts a record of exactly its message's size, so each kind is decoded into its
+  // own size, although only the common beginning is read. One large record for all would be
+  // refused.
   const auto size =
       static_cast<uint32_t>(message_id == kTearDown ? sizeof(qcmap_msgr_tear_down_wwan_ind_msg_v01)
                                                     : sizeof(qcmap_msgr_bring_up_wwan_ind_msg_v01));

@@ -1,4 +1,4 @@
-/// Subscribing to events.
+/// Subscribing to the events of data calls.
 #include "mox/vendor/qcom/qcmap/subscription.h"
 
 #include <mutex>
@@ -9,8 +9,8 @@
 
 namespace mox::vendor::qcom::qcmap {
 
-// What a callback owns may take locks or subscribe when it goes: in both functions the callback
-// that is replaced or removed outlives the lock.
+// Destroying a callback may run code that takes locks or subscribes. So in both functions, the
+// callback that is replaced or removed is destroyed only after the mutex has been released.
 
 void Subscribe(QcmapWrapper& wrapper, void* subscriber,
                std::function<void(mox::util::EventDic&)> callback) {

@@ -72,7 +72,7 @@ bool QcmapWrapper::SetLanConfig(std::string gw_ip, std::string netmask, bool ena
     }
   }
 
-  // The record that is sent begins as the server's own: what its later versions may add stays.
+  // Starts from the server's own record, so that members added by later versions keep their values.
   qcmap_msgr_lan_config_v01 record = {};
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->GetLANConfig(&record, &error)) {

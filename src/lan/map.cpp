@@ -1,4 +1,4 @@
-/// Mapping of VLANs to data profiles (PDNs).
+/// The mapping of VLANs to data profiles (PDNs).
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 
 #include <algorithm>
@@ -15,7 +15,7 @@ namespace {
 constexpr int32_t kMaxMappings = QCMAP_MSGR_MAX_MAPPINGS_V01;
 constexpr int32_t kNoIndex = -1;
 
-/// The place of the first policy with that handle, or kNoIndex.
+/// The index of the first policy with that handle, or kNoIndex.
 int32_t IndexOf(profile_handle_type_v01 handle,
                 const qcmap_msgr_wwan_policy_list_resp_msg_v01& list) {
   const int32_t count = ReadableSignedCount(list);
@@ -32,7 +32,7 @@ struct MappingList {
   [[nodiscard]] int ReadableCount() const { return std::clamp(count, 0, kMaxMappings); }
 };
 
-/// The profile that the VLAN is mapped to: of its first mapping to a policy that exists.
+/// The profile of the VLAN's first mapping to a policy that exists, or kNoIndex.
 int32_t IndexOfVlan(int32_t vlan_id, const MappingList& mappings,
                     const qcmap_msgr_wwan_policy_list_resp_msg_v01& list) {
   for (int i = 0; i < mappings.ReadableCount(); ++i) {
@@ -86,7 +86,7 @@ bool QcmapWrapper::DeletePdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig
     if (index == kNoIndex) return false;
   }
 
-  // Read afresh also when the profile has just been looked up: the latest list counts.
+  // Read again even if the profile was just looked up, so that the latest list counts.
   qcmap_msgr_wwan_policy_list_resp_msg_v01 list = {};
   if (!client_->GetWWANPolicyList(&list, &error)) {
     SYSLOG(LOG_ERR, "QCMAP_Client::GetWWANPolicyList error %d[0x%x]\n", error, error);

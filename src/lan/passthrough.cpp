@@ -1,4 +1,4 @@
-/// IP passthrough: the WWAN address handed through to one host.
+/// IP passthrough, which hands the WWAN address through to one host.
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 
 #include <cstring>
@@ -16,7 +16,7 @@ constexpr int kMaxNameLength = 100;
 
 using DeviceType = mox::wwan::MobileapManager::DeviceType;
 
-/// A record for a USB host called `name`, which must fit; it ends at its first zero byte.
+/// A record for a USB host called `name`, which must fit. Only what precedes a zero byte is copied.
 qcmap_msgr_ip_passthrough_config_v01 ToVendor(const std::string& name) {
   static_assert(kMaxNameLength < sizeof(qcmap_msgr_ip_passthrough_config_v01::device_name), "");
   qcmap_msgr_ip_passthrough_config_v01 record = {};
@@ -25,7 +25,7 @@ qcmap_msgr_ip_passthrough_config_v01 ToVendor(const std::string& name) {
   return record;
 }
 
-/// The name in `record`, whose field need not be terminated.
+/// The name in `record`, whose field may lack a terminator.
 std::string FromVendor(const qcmap_msgr_ip_passthrough_config_v01& record) {
   return std::string(record.device_name, ::strnlen(record.device_name, sizeof(record.device_name)));
 }

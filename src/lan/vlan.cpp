@@ -1,4 +1,4 @@
-/// VLANs on the tethering interfaces.
+/// The VLANs of the tethering interfaces.
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 
 #include <algorithm>
@@ -22,7 +22,7 @@ struct TetheringInterface {
 
 constexpr TetheringInterface kTetheringInterfaces[] = {{1, "rndis0"}, {2, "ecm0"}, {3, "eth0"}};
 
-/// Writes the name of the interface into `record`; false for a mode that has none.
+/// Writes the interface's name into `record`. Returns false if the mode has no interface.
 [[nodiscard]] bool ToVendor(int32_t tethering_mode, qcmap_msgr_vlan_config_v01& record) {
   for (const auto& interface : kTetheringInterfaces) {
     if (interface.mode != tethering_mode) continue;
@@ -33,7 +33,7 @@ constexpr TetheringInterface kTetheringInterfaces[] = {{1, "rndis0"}, {2, "ecm0"
 }
 
 mox::wwan::MobileapManager::VlanConfig FromVendor(const qcmap_msgr_vlan_config_v01& record) {
-  mox::wwan::MobileapManager::VlanConfig vlan;  // of no known interface and no profile
+  mox::wwan::MobileapManager::VlanConfig vlan;  // defaults: unknown interface, no profile
   for (const auto& interface : kTetheringInterfaces) {
     if (std::strncmp(record.iface_name, interface.name, sizeof(record.iface_name)) == 0) {
       vlan.tethering_mode = interface.mode;
