@@ -24,7 +24,7 @@ TEST_F(Server, RefusesAPlaceThatIsNotSafe) {
   for (const char* name : {"/open", "/own"}) fs::create_directory(directory_ + name);
   ::chmod((directory_ + "/open").c_str(), 0770);
   fs::create_directory_symlink(directory_ + "/own", directory_ + "/link");
-  std::ofstream(directory_ + "/own/file");
+  std::ofstream file(directory_ + "/own/file");
   ExpectEnd({"--socket", directory_ + "/open/s"}, 1, "others can write");
   ExpectEnd({"--socket", directory_ + "/link//s"}, 1, "cannot open the directory");
   ExpectEnd({"--socket", directory_ + "/none/none/s"}, 1, "cannot open the directory");
