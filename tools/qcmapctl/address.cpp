@@ -12,12 +12,11 @@ struct AddressArguments {
 void Show(Context& context, const AddressArguments& arguments) {
   Report report{"", Json::array()};
   Table table({"PROFILE", "FAMILY", "ADDRESS-1", "ADDRESS-2", "ADDRESS-3"});
-  for (const Profile& profile : ChosenProfiles(context.session, arguments.index)) {
+  for (const Profile& profile : context.router.Profiles(arguments.index)) {
     Json json;
     json["index"] = profile.index;
     for (const IPFamily family : arguments.families.Chosen()) {
-      const std::vector<std::string> addresses =
-          ReadAddresses(context.session, profile.index, family);
+      const std::vector<std::string> addresses = context.router.Addresses(profile.index, family);
       json[WordOf(family)] = addresses.empty() ? Json(nullptr) : Json(addresses);
       std::vector<std::string> row = {std::to_string(profile.index), WordOf(family)};
       row.insert(row.end(), addresses.begin(), addresses.end());
@@ -27,20 +26,11 @@ void Show(Context& context, const AddressArguments& arguments) {
     report.json.push_back(json);
   }
   report.text = table.Render();
-  report.json = OneOrAll(std::move(report.json), arguments.index);
+  report.json = OneOrAll(std::move(report.json), arguments.index.has_value());
   Finish(context, report);
 }
 
 }  // namespace
-
-std::vector<std::string> ReadAddresses(Session& session, uint32_t index, IPFamily family) {
-  mox::wwan::DataManager::NetworkConfig config;
-  const mox::Result result = session.Wrapper().GetNetworkConfig(index, family, config);
-  if (result == mox::Result::NO_NETWORK) return {};
-  session.Require(result == mox::Result::SUCCESS, Failure::REFUSED,
-                  ProfileName(index) + ": " + WordOf(family));
-  return {config.address_1, config.address_2, config.address_3};
-}
 
 void AddAddress(CommandLine& line) {
   const auto arguments = std::make_shared<AddressArguments>();

@@ -54,11 +54,11 @@ struct Leg {
 /// Brings a profile's call into another state.
 class CallChange {
  public:
-  CallChange(Session& session, const Direction& direction, uint32_t index)
-      : session_(session),
+  CallChange(Router& router, const Direction& direction, uint32_t index)
+      : router_(router),
         direction_(direction),
-        profile_{index, session.Policy(index)},
-        feed_(session.Wrapper()) {}
+        profile_{index, router.Policy(index)},
+        feed_(router.Wrapper()) {}
 
   void Request(IPFamily family) {
     Leg leg{family, {}, {}};
@@ -67,7 +67,7 @@ class CallChange {
     if (before == direction_.target) {
       leg.result = already;
     } else {
-      const Result result = (session_.Wrapper().*direction_.request)(profile_.index, family);
+      const Result result = (router_.Wrapper().*direction_.request)(profile_.index, family);
       if (result != Result::SUCCESS) Explain(leg, result, already);
     }
     legs_.push_back(leg);
@@ -79,7 +79,7 @@ class CallChange {
       for (const Event& event : feed_.Take(std::min(deadline, Clock::now() + kCheckEvery))) {
         Note(event);
       }
-      const CallState state = ReadCallState(session_, profile_.index);
+      const FamilyStates state = router_.CallState(profile_.index);
       for (Leg& leg : legs_) Judge(leg, state.Of(leg.family));
     }
     for (Leg& leg : legs_) {
@@ -109,9 +109,7 @@ class CallChange {
   }
 
  private:
-  ConnectStatus StateOf(IPFamily family) {
-    return ReadCallState(session_, profile_.index).Of(family);
-  }
+  ConnectStatus StateOf(IPFamily family) { return router_.CallState(profile_.index).Of(family); }
 
   bool UnderWay() const {
     for (const Leg& leg : legs_) {
@@ -131,7 +129,7 @@ class CallChange {
     } else if (state == direction_.moving) {
       leg.seen_moving = true;
     } else {
-      session_.RequireServer();
+      router_.RequireServer();
       leg.failure =
           state == ConnectStatus::DISCONNECTING ? Failure::CALL_GOING_DOWN : direction_.refused;
     }
@@ -174,7 +172,7 @@ class CallChange {
     throw CommandFailed(*worst, text);
   }
 
-  Session& session_;
+  Router& router_;
   const Direction& direction_;
   Profile profile_;
   EventFeed feed_;
@@ -187,7 +185,7 @@ struct CallArguments {
 };
 
 void Change(Context& context, const CallArguments& arguments, const Direction& direction) {
-  CallChange change(context.session, direction, *arguments.index);
+  CallChange change(context.router, direction, *arguments.index);
   for (const IPFamily family : arguments.families.Chosen()) change.Request(family);
   change.Wait(context.options.wait);
   Finish(context, change.Conclude());
@@ -196,9 +194,9 @@ void Change(Context& context, const CallArguments& arguments, const Direction& d
 void Show(Context& context, const std::optional<uint32_t>& index) {
   Report report{"", Json::array()};
   Table table({"PROFILE", "HANDLE", "IPV4", "IPV6"});
-  for (const Profile& profile : ChosenProfiles(context.session, index)) {
-    const CallState state = ReadCallState(context.session, profile.index);
-    const bool half_up = IsHalfUp(profile, state);
+  for (const Profile& profile : context.router.Profiles(index)) {
+    const FamilyStates state = context.router.CallState(profile.index);
+    const bool half_up = state.IsHalfUp(profile.policy);
     Json json;
     json["index"] = profile.index;
     json["handle"] = profile.policy.profile_handle;
@@ -210,25 +208,11 @@ void Show(Context& context, const std::optional<uint32_t>& index) {
                   WordOf(state.ipv4), WordOf(state.ipv6), half_up ? "HALF UP" : ""});
   }
   report.text = table.Render();
-  report.json = OneOrAll(std::move(report.json), index);
+  report.json = OneOrAll(std::move(report.json), index.has_value());
   Finish(context, report);
 }
 
 }  // namespace
-
-CallState ReadCallState(Session& session, uint32_t index) {
-  CallState state;
-  session.Require(session.Wrapper().GetWwanConnectStatus(index, state.ipv4, state.ipv6),
-                  Failure::REFUSED, ProfileName(index));
-  return state;
-}
-
-bool IsHalfUp(const Profile& profile, const CallState& state) {
-  const bool ipv4_up = state.ipv4 == ConnectStatus::CONNECTED;
-  const bool ipv6_up = state.ipv6 == ConnectStatus::CONNECTED;
-  if (ipv4_up == ipv6_up) return false;
-  return profile.policy.ip_family != (ipv4_up ? IPFamily::IPV4 : IPFamily::IPV6);
-}
 
 void AddCall(CommandLine& line) {
   const auto arguments = std::make_shared<CallArguments>();

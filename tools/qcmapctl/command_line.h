@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "session.h"
+#include "router.h"
 #include "vocabulary.h"
 
 namespace qcmapctl {
@@ -24,7 +24,7 @@ struct Options {
 
 /// What a command runs with.
 struct Context {
-  Session session;
+  Router router;
   Options options;
 };
 

@@ -24,11 +24,11 @@ struct LanArguments {
   std::optional<int> lease;
 };
 
-LanConfig Read(Session& session) {
+LanConfig Read(Router& router) {
   LanConfig lan;
-  session.Require(session.Wrapper().GetLanConfig(lan.gateway, lan.netmask, lan.dhcp, lan.start,
-                                                 lan.end, lan.lease),
-                  Failure::REFUSED);
+  router.Require(router.Wrapper().GetLanConfig(lan.gateway, lan.netmask, lan.dhcp, lan.start,
+                                               lan.end, lan.lease),
+                 Failure::REFUSED);
   return lan;
 }
 
@@ -55,26 +55,26 @@ void Set(Context& context, const LanArguments& arguments) {
       !arguments.lease) {
     throw CommandFailed("no setting is given", "as in 'lan set --dhcp off'");
   }
-  Session& session = context.session;
-  const LanConfig present = Read(session);
+  Router& router = context.router;
+  const LanConfig present = Read(router);
   // In another subnet, or after a time without DHCP, the range that was set last means nothing:
   // without a new one the library derives it.
   const bool keep_range = !arguments.gateway && !arguments.netmask && present.dhcp;
   const std::string start = arguments.start.value_or(keep_range ? present.start : "");
   const std::string end = arguments.end.value_or(keep_range ? present.end : "");
-  session.Require(
-      session.Wrapper().SetLanConfig(
-          arguments.gateway.value_or(present.gateway), arguments.netmask.value_or(present.netmask),
-          arguments.dhcp.value_or(present.dhcp), start, end,
-          static_cast<uint32_t>(arguments.lease.value_or(present.lease))),
+  router.Require(
+      router.Wrapper().SetLanConfig(arguments.gateway.value_or(present.gateway),
+                                    arguments.netmask.value_or(present.netmask),
+                                    arguments.dhcp.value_or(present.dhcp), start, end,
+                                    static_cast<uint32_t>(arguments.lease.value_or(present.lease))),
       Failure::LAN_REFUSED);
-  Report report = Describe(Read(session));
+  Report report = Describe(Read(router));
   report.text += "set; takes effect with 'qcmapctl lan activate'\n";
   Finish(context, report);
 }
 
 void Activate(Context& context) {
-  context.session.Require(context.session.Wrapper().ActivateLan(), Failure::REFUSED);
+  context.router.Require(context.router.Wrapper().ActivateLan(), Failure::REFUSED);
   Report report = {"LAN activated\n", {}};
   report.json["result"] = "activated";
   Finish(context, report);
@@ -94,15 +94,15 @@ CLI::Option* AddIpv4Address(CLI::App* verb, const std::string& name,
 
 }  // namespace
 
-Report DescribeLan(Session& session) {
-  return Describe(Read(session));
+Report DescribeLan(Router& router) {
+  return Describe(Read(router));
 }
 
 void AddLan(CommandLine& line) {
   const auto arguments = std::make_shared<LanArguments>();
   CLI::App* lan = line.AddObject("lan", "The device's address on the LAN, and its DHCP server");
   line.AddVerb(lan, "show", "Show the LAN configuration",
-               [](Context& context) { Finish(context, DescribeLan(context.session)); });
+               [](Context& context) { Finish(context, DescribeLan(context.router)); });
   CLI::App* set = line.AddVerb(
       lan, "set", "Set what is given; without a range, one that fits a new subnet is derived",
       [arguments](Context& context) { Set(context, *arguments); });

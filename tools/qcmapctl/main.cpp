@@ -53,7 +53,7 @@ int Run(const std::vector<std::string>& arguments) {
     }
     as_json = command.options.json;
     openlog("qcmapctl", command.options.verbose ? LOG_PERROR : 0, LOG_USER);
-    Context context{Session(), command.options};
+    Context context{Router(), command.options};
     command.run ? command.run(context) : ShowStatus(context);
     return kExitDone;
   } catch (const CommandFailed& failure) {

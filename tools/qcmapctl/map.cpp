@@ -22,7 +22,7 @@ bool Contains(const std::vector<VlanMapping>& mappings, const VlanConfig& wanted
 void List(Context& context) {
   Report report{"", Json::array()};
   Table table({"VLAN", "PROFILE"});
-  const std::vector<VlanMapping> mappings = ReadMappings(context.session);
+  const std::vector<VlanMapping> mappings = context.router.Mappings();
   for (const VlanMapping& mapping : mappings) {
     const bool known = mapping.profile_index >= 0;
     Json json;
@@ -53,17 +53,17 @@ Report DescribeChange(const VlanConfig& vlan, const char* result) {
 }
 
 void Add(Context& context, const MapArguments& arguments) {
-  Session& session = context.session;
-  session.Policy(*arguments.index);
+  Router& router = context.router;
+  router.Policy(*arguments.index);
   VlanConfig vlan{0, arguments.vlan_id, static_cast<int32_t>(*arguments.index)};
-  if (!session.Wrapper().SetPdnToVlanMapping(vlan)) {
-    session.RequireServer();
-    const std::vector<VlanConfig> vlans = ReadVlans(session);
+  if (!router.Wrapper().SetPdnToVlanMapping(vlan)) {
+    router.RequireServer();
+    const std::vector<VlanConfig> vlans = router.Vlans();
     const bool vlan_exists = std::any_of(vlans.begin(), vlans.end(), [&vlan](const VlanConfig& v) {
       return v.vlan_id == vlan.vlan_id;
     });
     if (!vlan_exists) throw CommandFailed(Failure::NO_VLAN, "VLAN " + std::to_string(vlan.vlan_id));
-    const std::vector<VlanMapping> mappings = ReadMappings(session);
+    const std::vector<VlanMapping> mappings = router.Mappings();
     if (Contains(mappings, vlan)) throw CommandFailed(Failure::MAPPING_EXISTS, NameOf(vlan));
     const bool mapped_elsewhere =
         std::any_of(mappings.begin(), mappings.end(),
@@ -74,35 +74,27 @@ void Add(Context& context, const MapArguments& arguments) {
 }
 
 void Delete(Context& context, const MapArguments& arguments) {
-  Session& session = context.session;
-  if (arguments.index) session.Policy(*arguments.index);
+  Router& router = context.router;
+  if (arguments.index) router.Policy(*arguments.index);
   VlanConfig vlan{0, arguments.vlan_id,
                   arguments.index ? static_cast<int32_t>(*arguments.index) : -1};
   if (!arguments.index) {
     // What the library would look up by itself; read here, so that the result can name it.
-    for (const VlanMapping& mapping : ReadMappings(session)) {
+    for (const VlanMapping& mapping : router.Mappings()) {
       if (mapping.vlan_id != vlan.vlan_id || mapping.profile_index < 0) continue;
       vlan.profile_index = mapping.profile_index;
       break;
     }
   }
-  if (!session.Wrapper().DeletePdnToVlanMapping(vlan)) {
-    session.RequireServer();
-    throw CommandFailed(
-        Contains(ReadMappings(session), vlan) ? Failure::REFUSED : Failure::NO_MAPPING,
-        NameOf(vlan));
+  if (!router.Wrapper().DeletePdnToVlanMapping(vlan)) {
+    router.RequireServer();
+    throw CommandFailed(Contains(router.Mappings(), vlan) ? Failure::REFUSED : Failure::NO_MAPPING,
+                        NameOf(vlan));
   }
   Finish(context, DescribeChange(vlan, "deleted"));
 }
 
 }  // namespace
-
-std::vector<VlanMapping> ReadMappings(Session& session) {
-  std::vector<VlanMapping> mappings;
-  session.Require(session.Wrapper().GetPdnToVlanMapping(mappings), Failure::REFUSED,
-                  "mapping list");
-  return mappings;
-}
 
 void AddMap(CommandLine& line) {
   const auto arguments = std::make_shared<MapArguments>();

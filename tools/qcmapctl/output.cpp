@@ -39,6 +39,10 @@ std::string Table::Render() const {
   return text;
 }
 
+Json OneOrAll(Json list, bool one) {
+  return one ? list.at(0) : list;
+}
+
 std::string Indent(const std::string& text) {
   std::string indented;
   bool at_start = true;

@@ -28,6 +28,9 @@ class Table {
   std::vector<std::vector<std::string>> rows_;
 };
 
+/// `list`, or only its first element if `one` was asked for by name.
+Json OneOrAll(Json list, bool one);
+
 /// `text` with every line moved to the right.
 std::string Indent(const std::string& text);
 

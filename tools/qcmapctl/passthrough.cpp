@@ -8,31 +8,31 @@ using mox::wwan::MobileapManager;
 using IpPassthroughConfig = MobileapManager::IpPassthroughConfig;
 
 void Show(Context& context) {
-  Finish(context, DescribePassthrough(context.session));
+  Finish(context, DescribePassthrough(context.router));
 }
 
 void Enable(Context& context, const std::string& host) {
   IpPassthroughConfig config;
   config.device_type = MobileapManager::DeviceType::USB_HOST;
   config.host_device_name = host;
-  context.session.Require(context.session.Wrapper().SetIpPassthrough(true, config),
-                          Failure::PASSTHROUGH_REFUSED, "host '" + Printable(host) + "'");
-  Finish(context, DescribePassthrough(context.session));
+  context.router.Require(context.router.Wrapper().SetIpPassthrough(true, config),
+                         Failure::PASSTHROUGH_REFUSED, "host '" + Printable(host) + "'");
+  Finish(context, DescribePassthrough(context.router));
 }
 
 void Disable(Context& context) {
   IpPassthroughConfig config;
-  context.session.Require(context.session.Wrapper().SetIpPassthrough(false, config),
-                          Failure::REFUSED);
-  Finish(context, DescribePassthrough(context.session));
+  context.router.Require(context.router.Wrapper().SetIpPassthrough(false, config),
+                         Failure::REFUSED);
+  Finish(context, DescribePassthrough(context.router));
 }
 
 }  // namespace
 
-Report DescribePassthrough(Session& session) {
+Report DescribePassthrough(Router& router) {
   bool enabled = false;
   IpPassthroughConfig config;
-  session.Require(session.Wrapper().GetIpPassthrough(enabled, config), Failure::REFUSED);
+  router.Require(router.Wrapper().GetIpPassthrough(enabled, config), Failure::REFUSED);
   const bool has_host = config.device_type == MobileapManager::DeviceType::USB_HOST;
   Report report;
   report.text = std::string(enabled ? "enabled" : "disabled") +

@@ -29,8 +29,8 @@ Report Describe(const std::vector<Profile>& profiles) {
 }
 
 void Show(Context& context, const PolicyArguments& arguments) {
-  Report report = Describe(ChosenProfiles(context.session, arguments.index));
-  report.json = OneOrAll(std::move(report.json), arguments.index);
+  Report report = Describe(context.router.Profiles(arguments.index));
+  report.json = OneOrAll(std::move(report.json), arguments.index.has_value());
   Finish(context, report);
 }
 
@@ -43,19 +43,19 @@ Report DescribeChange(const char* result, const Profile& profile) {
 }
 
 void Add(Context& context, const PolicyArguments& arguments) {
-  Session& session = context.session;
+  Router& router = context.router;
   if (!arguments.profile_v4 && !arguments.profile_v6) {
     throw CommandFailed("--profile-v4 or --profile-v6 is required",
                         "a family without a number of its own gets the other's");
   }
   const int v4 = arguments.profile_v4.value_or(arguments.profile_v6.value_or(0));
   const int v6 = arguments.profile_v6.value_or(v4);
-  session.Require(
-      session.Wrapper().CreateWwanPolicy(arguments.tech.value_or(Tech::ANY),
-                                         arguments.family.value_or(IPFamily::IPV4V6),
-                                         static_cast<uint8_t>(v4), static_cast<uint8_t>(v6)),
+  router.Require(
+      router.Wrapper().CreateWwanPolicy(arguments.tech.value_or(Tech::ANY),
+                                        arguments.family.value_or(IPFamily::IPV4V6),
+                                        static_cast<uint8_t>(v4), static_cast<uint8_t>(v6)),
       Failure::REFUSED);
-  const std::vector<Profile> profiles = ChosenProfiles(session, std::nullopt);
+  const std::vector<Profile> profiles = router.Profiles();
   if (profiles.empty()) throw CommandFailed(Failure::UNFORESEEN, "the new policy is not listed");
   Finish(context, DescribeChange("added", profiles.back()));
 }
@@ -69,10 +69,10 @@ void Set(Context& context, const PolicyArguments& arguments) {
   if (!arguments.tech && !arguments.family && !arguments.profile_v4 && !arguments.profile_v6) {
     throw CommandFailed("no setting is given", "as in 'qcmapctl policy set 1 --profile-v4 2'");
   }
-  Session& session = context.session;
+  Router& router = context.router;
   const uint32_t index = *arguments.index;
   const std::string name = ProfileName(index);
-  const WwanPolicy present = session.Policy(index);
+  const WwanPolicy present = router.Policy(index);
   WwanPolicy wanted = present;
   wanted.tech = arguments.tech.value_or(present.tech);
   wanted.ip_family = arguments.family.value_or(present.ip_family);
@@ -92,24 +92,24 @@ void Set(Context& context, const PolicyArguments& arguments) {
     if (first == present.profile_v4 && second == present.profile_v6) {
       throw CommandFailed(Failure::POLICY_SAME_NUMBERS, name);
     }
-    session.Require(
-        session.Wrapper().SetWwanPolicy(index, wanted.tech, wanted.ip_family, first, second),
+    router.Require(
+        router.Wrapper().SetWwanPolicy(index, wanted.tech, wanted.ip_family, first, second),
         Failure::REFUSED, name);
   }
-  Finish(context, DescribeChange("set", {index, session.Policy(index)}));
+  Finish(context, DescribeChange("set", {index, router.Policy(index)}));
 }
 
 void Delete(Context& context, const PolicyArguments& arguments) {
-  Session& session = context.session;
-  const Profile profile{*arguments.index, session.Policy(*arguments.index)};
+  Router& router = context.router;
+  const Profile profile{*arguments.index, router.Policy(*arguments.index)};
   // Indices above 49 do not exist, so the index fits.
-  if (!session.Wrapper().DeleteWwanPolicy(static_cast<uint8_t>(profile.index))) {
-    session.RequireServer();
-    const CallState state = ReadCallState(session, profile.index);
+  if (!router.Wrapper().DeleteWwanPolicy(static_cast<uint8_t>(profile.index))) {
+    router.RequireServer();
+    const FamilyStates state = router.CallState(profile.index);
     const bool down =
         state.ipv4 == ConnectStatus::DISCONNECTED && state.ipv6 == ConnectStatus::DISCONNECTED;
     if (!down) throw CommandFailed(Failure::PROFILE_IN_USE, ProfileName(profile.index));
-    const std::vector<VlanMapping> mappings = ReadMappings(session);
+    const std::vector<VlanMapping> mappings = router.Mappings();
     const bool mapped = std::any_of(mappings.begin(), mappings.end(), [&profile](const auto& m) {
       return m.profile_index == static_cast<int32_t>(profile.index);
     });

@@ -17,14 +17,14 @@ struct StatsArguments {
 };
 
 void Show(Context& context, const StatsArguments& arguments) {
-  Session& session = context.session;
+  Router& router = context.router;
   Report report{"", Json::array()};
   Table table({"PROFILE", "FAMILY", "COUNTER64-1", "COUNTER64-2", "COUNTER32-1", "COUNTER32-2"});
-  for (const Profile& profile : ChosenProfiles(session, arguments.index)) {
+  for (const Profile& profile : router.Profiles(arguments.index)) {
     QcmapWrapper::WWANStatics counters{};
-    session.Require(session.Wrapper().GetWWANStatistics(profile.index, arguments.Family(),
-                                                        counters) == Result::SUCCESS,
-                    Failure::REFUSED, ProfileName(profile.index));
+    router.Require(router.Wrapper().GetWWANStatistics(profile.index, arguments.Family(),
+                                                      counters) == Result::SUCCESS,
+                   Failure::REFUSED, ProfileName(profile.index));
     Json json;
     json["index"] = profile.index;
     json["family"] = WordOf(arguments.Family());
@@ -38,17 +38,16 @@ void Show(Context& context, const StatsArguments& arguments) {
                   std::to_string(counters.counter32_1), std::to_string(counters.counter32_2)});
   }
   report.text = table.Render();
-  report.json = OneOrAll(std::move(report.json), arguments.index);
+  report.json = OneOrAll(std::move(report.json), arguments.index.has_value());
   Finish(context, report);
 }
 
 void Reset(Context& context, const StatsArguments& arguments) {
-  Session& session = context.session;
+  Router& router = context.router;
   const uint32_t index = *arguments.index;
-  session.Policy(index);
-  session.Require(
-      session.Wrapper().ResetWWANStatistics(index, arguments.Family()) == Result::SUCCESS,
-      Failure::REFUSED, ProfileName(index));
+  router.Policy(index);
+  router.Require(router.Wrapper().ResetWWANStatistics(index, arguments.Family()) == Result::SUCCESS,
+                 Failure::REFUSED, ProfileName(index));
   Report report;
   report.text = ProfileName(index) + ": " + WordOf(arguments.Family()) + " counters reset\n";
   report.json["result"] = "reset";

@@ -24,12 +24,12 @@ std::string Join(const std::vector<std::string>& words) {
   return text;
 }
 
-Report DescribeFamily(Session& session, const Profile& profile, const CallState& state,
+Report DescribeFamily(Router& router, const Profile& profile, const FamilyStates state,
                       IPFamily family) {
   Report report;
   std::vector<std::string> addresses;
   if (state.Of(family) == ConnectStatus::CONNECTED) {
-    addresses = ReadAddresses(session, profile.index, family);
+    addresses = router.Addresses(profile.index, family);
   }
   report.text =
       WordOf(state.Of(family)) + std::string(addresses.empty() ? "" : "  ") + Join(addresses);
@@ -38,18 +38,18 @@ Report DescribeFamily(Session& session, const Profile& profile, const CallState&
   return report;
 }
 
-Report DescribeProfile(Session& session, const Profile& profile) {
+Report DescribeProfile(Router& router, const Profile& profile) {
   Report report;
   report.json = DescribePolicy(profile);
-  const CallState state = ReadCallState(session, profile.index);
-  const bool half_up = IsHalfUp(profile, state);
+  const FamilyStates state = router.CallState(profile.index);
+  const bool half_up = state.IsHalfUp(profile.policy);
   report.text = "Profile " + std::to_string(profile.index) + "  handle " +
                 std::to_string(profile.policy.profile_handle) + ", " + WordOf(profile.policy.tech) +
                 ", " + WordOf(profile.policy.ip_family) + ", profile numbers " +
                 std::to_string(profile.policy.profile_v4) + " and " +
                 std::to_string(profile.policy.profile_v6) + (half_up ? "  HALF UP" : "") + "\n";
   for (const IPFamily family : {IPFamily::IPV4, IPFamily::IPV6}) {
-    const Report part = DescribeFamily(session, profile, state, family);
+    const Report part = DescribeFamily(router, profile, state, family);
     report.json[WordOf(family)] = part.json;
     report.text += "  " + std::string(WordOf(family)) + "  " + part.text + "\n";
   }
@@ -57,11 +57,11 @@ Report DescribeProfile(Session& session, const Profile& profile) {
   return report;
 }
 
-Report DescribeProfiles(Session& session) {
+Report DescribeProfiles(Router& router) {
   Report report{"", Json::array()};
-  for (const Profile& profile : ChosenProfiles(session, std::nullopt)) {
+  for (const Profile& profile : router.Profiles()) {
     const Report part =
-        Part(ProfileName(profile.index).c_str(), [&] { return DescribeProfile(session, profile); });
+        Part(ProfileName(profile.index).c_str(), [&] { return DescribeProfile(router, profile); });
     report.text += part.text;
     report.json.push_back(part.json);
   }
@@ -72,12 +72,12 @@ Report DescribeProfiles(Session& session) {
 }  // namespace
 
 void ShowStatus(Context& context) {
-  Session& session = context.session;
-  session.Wrapper();
-  const Report profiles = Part("profiles", [&] { return DescribeProfiles(session); });
-  const Report lan = Part("lan", [&] { return DescribeLan(session); });
-  const Report vlans = Part("vlans", [&] { return DescribeVlans(session); });
-  const Report passthrough = Part("passthrough", [&] { return DescribePassthrough(session); });
+  Router& router = context.router;
+  router.Wrapper();
+  const Report profiles = Part("profiles", [&] { return DescribeProfiles(router); });
+  const Report lan = Part("lan", [&] { return DescribeLan(router); });
+  const Report vlans = Part("vlans", [&] { return DescribeVlans(router); });
+  const Report passthrough = Part("passthrough", [&] { return DescribePassthrough(router); });
 
   Report status;
   status.text = "Server     running\nMobile AP  connected\n\n" + profiles.text + "\nLAN\n" +

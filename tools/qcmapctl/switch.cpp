@@ -34,7 +34,7 @@ struct SwitchArguments {
   std::optional<bool> wanted[std::size(kSwitches)];
 };
 
-Report Describe(Session& session, const std::vector<Profile>& profiles) {
+Report Describe(Router& router, const std::vector<Profile>& profiles) {
   Report report{"", Json::array()};
   Table table({"PROFILE", "AUTOCONNECT", "ROAMING", "IPV4", "IPV6"});
   for (const Profile& profile : profiles) {
@@ -43,8 +43,8 @@ Report Describe(Session& session, const std::vector<Profile>& profiles) {
     std::vector<std::string> row = {std::to_string(profile.index)};
     for (const Switch& which : kSwitches) {
       bool on = false;
-      session.Require((session.Wrapper().*which.get)(profile.index, on), Failure::REFUSED,
-                      ProfileName(profile.index) + ": " + which.name);
+      router.Require((router.Wrapper().*which.get)(profile.index, on), Failure::REFUSED,
+                     ProfileName(profile.index) + ": " + which.name);
       json[which.name] = on;
       row.push_back(on ? "on" : "off");
     }
@@ -56,32 +56,32 @@ Report Describe(Session& session, const std::vector<Profile>& profiles) {
 }
 
 void Show(Context& context, const std::optional<uint32_t>& index) {
-  Session& session = context.session;
-  Report report = Describe(session, ChosenProfiles(session, index));
-  report.json = OneOrAll(std::move(report.json), index);
+  Router& router = context.router;
+  Report report = Describe(router, router.Profiles(index));
+  report.json = OneOrAll(std::move(report.json), index.has_value());
   Finish(context, report);
 }
 
 void Set(Context& context, const SwitchArguments& arguments) {
-  Session& session = context.session;
+  Router& router = context.router;
   bool any = false;
   for (const auto& wanted : arguments.wanted) any = any || wanted.has_value();
   if (!any) throw CommandFailed("no switch is given", "as in 'switch set 1 --roaming on'");
 
-  const Profile profile{*arguments.index, session.Policy(*arguments.index)};
+  const Profile profile{*arguments.index, router.Policy(*arguments.index)};
   std::string done;
   for (size_t i = 0; i < std::size(kSwitches); ++i) {
     if (!arguments.wanted[i]) continue;
     const Switch& which = kSwitches[i];
-    if (!which.set(session.Wrapper(), profile.index, *arguments.wanted[i])) {
-      session.RequireServer();
+    if (!which.set(router.Wrapper(), profile.index, *arguments.wanted[i])) {
+      router.RequireServer();
       const std::string subject = ProfileName(profile.index) + ": " + which.name;
       if (done.empty()) throw CommandFailed(Failure::REFUSED, subject);
       throw CommandFailed(Failure::PARTLY_DONE, subject + " refused, set before it:" + done);
     }
     done += std::string(" ") + which.name;
   }
-  Report report = Describe(session, {profile});
+  Report report = Describe(router, {profile});
   report.json = report.json.at(0);
   Finish(context, report);
 }

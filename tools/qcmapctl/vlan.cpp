@@ -20,7 +20,7 @@ bool Contains(const std::vector<VlanConfig>& vlans, const VlanConfig& wanted) {
 }
 
 void List(Context& context) {
-  Finish(context, DescribeVlans(context.session));
+  Finish(context, DescribeVlans(context.router));
 }
 
 std::string NameOf(const VlanConfig& vlan) {
@@ -37,23 +37,23 @@ Report DescribeChange(const VlanConfig& vlan, const char* result) {
 }
 
 void Add(Context& context, const VlanArguments& arguments) {
-  Session& session = context.session;
+  Router& router = context.router;
   VlanConfig vlan = arguments.ToConfig();
-  if (!session.Wrapper().SetVlanConfig(vlan)) {
-    session.RequireServer();
-    throw CommandFailed(
-        Contains(ReadVlans(session), vlan) ? Failure::VLAN_EXISTS : Failure::REFUSED, NameOf(vlan));
+  if (!router.Wrapper().SetVlanConfig(vlan)) {
+    router.RequireServer();
+    throw CommandFailed(Contains(router.Vlans(), vlan) ? Failure::VLAN_EXISTS : Failure::REFUSED,
+                        NameOf(vlan));
   }
   Finish(context, DescribeChange(vlan, "added"));
 }
 
 void Delete(Context& context, const VlanArguments& arguments) {
-  Session& session = context.session;
+  Router& router = context.router;
   VlanConfig vlan = arguments.ToConfig();
-  if (!session.Wrapper().DeleteVlanConfig(vlan)) {
-    session.RequireServer();
-    if (!Contains(ReadVlans(session), vlan)) throw CommandFailed(Failure::NO_VLAN, NameOf(vlan));
-    const std::vector<VlanMapping> mappings = ReadMappings(session);
+  if (!router.Wrapper().DeleteVlanConfig(vlan)) {
+    router.RequireServer();
+    if (!Contains(router.Vlans(), vlan)) throw CommandFailed(Failure::NO_VLAN, NameOf(vlan));
+    const std::vector<VlanMapping> mappings = router.Mappings();
     const bool mapped =
         std::any_of(mappings.begin(), mappings.end(),
                     [&vlan](const VlanMapping& m) { return m.vlan_id == vlan.vlan_id; });
@@ -64,16 +64,10 @@ void Delete(Context& context, const VlanArguments& arguments) {
 
 }  // namespace
 
-std::vector<VlanConfig> ReadVlans(Session& session) {
-  std::vector<VlanConfig> vlans;
-  session.Require(session.Wrapper().GetVlanConfigs(vlans), Failure::REFUSED, "VLAN list");
-  return vlans;
-}
-
-Report DescribeVlans(Session& session) {
+Report DescribeVlans(Router& router) {
   Report report{"", Json::array()};
-  const std::vector<VlanConfig> vlans = ReadVlans(session);
-  const std::vector<VlanMapping> mappings = ReadMappings(session);
+  const std::vector<VlanConfig> vlans = router.Vlans();
+  const std::vector<VlanMapping> mappings = router.Mappings();
   Table table({"INTERFACE", "VLAN", "PROFILE"});
   for (const VlanConfig& vlan : vlans) {
     const char* interface = InterfaceOf(vlan.tethering_mode);

@@ -16,7 +16,7 @@ struct WaitArguments {
   std::optional<ConnectStatus> state;
 };
 
-bool IsReached(const CallState& state, const std::vector<IPFamily>& families,
+bool IsReached(const FamilyStates state, const std::vector<IPFamily>& families,
                ConnectStatus target) {
   for (const IPFamily family : families) {
     if (state.Of(family) != target) return false;
@@ -25,15 +25,15 @@ bool IsReached(const CallState& state, const std::vector<IPFamily>& families,
 }
 
 void Wait(Context& context, const WaitArguments& arguments) {
-  Session& session = context.session;
+  Router& router = context.router;
   const uint32_t index = *arguments.index;
   const std::vector<IPFamily> families = arguments.families.Chosen();
   const ConnectStatus target = arguments.state.value_or(ConnectStatus::CONNECTED);
   const auto deadline = Clock::now() + context.options.wait;
-  EventFeed feed(session.Wrapper());
-  session.Policy(index);
+  EventFeed feed(router.Wrapper());
+  router.Policy(index);
 
-  CallState state = ReadCallState(session, index);
+  FamilyStates state = router.CallState(index);
   while (!IsReached(state, families, target)) {
     if (Clock::now() >= deadline) {
       std::string present = ProfileName(index) + ": ";
@@ -43,7 +43,7 @@ void Wait(Context& context, const WaitArguments& arguments) {
       throw CommandFailed(Failure::TIME_LIMIT, present + "not " + WordOf(target));
     }
     feed.Take(std::min(deadline, Clock::now() + kCheckEvery));
-    state = ReadCallState(session, index);
+    state = router.CallState(index);
   }
 
   Report report;

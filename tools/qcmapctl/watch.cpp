@@ -84,7 +84,7 @@ void Emit(const Context& context, const Report& line) {
 
 void PrintInitial(Context& context, const std::vector<Profile>& profiles) {
   for (const Profile& profile : profiles) {
-    const CallState state = ReadCallState(context.session, profile.index);
+    const FamilyStates state = context.router.CallState(profile.index);
     for (const IPFamily family : {IPFamily::IPV4, IPFamily::IPV6}) {
       const Event now{std::chrono::system_clock::now(), 0, family, profile.policy.profile_handle};
       Emit(context, DescribeLine(now, "initial", WordOf(state.Of(family)), profile.index));
@@ -93,9 +93,9 @@ void PrintInitial(Context& context, const std::vector<Profile>& profiles) {
 }
 
 /// The policies again, since adding and deleting them moves indices; the old ones when refused.
-void Refresh(Session& session, std::vector<Profile>& profiles) {
+void Refresh(Router& router, std::vector<Profile>& profiles) {
   try {
-    profiles = ChosenProfiles(session, std::nullopt);
+    profiles = router.Profiles();
   } catch (const CommandFailed& failure) {
     if (failure.failure() != Failure::REFUSED) throw;
   }
@@ -103,8 +103,8 @@ void Refresh(Session& session, std::vector<Profile>& profiles) {
 
 void Watch(Context& context, const WatchArguments& arguments) {
   // Subscribed first, so that nothing is missed between the present state and the events.
-  EventFeed feed(context.session.Wrapper());
-  std::vector<Profile> profiles = ChosenProfiles(context.session, std::nullopt);
+  EventFeed feed(context.router.Wrapper());
+  std::vector<Profile> profiles = context.router.Profiles();
   PrintInitial(context, profiles);
 
   uint32_t printed = 0;
@@ -122,7 +122,7 @@ void Watch(Context& context, const WatchArguments& arguments) {
       if (arguments.count) throw CommandFailed(Failure::IDLE);
       return;
     }
-    Refresh(context.session, profiles);
+    Refresh(context.router, profiles);
     for (const Event& event : events) {
       if (arguments.count && printed == *arguments.count) break;
       Emit(context,
