@@ -2,8 +2,8 @@
 #include "command_line.h"
 
 #include <algorithm>
-#include <cctype>
 
+#include "arguments.h"
 #include "failure.h"
 #include "nearest_word.h"
 
@@ -12,18 +12,6 @@ namespace {
 
 constexpr char kGlobalOptions[] =
     "Options of every command (-J, -w, -q, -v): see 'qcmapctl --help'.";
-
-bool IsNumber(const std::string& word) {
-  return !word.empty() && std::all_of(word.begin(), word.end(),
-                                      [](unsigned char c) { return std::isdigit(c) != 0; });
-}
-
-/// The value of a decimal number up to `highest`; empty for anything else.
-std::optional<uint32_t> ToNumber(const std::string& word, uint32_t highest) {
-  if (!IsNumber(word) || word.size() > 9) return std::nullopt;
-  const auto number = static_cast<uint32_t>(std::stoul(word));
-  return number <= highest ? std::optional<uint32_t>(number) : std::nullopt;
-}
 
 std::shared_ptr<CLI::Formatter> MakeFormatter(const std::string& words) {
   auto formatter = std::make_shared<CLI::Formatter>();
@@ -183,72 +171,6 @@ void CommandLine::FailUsage(const CLI::ParseError& error) const {
       NearestWord(word.substr(0, word.find('=')), CandidatesFor(word, command));
   if (nearest.empty() || nearest == word) throw CommandFailed(message, help);
   throw CommandFailed(message, "did you mean '" + nearest + "'? " + help);
-}
-
-CLI::Option* AddIndex(CLI::App* command, std::optional<uint32_t>& index,
-                      const std::string& description, const std::string& name) {
-  return command
-      ->add_option_function<std::string>(
-          name, [&index](const std::string& word) { index = ToNumber(word, 999999999); },
-          description)
-      ->option_text(" ")
-      ->check([](const std::string& word) {
-        return ToNumber(word, 999999999) ? "" : "'" + word + "' is no profile index";
-      });
-}
-
-CLI::Option* AddVlanId(CLI::App* command, int32_t& vlan_id) {
-  return command
-      ->add_option_function<std::string>(
-          "VLAN",
-          [&vlan_id](const std::string& word) {
-            vlan_id = static_cast<int32_t>(*ToNumber(word, 4094));
-          },
-          "VLAN id, 2 to 4094")
-      ->option_text(" ")
-      ->required()
-      ->check([](const std::string& word) {
-        const auto number = ToNumber(word, 4094);
-        return number && *number >= 2 ? "" : "'" + word + "' is no VLAN id: 2 to 4094";
-      });
-}
-
-CLI::Option* AddOnOff(CLI::App* command, const std::string& name, std::optional<bool>& value,
-                      const std::string& description) {
-  static const std::map<std::string, bool> words = {{"off", false}, {"on", true}};
-  return AddWord(command, name, value, words, description);
-}
-
-CLI::Option* AddSeconds(CLI::App* command, const std::string& names,
-                        std::function<void(std::chrono::milliseconds)> set,
-                        const std::string& description) {
-  return command
-      ->add_option_function<std::string>(
-          names,
-          [set = std::move(set)](const std::string& word) {
-            set(std::chrono::milliseconds(static_cast<int64_t>(std::stod(word) * 1000)));
-          },
-          description)
-      ->option_text("SECONDS")
-      ->check([](const std::string& word) {
-        const size_t point = word.find('.');
-        const bool sound = ToNumber(word.substr(0, point), 86400) &&
-                           (point == std::string::npos ||
-                            (IsNumber(word.substr(point + 1)) && word.size() - point < 10));
-        return sound ? "" : "'" + word + "' is no time in seconds: 0 to 86400";
-      });
-}
-
-std::vector<IPFamily> Families::Chosen() const {
-  std::vector<IPFamily> chosen;
-  if (ipv4 || !ipv6) chosen.push_back(IPFamily::IPV4);
-  if (ipv6 || !ipv4) chosen.push_back(IPFamily::IPV6);
-  return chosen;
-}
-
-void AddFamilies(CLI::App* command, Families& families) {
-  command->add_flag("-4,--ipv4", families.ipv4, "Only IPv4");
-  command->add_flag("-6,--ipv6", families.ipv6, "Only IPv6");
 }
 
 }  // namespace qcmapctl

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "arguments.h"
 #include "command_line.h"
 #include "output.h"
 #include "router.h"
