@@ -6,7 +6,9 @@
 namespace {
 
 TEST(Tool, PrintsTheDocumentedJson) {
-  const std::pair<std::string, const char*> rows[] = {
+  const struct {
+    std::string command, json;
+  } rows[] = {
       {"call up 1 -4", R"({"index":1,"handle":102,"ipv4":"up"})"},
       {"call up 1 -4", R"({"index":1,"handle":102,"ipv4":"already up"})"},
       {"call show 1",
@@ -45,14 +47,15 @@ TEST(Tool, PrintsTheDocumentedJson) {
       {"vlan delete eth0 100", R"({"result":"deleted","interface":"eth0","vlan_id":100})"},
       {"vlan list", "[]"}};
   std::string script, expected;
-  for (const auto& [command, json] : rows) {
-    script += "echo " + command + ": $(qcmapctl -J " + command +
-              " | tr -d '\\n' | sed 's/  *\\([]\"{}0-9tfn]\\)/\\1/g; s/: \\[/:[/g')\n";
-    expected += command + ": " + json + "\n";
+  for (const auto& row : rows) {
+    // On one line and without spaces, except inside texts.
+    script += "echo '" + row.command + "' $(qcmapctl -J " + row.command +
+              " | tr -d '\\n' | sed 's/\\([[{,:]\\) */\\1/g; s/  *\\([]}]\\)/\\1/g')\n";
+    expected += row.command + " " + row.json + "\n";
   }
   const Outcome outcome = ShellWithServer("--profiles 2 --call-time 20 --traffic 0", script);
   EXPECT_EQ(outcome.err, "");
-  EXPECT_EQ(Replace(outcome.out, "\": *", "\":"), Replace(expected, "\": *", "\":"));
+  EXPECT_EQ(outcome.out, expected);
 }
 
 TEST(Tool, ShowsTheWholePictureWithTheProfileThatIsHalfUp) {
@@ -82,10 +85,10 @@ TEST(Tool, ShowsTheWholePictureWithTheProfileThatIsHalfUp) {
 TEST(Tool, WatchesFromThePresentStateOnWithHandleAndIndex) {
   const Outcome outcome = ShellWithServer(
       "--profiles 2 --call-time 10",
-      "seen=$QCMAP_SOCKET.seen; :>$seen; once() { until grep -q \"$1\" $seen; do :; done; }\n"
-      "{ once '102.*ipv6'; qcmapctl -q call up 1 -4; once wwan_connected; "
+      "seen=$QCMAP_SOCKET.seen; :>$seen\n"
+      "{ once grep -q '102.*ipv6' $seen; qcmapctl -q call up 1 -4; once grep -q wwan_conn $seen; "
       "qcmapctl -q policy delete 0; qcmapctl -q call down 0 -4; } &\n"
-      "qcmapctl -J watch --count 2 | tee $seen; wait");
+      "qcmapctl -J watch --count 2 --idle-timeout 20 | tee $seen; wait");
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(
       outcome.out,
@@ -107,7 +110,11 @@ TEST(Tool, LeavesTheCallAsItIsWhenInterruptedWhileWaiting) {
 }
 
 TEST(Launcher, EndsAsTheProgramDoesAndLeavesNothingBehind) {
-  const std::tuple<const char*, int, const char*> rows[] = {
+  const struct {
+    const char* command;
+    int status;
+    const char* out;
+  } rows[] = {
       {"exec mvq-qcmap-sim -- sh -c 'exit 7'", 7, ""},
       {"exec mvq-qcmap-sim -- sh -c 'kill -USR1 $$'", -SIGUSR1, ""},
       {"exec mvq-qcmap-sim -- /nonexistent", 127, ""},
@@ -115,17 +122,17 @@ TEST(Launcher, EndsAsTheProgramDoesAndLeavesNothingBehind) {
       {"exec mvq-qcmap-sim --profiles 999 -- true", 125, ""},
       {"exec mvq-qcmap-sim -- ", 125, ""},
       {"echo in | mvq-qcmap-sim -- cat", 0, "in\n"},
-      {"mvq-qcmap-sim -- sleep 60 & sim=$!; until pgrep -P $sim sleep >/dev/null; do :; done; "
+      {"mvq-qcmap-sim -- sleep 60 & sim=$!; once pgrep -P $sim sleep >/dev/null; "
        "kill -TERM $sim; wait $sim; echo $?",
        0, "143\n"},
       {"folder=$(mvq-qcmap-sim -- sh -c 'dirname $QCMAP_SOCKET'); test -e $folder; echo $?", 0,
        "1\n"},
       {"server=$(mvq-qcmap-sim -- sh -c 'pgrep -P $PPID QCMAP'); kill -0 $server 2>&-; echo $?", 0,
        "1\n"}};
-  for (const auto& [command, status, out] : rows) {
-    const Outcome outcome = Shell(command);
-    EXPECT_EQ(outcome.status, status) << command << "\n" << outcome.err;
-    EXPECT_EQ(outcome.out, out) << command << "\n" << outcome.err;
+  for (const auto& row : rows) {
+    const Outcome outcome = Shell(row.command);
+    EXPECT_EQ(outcome.status, row.status) << row.command << "\n" << outcome.err;
+    EXPECT_EQ(outcome.out, row.out) << row.command << "\n" << outcome.err;
   }
 }
 

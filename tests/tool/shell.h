@@ -31,15 +31,25 @@ struct Outcome {
   double seconds;
 };
 
-/// Runs `script` with sh; there is no server unless it starts one.
-inline Outcome Shell(const std::string& script) {
+/// `once COMMAND...` waits until the command succeeds. After 20 seconds it reports the command and
+/// ends the whole script, even from a background job.
+constexpr char kOnce[] =
+    "once() {\n"
+    "  timeout 20 sh -c 'until \"$@\"; do sleep 0.01; done' once \"$@\" && return\n"
+    "  echo \"this never happened: $*\" >&2; kill $$; exit 1\n"
+    "}\n";
+
+/// Runs `script` with sh, started by `launcher`.
+inline Outcome Shell(const std::string& script, const std::string& launcher = "") {
   char folder[] = "/tmp/qcmap-tool-XXXXXX";
   const std::string made = mkdtemp(folder);
   setenv("PATH", (std::string(MVQ_QCMAP_TOOLS ":/usr/bin:/bin")).c_str(), 1);
+  // There is no server unless the script or the launcher starts one.
   setenv("QCMAP_SOCKET", (made + "/none").c_str(), 1);
-  std::ofstream(made + "/script") << script;
+  std::ofstream(made + "/script") << kOnce << script;
   const auto start = std::chrono::steady_clock::now();
-  const std::string line = "exec sh " + made + "/script >" + made + "/out 2>" + made + "/err";
+  const std::string line =
+      "exec " + launcher + "sh " + made + "/script >" + made + "/out 2>" + made + "/err";
   const int status = system(line.c_str());
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
   const Outcome outcome{WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status),
@@ -51,6 +61,5 @@ inline Outcome Shell(const std::string& script) {
 
 /// Runs `script` against a server of its own with these options.
 inline Outcome ShellWithServer(const std::string& options, const std::string& script) {
-  return Shell("exec mvq-qcmap-sim " + options + " -- sh -c '" + Replace(script, "'", "'\\''") +
-               "'");
+  return Shell(script, "mvq-qcmap-sim " + options + " -- ");
 }

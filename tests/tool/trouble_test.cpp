@@ -5,7 +5,19 @@
 
 namespace {
 
-void ExpectTrouble(const Outcome& outcome, int status, const std::string& command,
+enum ExitCode : int {
+  kUnexpected = 1,
+  kUsage = 2,
+  kTimedOut = 3,
+  kBringUpFailed = 4,
+  kTearDownFailed = 5,
+  kRefused = 6,
+  kPartlyDone = 7,
+  kNoServer = 8,
+  kNotFound = 10
+};
+
+void ExpectTrouble(const Outcome& outcome, ExitCode status, const std::string& command,
                    const std::string& message) {
   SCOPED_TRACE(command + ":\n" + outcome.err);
   EXPECT_EQ(outcome.status, status);
@@ -40,7 +52,7 @@ TEST(Usage, IsAnsweredWithoutAServerAndWithTheNearestWord) {
       {"passthrough enable $(printf %0101d 0)", "1 to 100 bytes", ""}};
   for (const auto& row : rows) {
     const Outcome outcome = Shell(std::string("qcmapctl ") + row.arguments);
-    ExpectTrouble(outcome, 2, row.arguments, row.message);
+    ExpectTrouble(outcome, kUsage, row.arguments, row.message);
     EXPECT_NE(outcome.err.find(std::string("\nhint: ") + row.hint), std::string::npos)
         << row.arguments << ":\n"
         << outcome.err;
@@ -50,34 +62,37 @@ TEST(Usage, IsAnsweredWithoutAServerAndWithTheNearestWord) {
 TEST(Failure, HasItsExitCodeAMessageAndNothingOnStandardOutput) {
   const struct {
     const char *server, *before, *command;
-    int status;
+    ExitCode status;
     const char* message;
   } rows[] = {
-      {"", "", "call up 3", 10, "call up: profile 3: no such profile"},
-      {"", "", "policy delete 256", 10, "profile 256: no such profile"},
-      {"--network off", "", "call up 1 -4", 4,
+      {"", "", "call up 3", kNotFound, "call up: profile 3: no such profile"},
+      {"", "", "policy delete 256", kNotFound, "profile 256: no such profile"},
+      {"--network off", "", "call up 1 -4", kBringUpFailed,
        "profile 1: ipv4: the server refused to bring the call up"},
-      {"", "qcmapctl -q switch set 1 --ipv6 off", "call up 1", 7,
+      {"", "qcmapctl -q switch set 1 --ipv6 off", "call up 1", kPartlyDone,
        "profile 1: ipv4 up, ipv6 not up (the server refused to bring the call up)"},
-      {"--fail DisconnectBackHaul", "qcmapctl -q call up 1 -6", "call down 1 -6", 5,
+      {"--fail DisconnectBackHaul", "qcmapctl -q call up 1 -6", "call down 1 -6", kTearDownFailed,
        "ipv6: the server refused to take the call down"},
-      {"--call-time 60000", "", "-w 0.1 call up 1 -4", 3, "profile 1: ipv4: the time limit passed"},
-      {"", "qcmapctl -q call up 1 -4", "wait 1 -w 0", 3,
+      {"--call-time 60000", "", "-w 0.1 call up 1 -4", kTimedOut,
+       "profile 1: ipv4: the time limit passed"},
+      {"", "qcmapctl -q call up 1 -4", "wait 1 -w 0", kTimedOut,
        "ipv4 is connected, ipv6 is disconnected, not connected: the time limit passed"},
-      {"", "", "lan show >/dev/full", 1, "the result could not be written"},
-      {"--fail GetWWANPolicyList", "", "call show", 6,
+      {"", "", "lan show >/dev/full", kUnexpected, "the result could not be written"},
+      {"--fail GetWWANPolicyList", "", "call show", kRefused,
        "policy list: the server refused the request"},
-      {"--fail SetRoaming", "", "switch set 0 --autoconnect on --roaming on", 7,
+      {"--fail SetRoaming", "", "switch set 0 --autoconnect on --roaming on", kPartlyDone,
        "roaming refused, set before it: autoconnect"},
-      {"", "qcmapctl -q call up 1 -4", "policy delete 1", 6, "the profile's call is not down"},
-      {"", "", "policy set 1 --tech any", 6, "change only together with a profile number"},
-      {"", "", "policy set 1 --family ipv4 --profile-v6 5", 6, "does not use that profile number"},
-      {"", "qcmapctl -q vlan add ecm0 5", "vlan add 2 5", 6,
+      {"", "qcmapctl -q call up 1 -4", "policy delete 1", kRefused,
+       "the profile's call is not down"},
+      {"", "", "policy set 1 --tech any", kRefused, "change only together with a profile number"},
+      {"", "", "policy set 1 --family ipv4 --profile-v6 5", kRefused,
+       "does not use that profile number"},
+      {"", "qcmapctl -q vlan add ecm0 5", "vlan add 2 5", kRefused,
        "ecm0 VLAN 5: the interface already has"},
-      {"", "", "map delete 5", 10, "VLAN 5: no such mapping"},
-      {"", "qcmapctl -q vlan add ecm0 5; qcmapctl -q map add 5 1", "vlan delete ecm0 5", 6,
+      {"", "", "map delete 5", kNotFound, "VLAN 5: no such mapping"},
+      {"", "qcmapctl -q vlan add ecm0 5; qcmapctl -q map add 5 1", "vlan delete ecm0 5", kRefused,
        "the VLAN is mapped to a profile"},
-      {"", "", "passthrough enable 02:00:00:00:00:01", 6, "passthrough was refused"}};
+      {"", "", "passthrough enable 02:00:00:00:00:01", kRefused, "passthrough was refused"}};
   for (const auto& row : rows) {
     const Outcome outcome =
         ShellWithServer(row.server, std::string(row.before) + "\nexec qcmapctl " + row.command);
@@ -87,7 +102,7 @@ TEST(Failure, HasItsExitCodeAMessageAndNothingOnStandardOutput) {
 
 TEST(Failure, IsOneObjectOnStandardErrorWithJson) {
   const Outcome outcome = ShellWithServer("", "exec qcmapctl call show -J 9");
-  EXPECT_EQ(outcome.status, 10);
+  EXPECT_EQ(outcome.status, kNotFound);
   EXPECT_EQ(outcome.out, "");
   EXPECT_EQ(
       outcome.err,
@@ -98,13 +113,15 @@ TEST(Failure, IsOneObjectOnStandardErrorWithJson) {
 TEST(Server, IsMissedStoppedOrKilledWithinTheLimit) {
   const std::string find = "server=$(pgrep -P $PPID QCMAP); log=$QCMAP_SOCKET.log; :>$log; ";
   const auto once_connected = [&find](const char* signal, const char* command) {
-    return find + "{ until grep -q 'AP is Connected' $log; do :; done; kill " + signal +
+    return find + "{ once grep -q 'AP is Connected' $log; kill " + signal +
            " $server; } & qcmapctl -v " + command +
            " 2>$log; status=$?; cat $log >&2; exit $status";
   };
-  const std::pair<std::string, const char*> rows[] = {
-      {find + "kill -KILL $server; until grep -q State:.Z /proc/$server/status; do :; done; "
-              "exec qcmapctl call",
+  const struct {
+    std::string script;
+    const char* message;
+  } rows[] = {
+      {find + "kill -KILL $server; once grep -q State:.Z /proc/$server/status; exec qcmapctl call",
        "call show: the server is not running"},
       {find + "kill -STOP $server; exec qcmapctl", "qcmapctl: the server runs but does not answer"},
       {find + "kill -STOP $server; exec qcmapctl call up 1",
@@ -113,18 +130,20 @@ TEST(Server, IsMissedStoppedOrKilledWithinTheLimit) {
       {once_connected("-STOP", "call up 1"), "call up: the server runs but does not answer"},
       {once_connected("-KILL", "wait 1"), "wait: the server has gone away"},
       {once_connected("-KILL", "watch >/dev/null"), "watch: the server has gone away"}};
-  for (const auto& [script, message] : rows) {
-    const Outcome outcome = ShellWithServer("--call-time 60000", script);
-    ExpectTrouble(outcome, 8, script, message);
-    EXPECT_LT(outcome.seconds, 10) << script;
+  for (const auto& row : rows) {
+    const Outcome outcome = ShellWithServer("--call-time 60000", row.script);
+    ExpectTrouble(outcome, kNoServer, row.script, row.message);
+    EXPECT_LT(outcome.seconds, 10) << row.script;
   }
 }
 
-TEST(Call, FailsWhenTheNetworkGoesWhileItConnects) {
+TEST(Call, FailsWhenTheNetworkIsLostWhileItConnects) {
   const Outcome outcome = Shell(
-      "(sleep 0.3; echo network off) | "
-      "mvq-qcmap-sim --console --call-time 5000 -- qcmapctl call up 1 -4");
-  ExpectTrouble(outcome, 4, "call up", "profile 1: ipv4: the call did not come up");
+      "connecting=$QCMAP_SOCKET.connecting\n"
+      "{ once test -e $connecting; echo network off; } |\n"
+      "mvq-qcmap-sim --console --call-time 5000 -- sh -c \"qcmapctl call up 1 -4 & call=\\$!\n"
+      "qcmapctl -q wait 1 -4 --state connecting && : >$connecting; wait \\$call\"");
+  ExpectTrouble(outcome, kBringUpFailed, "call up", "profile 1: ipv4: the call did not come up");
 }
 
 }  // namespace
