@@ -1,5 +1,11 @@
 /// address: the addresses of a profile's call.
-#include "commands.h"
+#include "address.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "arguments.h"
 
 namespace qcmapctl {
 namespace {
@@ -9,14 +15,14 @@ struct AddressArguments {
   Families families;
 };
 
-void Show(Context& context, const AddressArguments& arguments) {
+Report Show(Router& router, const AddressArguments& arguments) {
   Report report{"", Json::array()};
   Table table({"PROFILE", "FAMILY", "ADDRESS-1", "ADDRESS-2", "ADDRESS-3"});
-  for (const Profile& profile : context.router.Profiles(arguments.index)) {
+  for (const Profile& profile : router.Profiles(arguments.index)) {
     Json json;
     json["index"] = profile.index;
     for (const IPFamily family : arguments.families.Chosen()) {
-      const std::vector<std::string> addresses = context.router.Addresses(profile.index, family);
+      const std::vector<std::string> addresses = router.Addresses(profile.index, family);
       json[WordOf(family)] = addresses.empty() ? Json(nullptr) : Json(addresses);
       std::vector<std::string> row = {std::to_string(profile.index), WordOf(family)};
       row.insert(row.end(), addresses.begin(), addresses.end());
@@ -27,7 +33,7 @@ void Show(Context& context, const AddressArguments& arguments) {
   }
   report.text = table.Render();
   report.json = OneOrAll(std::move(report.json), arguments.index.has_value());
-  Finish(context, report);
+  return report;
 }
 
 }  // namespace
@@ -35,8 +41,9 @@ void Show(Context& context, const AddressArguments& arguments) {
 void AddAddress(CommandLine& line) {
   const auto arguments = std::make_shared<AddressArguments>();
   CLI::App* address = line.AddObject("address", "Addresses of a profile's call");
-  CLI::App* show = line.AddVerb(address, "show", "Show the addresses of a profile, or of all",
-                                [arguments](Context& context) { Show(context, *arguments); });
+  CLI::App* show =
+      line.AddVerb(address, "show", "Show the addresses of a profile, or of all",
+                   [arguments](Context& context) { return Show(context.router, *arguments); });
   AddIndex(show, arguments->index);
   AddFamilies(show, arguments->families);
 }

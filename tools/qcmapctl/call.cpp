@@ -1,5 +1,11 @@
-/// call: a profile's backhaul call, one family at a time.
-#include "commands.h"
+/// call: a profile's data call, one family at a time.
+#include "call.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "arguments.h"
 #include "event_feed.h"
 
 namespace qcmapctl {
@@ -184,18 +190,18 @@ struct CallArguments {
   Families families;
 };
 
-void Change(Context& context, const CallArguments& arguments, const Direction& direction) {
+Report Change(Context& context, const CallArguments& arguments, const Direction& direction) {
   CallChange change(context.router, direction, *arguments.index);
   for (const IPFamily family : arguments.families.Chosen()) change.Request(family);
   change.Wait(context.options.wait);
-  Finish(context, change.Conclude());
+  return change.Conclude();
 }
 
-void Show(Context& context, const std::optional<uint32_t>& index) {
+Report Show(Router& router, const std::optional<uint32_t>& index) {
   Report report{"", Json::array()};
   Table table({"PROFILE", "HANDLE", "IPV4", "IPV6"});
-  for (const Profile& profile : context.router.Profiles(index)) {
-    const FamilyStates state = context.router.CallState(profile.index);
+  for (const Profile& profile : router.Profiles(index)) {
+    const FamilyStates state = router.CallState(profile.index);
     const bool half_up = state.IsHalfUp(profile.policy);
     Json json;
     json["index"] = profile.index;
@@ -209,7 +215,7 @@ void Show(Context& context, const std::optional<uint32_t>& index) {
   }
   report.text = table.Render();
   report.json = OneOrAll(std::move(report.json), index.has_value());
-  Finish(context, report);
+  return report;
 }
 
 }  // namespace
@@ -217,16 +223,18 @@ void Show(Context& context, const std::optional<uint32_t>& index) {
 void AddCall(CommandLine& line) {
   const auto arguments = std::make_shared<CallArguments>();
   CLI::App* call = line.AddObject("call", "A profile's data call");
-  CLI::App* show =
-      line.AddVerb(call, "show", "Show the state of both families, of a profile or of all",
-                   [arguments](Context& context) { Show(context, arguments->index); });
+  CLI::App* show = line.AddVerb(
+      call, "show", "Show the state of both families, of a profile or of all",
+      [arguments](Context& context) { return Show(context.router, arguments->index); });
   AddIndex(show, arguments->index);
   for (const Direction* direction : {&kUp, &kDown}) {
     CLI::App* verb = line.AddVerb(
         call, direction->word,
         direction == &kUp ? "Bring the call up, both families unless -4 or -6 is given"
                           : "Take the call down, both families unless -4 or -6 is given",
-        [arguments, direction](Context& context) { Change(context, *arguments, *direction); });
+        [arguments, direction](Context& context) {
+          return Change(context, *arguments, *direction);
+        });
     AddIndex(verb, arguments->index)->required();
     AddFamilies(verb, arguments->families);
   }

@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "output.h"
 #include "router.h"
 
 namespace qcmapctl {
@@ -26,7 +27,8 @@ struct Context {
   Options options;
 };
 
-using Handler = std::function<void(Context&)>;
+/// Carries out a command and returns its result, which is empty if it has printed its own.
+using Handler = std::function<Report(Context&)>;
 
 class CommandLine {
  public:

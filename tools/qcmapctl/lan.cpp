@@ -1,7 +1,12 @@
-/// lan: the device's address on the LAN, and its DHCP server.
+/// lan: the LAN configuration and its DHCP server.
+#include "lan.h"
+
 #include <arpa/inet.h>
 
-#include "commands.h"
+#include <optional>
+#include <string>
+
+#include "arguments.h"
 
 namespace qcmapctl {
 namespace {
@@ -50,12 +55,11 @@ Report Describe(const LanConfig& lan) {
   return report;
 }
 
-void Set(Context& context, const LanArguments& arguments) {
+Report Set(Router& router, const LanArguments& arguments) {
   if (!arguments.gateway && !arguments.netmask && !arguments.dhcp && !arguments.start &&
       !arguments.lease) {
     throw CommandFailed("no setting is given", "as in 'lan set --dhcp off'");
   }
-  Router& router = context.router;
   const LanConfig present = Read(router);
   // In another subnet, or after a time without DHCP, the range that was set last means nothing:
   // without a new one the library derives it.
@@ -70,14 +74,14 @@ void Set(Context& context, const LanArguments& arguments) {
       Failure::LAN_REFUSED);
   Report report = Describe(Read(router));
   report.text += "set; takes effect with 'qcmapctl lan activate'\n";
-  Finish(context, report);
+  return report;
 }
 
-void Activate(Context& context) {
-  context.router.Require(context.router.Wrapper().ActivateLan(), Failure::REFUSED);
+Report Activate(Router& router) {
+  router.Require(router.Wrapper().ActivateLan(), Failure::REFUSED);
   Report report = {"LAN activated\n", {}};
   report.json["result"] = "activated";
-  Finish(context, report);
+  return report;
 }
 
 CLI::Option* AddIpv4Address(CLI::App* verb, const std::string& name,
@@ -94,7 +98,7 @@ CLI::Option* AddIpv4Address(CLI::App* verb, const std::string& name,
 
 }  // namespace
 
-Report DescribeLan(Router& router) {
+Report ShowLan(Router& router) {
   return Describe(Read(router));
 }
 
@@ -102,10 +106,10 @@ void AddLan(CommandLine& line) {
   const auto arguments = std::make_shared<LanArguments>();
   CLI::App* lan = line.AddObject("lan", "The device's address on the LAN, and its DHCP server");
   line.AddVerb(lan, "show", "Show the LAN configuration",
-               [](Context& context) { Finish(context, DescribeLan(context.router)); });
+               [](Context& context) { return ShowLan(context.router); });
   CLI::App* set = line.AddVerb(
       lan, "set", "Set what is given; without a range, one that fits a new subnet is derived",
-      [arguments](Context& context) { Set(context, *arguments); });
+      [arguments](Context& context) { return Set(context.router, *arguments); });
   AddIpv4Address(set, "--gateway", arguments->gateway, "The device's own address");
   AddIpv4Address(set, "--netmask", arguments->netmask, "Netmask of the LAN");
   AddOnOff(set, "--dhcp", arguments->dhcp, "Whether hosts get their addresses by DHCP");
@@ -118,7 +122,8 @@ void AddLan(CommandLine& line) {
   set->add_option("--lease", arguments->lease, "Lease time, in the server's unit")
       ->option_text("N")
       ->check(CLI::Range(0, 2147483647));
-  line.AddVerb(lan, "activate", "Make the LAN configuration take effect", Activate);
+  line.AddVerb(lan, "activate", "Make the LAN configuration take effect",
+               [](Context& context) { return Activate(context.router); });
 }
 
 }  // namespace qcmapctl

@@ -6,7 +6,21 @@
 #include <algorithm>
 #include <iostream>
 
-#include "commands.h"
+#include "address.h"
+#include "call.h"
+#include "command_line.h"
+#include "failure.h"
+#include "lan.h"
+#include "map.h"
+#include "output.h"
+#include "passthrough.h"
+#include "policy.h"
+#include "stats.h"
+#include "status.h"
+#include "switch.h"
+#include "vlan.h"
+#include "wait.h"
+#include "watch.h"
 
 namespace qcmapctl {
 namespace {
@@ -54,7 +68,8 @@ int Run(const std::vector<std::string>& arguments) {
     as_json = command.options.json;
     openlog("qcmapctl", command.options.verbose ? LOG_PERROR : 0, LOG_USER);
     Context context{Router(), command.options};
-    command.run ? command.run(context) : ShowStatus(context);
+    const Report report = command.run ? command.run(context) : ShowStatus(context.router);
+    if (!command.options.quiet) Print(report, as_json);
     return kExitDone;
   } catch (const CommandFailed& failure) {
     return Tell(failure, line.Operation(), as_json);
@@ -74,10 +89,6 @@ void OccupyStandardStreams() {
 }
 
 }  // namespace
-
-void Finish(const Context& context, const Report& report) {
-  if (!context.options.quiet) Print(report, context.options.json);
-}
 
 }  // namespace qcmapctl
 

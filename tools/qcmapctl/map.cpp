@@ -1,7 +1,12 @@
-/// map: which profile's call a VLAN goes through (PDN to VLAN).
-#include <algorithm>
+/// map: the profile through whose call a VLAN's traffic goes (PDN-to-VLAN mapping).
+#include "map.h"
 
-#include "commands.h"
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "arguments.h"
 
 namespace qcmapctl {
 namespace {
@@ -19,10 +24,10 @@ bool Contains(const std::vector<VlanMapping>& mappings, const VlanConfig& wanted
   });
 }
 
-void List(Context& context) {
+Report List(Router& router) {
   Report report{"", Json::array()};
   Table table({"VLAN", "PROFILE"});
-  const std::vector<VlanMapping> mappings = context.router.Mappings();
+  const std::vector<VlanMapping> mappings = router.Mappings();
   for (const VlanMapping& mapping : mappings) {
     const bool known = mapping.profile_index >= 0;
     Json json;
@@ -33,7 +38,7 @@ void List(Context& context) {
                   known ? std::to_string(mapping.profile_index) : "none any more"});
   }
   report.text = mappings.empty() ? "no mappings\n" : table.Render();
-  Finish(context, report);
+  return report;
 }
 
 std::string NameOf(const VlanConfig& vlan) {
@@ -52,8 +57,7 @@ Report DescribeChange(const VlanConfig& vlan, const char* result) {
   return report;
 }
 
-void Add(Context& context, const MapArguments& arguments) {
-  Router& router = context.router;
+Report Add(Router& router, const MapArguments& arguments) {
   router.Policy(*arguments.index);
   VlanConfig vlan{0, arguments.vlan_id, static_cast<int32_t>(*arguments.index)};
   if (!router.Wrapper().SetPdnToVlanMapping(vlan)) {
@@ -70,11 +74,10 @@ void Add(Context& context, const MapArguments& arguments) {
                     [&vlan](const VlanMapping& m) { return m.vlan_id == vlan.vlan_id; });
     throw CommandFailed(mapped_elsewhere ? Failure::VLAN_MAPPED : Failure::REFUSED, NameOf(vlan));
   }
-  Finish(context, DescribeChange(vlan, "added"));
+  return DescribeChange(vlan, "added");
 }
 
-void Delete(Context& context, const MapArguments& arguments) {
-  Router& router = context.router;
+Report Delete(Router& router, const MapArguments& arguments) {
   if (arguments.index) router.Policy(*arguments.index);
   VlanConfig vlan{0, arguments.vlan_id,
                   arguments.index ? static_cast<int32_t>(*arguments.index) : -1};
@@ -91,7 +94,7 @@ void Delete(Context& context, const MapArguments& arguments) {
     throw CommandFailed(Contains(router.Mappings(), vlan) ? Failure::REFUSED : Failure::NO_MAPPING,
                         NameOf(vlan));
   }
-  Finish(context, DescribeChange(vlan, "deleted"));
+  return DescribeChange(vlan, "deleted");
 }
 
 }  // namespace
@@ -99,13 +102,15 @@ void Delete(Context& context, const MapArguments& arguments) {
 void AddMap(CommandLine& line) {
   const auto arguments = std::make_shared<MapArguments>();
   CLI::App* map = line.AddObject("map", "Which profile's call a VLAN goes through (PDN to VLAN)");
-  line.AddVerb(map, "list", "List mappings", List);
-  CLI::App* add = line.AddVerb(map, "add", "Map a VLAN to a profile",
-                               [arguments](Context& context) { Add(context, *arguments); });
+  line.AddVerb(map, "list", "List mappings", [](Context& context) { return List(context.router); });
+  CLI::App* add =
+      line.AddVerb(map, "add", "Map a VLAN to a profile",
+                   [arguments](Context& context) { return Add(context.router, *arguments); });
   AddVlanId(add, arguments->vlan_id);
   AddIndex(add, arguments->index, "profile index", "PROFILE")->required();
-  CLI::App* remove = line.AddVerb(map, "delete", "Delete a mapping",
-                                  [arguments](Context& context) { Delete(context, *arguments); });
+  CLI::App* remove = line.AddVerb(map, "delete", "Delete a mapping", [arguments](Context& context) {
+    return Delete(context.router, *arguments);
+  });
   AddVlanId(remove, arguments->vlan_id);
   AddIndex(remove, arguments->index, "profile index; without it, the VLAN's first mapping",
            "PROFILE");

@@ -78,6 +78,7 @@ std::string Dump(const Json& json, bool on_one_line) {
 }
 
 void Print(const Report& report, bool as_json) {
+  if (as_json && report.json.is_null()) return;
   Write(as_json ? Dump(report.json, false) : report.text);
 }
 

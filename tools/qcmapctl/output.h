@@ -43,7 +43,7 @@ std::string FormatTime(std::chrono::system_clock::time_point time);
 /// `json` on one line or several; bytes that are no UTF-8 are replaced, never refused.
 std::string Dump(const Json& json, bool on_one_line);
 
-/// Prints a command's one result. Throws CommandFailed when it cannot be written.
+/// Prints a command's result, if there is one. Throws CommandFailed when it cannot be written.
 void Print(const Report& report, bool as_json);
 
 /// Prints one line of a stream of results at once.

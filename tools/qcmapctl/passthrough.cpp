@@ -1,5 +1,7 @@
 /// passthrough: handing the WWAN address through to a USB host.
-#include "commands.h"
+#include "passthrough.h"
+
+#include <string>
 
 namespace qcmapctl {
 namespace {
@@ -7,29 +9,24 @@ namespace {
 using mox::wwan::MobileapManager;
 using IpPassthroughConfig = MobileapManager::IpPassthroughConfig;
 
-void Show(Context& context) {
-  Finish(context, DescribePassthrough(context.router));
-}
-
-void Enable(Context& context, const std::string& host) {
+Report Enable(Router& router, const std::string& host) {
   IpPassthroughConfig config;
   config.device_type = MobileapManager::DeviceType::USB_HOST;
   config.host_device_name = host;
-  context.router.Require(context.router.Wrapper().SetIpPassthrough(true, config),
-                         Failure::PASSTHROUGH_REFUSED, "host '" + Printable(host) + "'");
-  Finish(context, DescribePassthrough(context.router));
+  router.Require(router.Wrapper().SetIpPassthrough(true, config), Failure::PASSTHROUGH_REFUSED,
+                 "host '" + Printable(host) + "'");
+  return ShowPassthrough(router);
 }
 
-void Disable(Context& context) {
+Report Disable(Router& router) {
   IpPassthroughConfig config;
-  context.router.Require(context.router.Wrapper().SetIpPassthrough(false, config),
-                         Failure::REFUSED);
-  Finish(context, DescribePassthrough(context.router));
+  router.Require(router.Wrapper().SetIpPassthrough(false, config), Failure::REFUSED);
+  return ShowPassthrough(router);
 }
 
 }  // namespace
 
-Report DescribePassthrough(Router& router) {
+Report ShowPassthrough(Router& router) {
   bool enabled = false;
   IpPassthroughConfig config;
   router.Require(router.Wrapper().GetIpPassthrough(enabled, config), Failure::REFUSED);
@@ -48,9 +45,11 @@ void AddPassthrough(CommandLine& line) {
   const auto host = std::make_shared<std::string>();
   CLI::App* passthrough =
       line.AddObject("passthrough", "Handing the WWAN address through to a USB host");
-  line.AddVerb(passthrough, "show", "Show whether, and for which host", Show);
-  CLI::App* enable = line.AddVerb(passthrough, "enable", "Enable it for a host",
-                                  [host](Context& context) { Enable(context, *host); });
+  line.AddVerb(passthrough, "show", "Show whether, and for which host",
+               [](Context& context) { return ShowPassthrough(context.router); });
+  CLI::App* enable =
+      line.AddVerb(passthrough, "enable", "Enable it for a host",
+                   [host](Context& context) { return Enable(context.router, *host); });
   enable->add_option("NAME", *host, "the USB host's name, at most 100 bytes")
       ->option_text(" ")
       ->required()
@@ -58,7 +57,8 @@ void AddPassthrough(CommandLine& line) {
         return !name.empty() && name.size() <= 100 ? ""
                                                    : "the host's name must have 1 to 100 bytes";
       });
-  line.AddVerb(passthrough, "disable", "Disable it", Disable);
+  line.AddVerb(passthrough, "disable", "Disable it",
+               [](Context& context) { return Disable(context.router); });
 }
 
 }  // namespace qcmapctl

@@ -1,7 +1,12 @@
 /// policy: the server's WWAN policies.
-#include <algorithm>
+#include "policy.h"
 
-#include "commands.h"
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "arguments.h"
 
 namespace qcmapctl {
 namespace {
@@ -28,10 +33,10 @@ Report Describe(const std::vector<Profile>& profiles) {
   return report;
 }
 
-void Show(Context& context, const PolicyArguments& arguments) {
-  Report report = Describe(context.router.Profiles(arguments.index));
+Report Show(Router& router, const PolicyArguments& arguments) {
+  Report report = Describe(router.Profiles(arguments.index));
   report.json = OneOrAll(std::move(report.json), arguments.index.has_value());
-  Finish(context, report);
+  return report;
 }
 
 Report DescribeChange(const char* result, const Profile& profile) {
@@ -42,8 +47,7 @@ Report DescribeChange(const char* result, const Profile& profile) {
   return report;
 }
 
-void Add(Context& context, const PolicyArguments& arguments) {
-  Router& router = context.router;
+Report Add(Router& router, const PolicyArguments& arguments) {
   if (!arguments.profile_v4 && !arguments.profile_v6) {
     throw CommandFailed("--profile-v4 or --profile-v6 is required",
                         "a family without a number of its own gets the other's");
@@ -57,7 +61,7 @@ void Add(Context& context, const PolicyArguments& arguments) {
       Failure::REFUSED);
   const std::vector<Profile> profiles = router.Profiles();
   if (profiles.empty()) throw CommandFailed(Failure::UNFORESEEN, "the new policy is not listed");
-  Finish(context, DescribeChange("added", profiles.back()));
+  return DescribeChange("added", profiles.back());
 }
 
 bool Matches(const WwanPolicy& left, const WwanPolicy& right) {
@@ -65,11 +69,10 @@ bool Matches(const WwanPolicy& left, const WwanPolicy& right) {
          left.profile_v4 == right.profile_v4 && left.profile_v6 == right.profile_v6;
 }
 
-void Set(Context& context, const PolicyArguments& arguments) {
+Report Set(Router& router, const PolicyArguments& arguments) {
   if (!arguments.tech && !arguments.family && !arguments.profile_v4 && !arguments.profile_v6) {
     throw CommandFailed("no setting is given", "as in 'qcmapctl policy set 1 --profile-v4 2'");
   }
-  Router& router = context.router;
   const uint32_t index = *arguments.index;
   const std::string name = ProfileName(index);
   const WwanPolicy present = router.Policy(index);
@@ -96,11 +99,10 @@ void Set(Context& context, const PolicyArguments& arguments) {
         router.Wrapper().SetWwanPolicy(index, wanted.tech, wanted.ip_family, first, second),
         Failure::REFUSED, name);
   }
-  Finish(context, DescribeChange("set", {index, router.Policy(index)}));
+  return DescribeChange("set", {index, router.Policy(index)});
 }
 
-void Delete(Context& context, const PolicyArguments& arguments) {
-  Router& router = context.router;
+Report Delete(Router& router, const PolicyArguments& arguments) {
   const Profile profile{*arguments.index, router.Policy(*arguments.index)};
   // Indices above 49 do not exist, so the index fits.
   if (!router.Wrapper().DeleteWwanPolicy(static_cast<uint8_t>(profile.index))) {
@@ -120,7 +122,7 @@ void Delete(Context& context, const PolicyArguments& arguments) {
   report.text = ProfileName(profile.index) + " deleted; later profiles move up by one\n";
   report.json["result"] = "deleted";
   report.json["policy"] = DescribePolicy(profile);
-  Finish(context, report);
+  return report;
 }
 
 void AddPolicyOptions(CLI::App* verb, PolicyArguments& arguments) {
@@ -149,8 +151,8 @@ Json DescribePolicy(const Profile& profile) {
 
 void AddPolicy(CommandLine& line) {
   const auto arguments = std::make_shared<PolicyArguments>();
-  const auto with = [arguments](void (*run)(Context&, const PolicyArguments&)) {
-    return [arguments, run](Context& context) { run(context, *arguments); };
+  const auto with = [arguments](Report (*run)(Router&, const PolicyArguments&)) {
+    return [arguments, run](Context& context) { return run(context.router, *arguments); };
   };
   CLI::App* policy = line.AddObject("policy", "WWAN policies, one for each profile");
   CLI::App* list = line.AddVerb(policy, "list", "List policies", with(Show));

@@ -1,5 +1,11 @@
 /// stats: the traffic counters of a profile's call.
-#include "commands.h"
+#include "stats.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "arguments.h"
 
 namespace qcmapctl {
 namespace {
@@ -16,8 +22,7 @@ struct StatsArguments {
   }
 };
 
-void Show(Context& context, const StatsArguments& arguments) {
-  Router& router = context.router;
+Report Show(Router& router, const StatsArguments& arguments) {
   Report report{"", Json::array()};
   Table table({"PROFILE", "FAMILY", "COUNTER64-1", "COUNTER64-2", "COUNTER32-1", "COUNTER32-2"});
   for (const Profile& profile : router.Profiles(arguments.index)) {
@@ -39,11 +44,10 @@ void Show(Context& context, const StatsArguments& arguments) {
   }
   report.text = table.Render();
   report.json = OneOrAll(std::move(report.json), arguments.index.has_value());
-  Finish(context, report);
+  return report;
 }
 
-void Reset(Context& context, const StatsArguments& arguments) {
-  Router& router = context.router;
+Report Reset(Router& router, const StatsArguments& arguments) {
   const uint32_t index = *arguments.index;
   router.Policy(index);
   router.Require(router.Wrapper().ResetWWANStatistics(index, arguments.Family()) == Result::SUCCESS,
@@ -53,7 +57,7 @@ void Reset(Context& context, const StatsArguments& arguments) {
   report.json["result"] = "reset";
   report.json["index"] = index;
   report.json["family"] = WordOf(arguments.Family());
-  Finish(context, report);
+  return report;
 }
 
 }  // namespace
@@ -63,11 +67,12 @@ void AddStats(CommandLine& line) {
   CLI::App* stats = line.AddObject("stats", "Traffic counters of a profile's call");
   CLI::App* show = line.AddVerb(
       stats, "show", "Show the counters, both families together unless -4 or -6 is given",
-      [arguments](Context& context) { Show(context, *arguments); });
+      [arguments](Context& context) { return Show(context.router, *arguments); });
   AddIndex(show, arguments->index);
   AddFamilies(show, arguments->families);
-  CLI::App* reset = line.AddVerb(stats, "reset", "Set the counters to zero",
-                                 [arguments](Context& context) { Reset(context, *arguments); });
+  CLI::App* reset =
+      line.AddVerb(stats, "reset", "Set the counters to zero",
+                   [arguments](Context& context) { return Reset(context.router, *arguments); });
   AddIndex(reset, arguments->index)->required();
   AddFamilies(reset, arguments->families);
 }

@@ -1,7 +1,14 @@
-/// status: the whole picture on one screen.
-#include <iostream>
+/// status: everything on one screen.
+#include "status.h"
 
-#include "commands.h"
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "lan.h"
+#include "passthrough.h"
+#include "policy.h"
+#include "vlan.h"
 
 namespace qcmapctl {
 namespace {
@@ -71,13 +78,13 @@ Report DescribeProfiles(Router& router) {
 
 }  // namespace
 
-void ShowStatus(Context& context) {
-  Router& router = context.router;
+Report ShowStatus(Router& router) {
+  // Without a server there is no part to show.
   router.Wrapper();
   const Report profiles = Part("profiles", [&] { return DescribeProfiles(router); });
-  const Report lan = Part("lan", [&] { return DescribeLan(router); });
-  const Report vlans = Part("vlans", [&] { return DescribeVlans(router); });
-  const Report passthrough = Part("passthrough", [&] { return DescribePassthrough(router); });
+  const Report lan = Part("lan", [&] { return ShowLan(router); });
+  const Report vlans = Part("vlans", [&] { return ListVlans(router); });
+  const Report passthrough = Part("passthrough", [&] { return ShowPassthrough(router); });
 
   Report status;
   status.text = "Server     running\nMobile AP  connected\n\n" + profiles.text + "\nLAN\n" +
@@ -89,13 +96,13 @@ void ShowStatus(Context& context) {
   status.json["lan"] = lan.json;
   status.json["vlans"] = vlans.json;
   status.json["passthrough"] = passthrough.json;
-  Finish(context, status);
+  return status;
 }
 
 void AddStatus(CommandLine& line) {
   CLI::App* status = line.AddObject("status", "The whole picture");
   line.AddVerb(status, "show", "Show server, profiles, calls, LAN, VLANs and passthrough",
-               ShowStatus);
+               [](Context& context) { return ShowStatus(context.router); });
 }
 
 }  // namespace qcmapctl

@@ -1,5 +1,12 @@
-/// switch: what a profile's call may do.
-#include "commands.h"
+/// switch: what a profile's call is allowed to do.
+#include "switch.h"
+
+#include <iterator>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "arguments.h"
 
 namespace qcmapctl {
 namespace {
@@ -55,15 +62,13 @@ Report Describe(Router& router, const std::vector<Profile>& profiles) {
   return report;
 }
 
-void Show(Context& context, const std::optional<uint32_t>& index) {
-  Router& router = context.router;
+Report Show(Router& router, const std::optional<uint32_t>& index) {
   Report report = Describe(router, router.Profiles(index));
   report.json = OneOrAll(std::move(report.json), index.has_value());
-  Finish(context, report);
+  return report;
 }
 
-void Set(Context& context, const SwitchArguments& arguments) {
-  Router& router = context.router;
+Report Set(Router& router, const SwitchArguments& arguments) {
   bool any = false;
   for (const auto& wanted : arguments.wanted) any = any || wanted.has_value();
   if (!any) throw CommandFailed("no switch is given", "as in 'switch set 1 --roaming on'");
@@ -83,7 +88,7 @@ void Set(Context& context, const SwitchArguments& arguments) {
   }
   Report report = Describe(router, {profile});
   report.json = report.json.at(0);
-  Finish(context, report);
+  return report;
 }
 
 }  // namespace
@@ -91,11 +96,13 @@ void Set(Context& context, const SwitchArguments& arguments) {
 void AddSwitch(CommandLine& line) {
   const auto arguments = std::make_shared<SwitchArguments>();
   CLI::App* object = line.AddObject("switch", "What a profile's call may do");
-  CLI::App* show = line.AddVerb(object, "show", "Show the switches of a profile, or of all",
-                                [arguments](Context& context) { Show(context, arguments->index); });
+  CLI::App* show = line.AddVerb(
+      object, "show", "Show the switches of a profile, or of all",
+      [arguments](Context& context) { return Show(context.router, arguments->index); });
   AddIndex(show, arguments->index);
-  CLI::App* set = line.AddVerb(object, "set", "Set switches of a profile",
-                               [arguments](Context& context) { Set(context, *arguments); });
+  CLI::App* set =
+      line.AddVerb(object, "set", "Set switches of a profile",
+                   [arguments](Context& context) { return Set(context.router, *arguments); });
   AddIndex(set, arguments->index)->required();
   for (size_t i = 0; i < std::size(kSwitches); ++i) {
     AddOnOff(set, std::string("--") + kSwitches[i].name, arguments->wanted[i],

@@ -1,7 +1,12 @@
 /// vlan: VLANs on the tethering interfaces.
-#include <algorithm>
+#include "vlan.h"
 
-#include "commands.h"
+#include <algorithm>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "arguments.h"
 
 namespace qcmapctl {
 namespace {
@@ -19,10 +24,6 @@ bool Contains(const std::vector<VlanConfig>& vlans, const VlanConfig& wanted) {
   });
 }
 
-void List(Context& context) {
-  Finish(context, DescribeVlans(context.router));
-}
-
 std::string NameOf(const VlanConfig& vlan) {
   return std::string(InterfaceOf(vlan.tethering_mode)) + " VLAN " + std::to_string(vlan.vlan_id);
 }
@@ -36,19 +37,17 @@ Report DescribeChange(const VlanConfig& vlan, const char* result) {
   return report;
 }
 
-void Add(Context& context, const VlanArguments& arguments) {
-  Router& router = context.router;
+Report Add(Router& router, const VlanArguments& arguments) {
   VlanConfig vlan = arguments.ToConfig();
   if (!router.Wrapper().SetVlanConfig(vlan)) {
     router.RequireServer();
     throw CommandFailed(Contains(router.Vlans(), vlan) ? Failure::VLAN_EXISTS : Failure::REFUSED,
                         NameOf(vlan));
   }
-  Finish(context, DescribeChange(vlan, "added"));
+  return DescribeChange(vlan, "added");
 }
 
-void Delete(Context& context, const VlanArguments& arguments) {
-  Router& router = context.router;
+Report Delete(Router& router, const VlanArguments& arguments) {
   VlanConfig vlan = arguments.ToConfig();
   if (!router.Wrapper().DeleteVlanConfig(vlan)) {
     router.RequireServer();
@@ -59,12 +58,12 @@ void Delete(Context& context, const VlanArguments& arguments) {
                     [&vlan](const VlanMapping& m) { return m.vlan_id == vlan.vlan_id; });
     throw CommandFailed(mapped ? Failure::VLAN_MAPPED : Failure::REFUSED, NameOf(vlan));
   }
-  Finish(context, DescribeChange(vlan, "deleted"));
+  return DescribeChange(vlan, "deleted");
 }
 
 }  // namespace
 
-Report DescribeVlans(Router& router) {
+Report ListVlans(Router& router) {
   Report report{"", Json::array()};
   const std::vector<VlanConfig> vlans = router.Vlans();
   const std::vector<VlanMapping> mappings = router.Mappings();
@@ -93,11 +92,14 @@ Report DescribeVlans(Router& router) {
 void AddVlan(CommandLine& line) {
   const auto arguments = std::make_shared<VlanArguments>();
   CLI::App* vlan = line.AddObject("vlan", "VLANs on the tethering interfaces");
-  line.AddVerb(vlan, "list", "List VLANs with the profiles that they are mapped to", List);
-  CLI::App* add = line.AddVerb(vlan, "add", "Add a VLAN on an interface",
-                               [arguments](Context& context) { Add(context, *arguments); });
-  CLI::App* remove = line.AddVerb(vlan, "delete", "Delete a VLAN of an interface",
-                                  [arguments](Context& context) { Delete(context, *arguments); });
+  line.AddVerb(vlan, "list", "List VLANs with the profiles that they are mapped to",
+               [](Context& context) { return ListVlans(context.router); });
+  CLI::App* add =
+      line.AddVerb(vlan, "add", "Add a VLAN on an interface",
+                   [arguments](Context& context) { return Add(context.router, *arguments); });
+  CLI::App* remove =
+      line.AddVerb(vlan, "delete", "Delete a VLAN of an interface",
+                   [arguments](Context& context) { return Delete(context.router, *arguments); });
   for (CLI::App* verb : {add, remove}) {
     AddWord(verb, "INTERFACE", arguments->interface, InterfaceWords(),
             "rndis0 or 1, ecm0 or 2, eth0 or 3")

@@ -1,5 +1,11 @@
-/// wait: until a profile's call is in a state.
-#include "commands.h"
+/// wait: waits until a profile's call is in a state.
+#include "wait.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "arguments.h"
 #include "event_feed.h"
 
 namespace qcmapctl {
@@ -24,7 +30,7 @@ bool IsReached(const FamilyStates state, const std::vector<IPFamily>& families,
   return true;
 }
 
-void Wait(Context& context, const WaitArguments& arguments) {
+Report Wait(Context& context, const WaitArguments& arguments) {
   Router& router = context.router;
   const uint32_t index = *arguments.index;
   const std::vector<IPFamily> families = arguments.families.Chosen();
@@ -54,15 +60,16 @@ void Wait(Context& context, const WaitArguments& arguments) {
     report.json[WordOf(family)] = WordOf(target);
   }
   report.text += "\n";
-  Finish(context, report);
+  return report;
 }
 
 }  // namespace
 
 void AddWait(CommandLine& line) {
   const auto arguments = std::make_shared<WaitArguments>();
-  CLI::App* wait = line.AddObject("wait", "Until a profile's call is in a state",
-                                  [arguments](Context& context) { Wait(context, *arguments); });
+  CLI::App* wait =
+      line.AddObject("wait", "Until a profile's call is in a state",
+                     [arguments](Context& context) { return Wait(context, *arguments); });
   AddIndex(wait, arguments->index)->required();
   AddFamilies(wait, arguments->families);
   AddWord(wait, "--state", arguments->state, StateWords(),

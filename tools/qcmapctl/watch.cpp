@@ -1,5 +1,11 @@
 /// watch: the present state of all calls, then their events as they come.
-#include "commands.h"
+#include "watch.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "arguments.h"
 #include "event_feed.h"
 
 namespace qcmapctl {
@@ -137,7 +143,10 @@ void Watch(Context& context, const WatchArguments& arguments) {
 void AddWatch(CommandLine& line) {
   const auto arguments = std::make_shared<WatchArguments>();
   CLI::App* watch = line.AddObject("watch", "The state of all calls, then events until interrupted",
-                                   [arguments](Context& context) { Watch(context, *arguments); });
+                                   [arguments](Context& context) {
+                                     Watch(context, *arguments);
+                                     return Report();
+                                   });
   watch->add_option("--count", arguments->count, "End after N events")
       ->option_text("N")
       ->check(CLI::Range(0, 1000000000));
