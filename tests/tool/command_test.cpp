@@ -1,4 +1,4 @@
-/// What the commands print and how they end, with a server that answers.
+/// What commands print and how they end if the server answers.
 #include <gtest/gtest.h>
 
 #include "shell.h"
@@ -58,7 +58,7 @@ TEST(Tool, PrintsTheDocumentedJson) {
   EXPECT_EQ(outcome.out, expected);
 }
 
-TEST(Tool, ShowsTheWholePictureWithTheProfileThatIsHalfUp) {
+TEST(Tool, ShowsEverythingAndMarksTheProfileThatIsHalfUp) {
   const Outcome outcome = ShellWithServer(
       "--profiles 2 --call-time 0 --fail GetLANConfig:3",
       "qcmapctl -q call up 1 -6; qcmapctl -q vlan add eth0 7; qcmapctl -q map add 7 0; qcmapctl");
@@ -82,7 +82,7 @@ TEST(Tool, ShowsTheWholePictureWithTheProfileThatIsHalfUp) {
             "  disabled, state 0\n");
 }
 
-TEST(Tool, WatchesFromThePresentStateOnWithHandleAndIndex) {
+TEST(Tool, WatchesThePresentStateAndThenEventsWithHandleAndIndex) {
   const Outcome outcome = ShellWithServer(
       "--profiles 2 --call-time 10",
       "seen=$QCMAP_SOCKET.seen; :>$seen\n"

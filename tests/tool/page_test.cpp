@@ -1,4 +1,4 @@
-/// The manual pages against the programs: the same words, and examples that print what is shown.
+/// Checks that manual pages and programs use the same words, and that examples print what is shown.
 #include <gtest/gtest.h>
 
 #include <set>
@@ -14,7 +14,7 @@ std::string Page(const std::string& name) {
   return ReadFile(MVQ_QCMAP_SOURCE "/docs/man/" + name + ".scd");
 }
 
-/// All matches of the pattern's first group, or of all of it when it has none.
+/// All matches of the pattern's first group, or of the whole pattern if it has no group.
 std::vector<std::string> FindAll(const std::string& text, const std::string& pattern) {
   const std::regex expression(pattern);
   const int group = expression.mark_count() > 0 ? 1 : 0;
@@ -26,7 +26,7 @@ Words Find(const std::string& text, const std::string& pattern) {
   return Words(found.begin(), found.end());
 }
 
-/// The words of a list in a help text, as under "Verbs:".
+/// The words that a help text lists under a heading such as "Verbs:".
 Words Listed(const std::string& help, const std::string& head) {
   const size_t start = help.find("\n" + head + ":\n");
   if (start == std::string::npos) return {};

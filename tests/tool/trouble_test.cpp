@@ -1,4 +1,4 @@
-/// How commands fail: with the documented exit code, a message, a hint, and in time.
+/// How commands fail: in time, with a message, a hint and the documented exit code.
 #include <gtest/gtest.h>
 
 #include "shell.h"
@@ -26,7 +26,7 @@ void ExpectTrouble(const Outcome& outcome, ExitCode status, const std::string& c
   EXPECT_NE(outcome.err.find("\nhint: "), std::string::npos);
 }
 
-TEST(Usage, IsAnsweredWithoutAServerAndWithTheNearestWord) {
+TEST(Usage, ErrorsNeedNoServerAndNameTheNearestWord) {
   const struct {
     const char *arguments, *message, *hint;
   } rows[] = {
@@ -38,17 +38,18 @@ TEST(Usage, IsAnsweredWithoutAServerAndWithTheNearestWord) {
       {"--jsno call", "unknown option '--jsno'", "did you mean '--json'?"},
       {"zzzzzz", "unknown word 'zzzzzz'", "'qcmapctl --help' shows more"},
       {"call up", "call up: ID is required", "'qcmapctl call up --help' shows more"},
-      {"call up -5", "call up: ID: '-5' is no profile index", ""},
+      {"call up -5", "call up: ID: '-5' is not a profile index", ""},
       {"call up 1 2", "call up: unknown word '2'", ""},
-      {"vlan add eth1 100", "'eth1' is none of", ""},
-      {"vlan add eth0 4095", "'4095' is no VLAN id: 2 to 4094", ""},
+      {"vlan add eth1 100", "'eth1' is not one of", ""},
+      {"vlan add eth0 4095", "'4095' is not a VLAN id from 2 to 4094", ""},
       {"lan set --start 10.0.0.2", "--start requires --end", ""},
-      {"lan set", "no setting is given", "as in"},
-      {"switch set 1", "no switch is given", "as in"},
-      {"policy set 1", "no setting is given", "as in"},
+      {"lan set", "no setting is given", "for example: qcmapctl"},
+      {"switch set 1", "no switch is given", "for example: qcmapctl"},
+      {"policy set 1", "no setting is given", "for example: qcmapctl"},
       {"-- call up", "call up: ID is required", ""},
-      {"policy set 1 --profile-v4 25", "Value 25 not in range 1 to 24", ""},
-      {"-w nan call", "'nan' is no time in seconds", ""},
+      {"policy set 1 --profile-v4 25",
+       "policy set: --profile-v4: '25' is not a number from 1 to 24", ""},
+      {"-w nan call", "'nan' is not a time from 0 to 86400 seconds", ""},
       {"passthrough enable $(printf %0101d 0)", "1 to 100 bytes", ""}};
   for (const auto& row : rows) {
     const Outcome outcome = Shell(std::string("qcmapctl ") + row.arguments);
@@ -73,18 +74,18 @@ TEST(Failure, HasItsExitCodeAMessageAndNothingOnStandardOutput) {
        "profile 1: ipv4 up, ipv6 not up (the server refused to bring the call up)"},
       {"--fail DisconnectBackHaul", "qcmapctl -q call up 1 -6", "call down 1 -6", kTearDownFailed,
        "ipv6: the server refused to take the call down"},
-      {"--call-time 60000", "", "-w 0.1 call up 1 -4", kTimedOut,
-       "profile 1: ipv4: the time limit passed"},
+      {"--call-time 60000", "", "-w 0.1 call up 1 -4", kTimedOut, "profile 1: ipv4: timed out"},
       {"", "qcmapctl -q call up 1 -4", "wait 1 -w 0", kTimedOut,
-       "ipv4 is connected, ipv6 is disconnected, not connected: the time limit passed"},
+       "ipv4 is connected, ipv6 is disconnected, not connected: timed out"},
       {"", "", "lan show >/dev/full", kUnexpected, "the result could not be written"},
       {"--fail GetWWANPolicyList", "", "call show", kRefused,
        "policy list: the server refused the request"},
       {"--fail SetRoaming", "", "switch set 0 --autoconnect on --roaming on", kPartlyDone,
-       "roaming refused, set before it: autoconnect"},
+       "roaming was refused, already set: autoconnect"},
       {"", "qcmapctl -q call up 1 -4", "policy delete 1", kRefused,
        "the profile's call is not down"},
-      {"", "", "policy set 1 --tech any", kRefused, "change only together with a profile number"},
+      {"", "", "policy set 1 --tech any", kRefused,
+       "can only be changed together with a profile number"},
       {"", "", "policy set 1 --family ipv4 --profile-v6 5", kRefused,
        "does not use that profile number"},
       {"", "qcmapctl -q vlan add ecm0 5", "vlan add 2 5", kRefused,
@@ -110,7 +111,7 @@ TEST(Failure, IsOneObjectOnStandardErrorWithJson) {
       "\n");
 }
 
-TEST(Server, IsMissedStoppedOrKilledWithinTheLimit) {
+TEST(Server, IsReportedInTimeWhenItIsMissingStoppedOrKilled) {
   const std::string find = "server=$(pgrep -P $PPID QCMAP); log=$QCMAP_SOCKET.log; :>$log; ";
   const auto once_connected = [&find](const char* signal, const char* command) {
     return find + "{ once grep -q 'AP is Connected' $log; kill " + signal +
@@ -126,10 +127,11 @@ TEST(Server, IsMissedStoppedOrKilledWithinTheLimit) {
       {find + "kill -STOP $server; exec qcmapctl", "qcmapctl: the server runs but does not answer"},
       {find + "kill -STOP $server; exec qcmapctl call up 1",
        "call up: the server runs but does not answer"},
-      {once_connected("-KILL", "call up 1"), "call up: the server has gone away"},
+      {once_connected("-KILL", "call up 1"), "call up: the connection to the server was lost"},
       {once_connected("-STOP", "call up 1"), "call up: the server runs but does not answer"},
-      {once_connected("-KILL", "wait 1"), "wait: the server has gone away"},
-      {once_connected("-KILL", "watch >/dev/null"), "watch: the server has gone away"}};
+      {once_connected("-KILL", "wait 1"), "wait: the connection to the server was lost"},
+      {once_connected("-KILL", "watch >/dev/null"),
+       "watch: the connection to the server was lost"}};
   for (const auto& row : rows) {
     const Outcome outcome = ShellWithServer("--call-time 60000", row.script);
     ExpectTrouble(outcome, kNoServer, row.script, row.message);

@@ -22,7 +22,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Statuses of the launcher itself, as env and timeout have them.
+// Exit statuses of the launcher itself, the same as those of env and timeout.
 constexpr int kExitFailed = 125;
 constexpr int kExitNotExecutable = 126;
 constexpr int kExitNotFound = 127;
@@ -32,12 +32,12 @@ constexpr char kHelp[] =
     "Runs a program against a simulated server of its own.\n"
     "Usage: mvq-qcmap-sim [SERVER OPTIONS] -- PROGRAM [ARGUMENTS]\n"
     "\n"
-    "The server gets a private socket, which the program finds in QCMAP_SOCKET; both end together.\n"
-    "Server options: see 'QCMAP_ConnectionManager --help'. With --console the server reads the\n"
-    "standard input, and the program has none.\n"
+    "The server gets a private socket, whose path the program finds in QCMAP_SOCKET. The server is\n"
+    "ended when the program ends. Server options: see 'QCMAP_ConnectionManager --help'. With\n"
+    "--console the server reads its commands from standard input, and the program's input is empty.\n"
     "\n"
-    "The exit status is the program's. When a signal ends the program, the same ends mvq-qcmap-sim,\n"
-    "which a shell shows as 128 + its number.\n"
+    "The exit status is the program's. If a signal ends the program, mvq-qcmap-sim ends with the same\n"
+    "signal, which a shell shows as 128 plus the number of the signal.\n"
     "  125  the server could not be started, or the command line is wrong\n"
     "  126  the program could not be run\n"
     "  127  the program was not found\n";
@@ -46,7 +46,7 @@ constexpr char kHelp[] =
   throw std::runtime_error(message);
 }
 
-/// The program's own folder first, then the build tree, then PATH.
+/// Looks for the server in this program's own folder, then in the build tree, then in PATH.
 std::string FindServer() {
   std::error_code error;
   const fs::path here = fs::read_symlink("/proc/self/exe", error).parent_path();
@@ -56,7 +56,7 @@ std::string FindServer() {
   return kServerName;
 }
 
-/// A folder that is gone, with all in it, when this object is.
+/// A temporary folder. The destructor removes it and everything in it.
 class PrivateFolder {
  public:
   PrivateFolder() {
@@ -91,7 +91,7 @@ void UseNoInput() {
   if (none >= 0) dup2(none, STDIN_FILENO);
 }
 
-/// The server's process; ended, at the latest, with this object.
+/// The server's process. The destructor ends it.
 class Server {
  public:
   Server(std::vector<std::string> options, const std::string& socket, bool reads_input) {
@@ -105,7 +105,8 @@ class Server {
     pid_ = fork();
     if (pid_ < 0) Fail(std::string("fork: ") + std::strerror(errno));
     if (pid_ == 0) {
-      // Ends with its parent, however that ends; an interrupt from the terminal is not for it.
+      // The server ends when its parent ends, for whatever reason. Unless it reads the terminal, it
+      // has its own process group, so that interrupts from the terminal do not reach it.
       prctl(PR_SET_PDEATHSIG, SIGTERM);
       if (getppid() != parent) _exit(kExitFailed);
       if (!reads_input) setpgid(0, 0);
@@ -124,7 +125,7 @@ class Server {
     drain_ = std::thread([this] { PassOutputOn(); });
   }
   ~Server() {
-    // A stopped server could not end; one that is ending must not be disturbed.
+    // A stopped server must be resumed to end. One that is ending gets time to clean up.
     kill(pid_, SIGCONT);
     kill(pid_, SIGTERM);
     sigset_t child;
@@ -141,7 +142,7 @@ class Server {
   Server& operator=(const Server&) = delete;
 
  private:
-  /// The server says so on a line of its own.
+  /// Waits until the server prints that it listens.
   void AwaitListening() {
     std::string line;
     char c = 0;
@@ -157,7 +158,8 @@ class Server {
     }
   }
 
-  /// What the server says later, as its console does, must not mix with the program's output.
+  /// Later output, such as the console's, goes to standard error, to keep it apart from the
+  /// program's.
   void PassOutputOn() const {
     char buffer[4096];
     for (ssize_t got; (got = read(output_, buffer, sizeof buffer)) > 0;) {
@@ -180,7 +182,7 @@ class Server {
   _exit(errno == ENOENT ? kExitNotFound : kExitNotExecutable);
 }
 
-/// Waits for the program, and passes on to it the signals that would end this process.
+/// Waits for the program to end, and passes on the signals that would otherwise end this process.
 int AwaitProgram(pid_t program, const sigset_t& signals) {
   for (;;) {
     siginfo_t info;
@@ -189,7 +191,7 @@ int AwaitProgram(pid_t program, const sigset_t& signals) {
       int status = 0;
       if (waitpid(program, &status, WNOHANG) == program) return status;
     } else if (signal > 0 && info.si_code != SI_KERNEL) {
-      // What the terminal sends has reached the program already.
+      // Signals from the terminal (SI_KERNEL) have already reached the program.
       kill(program, signal);
     }
   }
@@ -212,7 +214,7 @@ int Simulate(const std::vector<std::string>& options, const std::vector<std::str
   return AwaitProgram(child, signals);
 }
 
-/// Ends as the program did.
+/// Ends this process as the program ended.
 int Repeat(int status) {
   if (WIFEXITED(status)) return WEXITSTATUS(status);
   const int signal = WTERMSIG(status);

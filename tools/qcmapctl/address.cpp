@@ -42,7 +42,7 @@ void AddAddress(CommandLine& line) {
   const auto arguments = std::make_shared<AddressArguments>();
   CLI::App* address = line.AddObject("address", "Addresses of a profile's call");
   CLI::App* show =
-      line.AddVerb(address, "show", "Show the addresses of a profile, or of all",
+      line.AddVerb(address, "show", "Show the addresses of one profile, or of all",
                    [arguments](Context& context) { return Show(context.router, *arguments); });
   AddIndex(show, arguments->index);
   AddFamilies(show, arguments->families);

@@ -9,9 +9,10 @@ namespace {
 
 /// The value of a decimal number up to `highest`; empty for anything else.
 std::optional<uint32_t> ToNumber(const std::string& word, uint32_t highest) {
-  if (!IsNumber(word) || word.size() > 9) return std::nullopt;
-  const auto number = static_cast<uint32_t>(std::stoul(word));
-  return number <= highest ? std::optional<uint32_t>(number) : std::nullopt;
+  if (!IsNumber(word) || word.size() > 10) return std::nullopt;
+  const unsigned long long number = std::stoull(word);
+  if (number > highest) return std::nullopt;
+  return static_cast<uint32_t>(number);
 }
 
 }  // namespace
@@ -29,7 +30,7 @@ CLI::Option* AddIndex(CLI::App* command, std::optional<uint32_t>& index,
           description)
       ->option_text(" ")
       ->check([](const std::string& word) {
-        return ToNumber(word, 999999999) ? "" : "'" + word + "' is no profile index";
+        return ToNumber(word, 999999999) ? "" : "'" + word + "' is not a profile index";
       });
 }
 
@@ -45,7 +46,23 @@ CLI::Option* AddVlanId(CLI::App* command, int32_t& vlan_id) {
       ->required()
       ->check([](const std::string& word) {
         const auto number = ToNumber(word, 4094);
-        return number && *number >= 2 ? "" : "'" + word + "' is no VLAN id: 2 to 4094";
+        return number && *number >= 2 ? "" : "'" + word + "' is not a VLAN id from 2 to 4094";
+      });
+}
+
+CLI::Option* AddNumber(CLI::App* command, const std::string& name, std::optional<uint32_t>& value,
+                       uint32_t lowest, uint32_t highest, const std::string& description) {
+  return command
+      ->add_option_function<std::string>(
+          name, [&value, highest](const std::string& word) { value = ToNumber(word, highest); },
+          description)
+      ->option_text("N")
+      ->check([lowest, highest](const std::string& word) {
+        const auto number = ToNumber(word, highest);
+        return number && *number >= lowest
+                   ? ""
+                   : "'" + word + "' is not a number from " + std::to_string(lowest) + " to " +
+                         std::to_string(highest);
       });
 }
 
@@ -68,10 +85,10 @@ CLI::Option* AddSeconds(CLI::App* command, const std::string& names,
       ->option_text("SECONDS")
       ->check([](const std::string& word) {
         const size_t point = word.find('.');
-        const bool sound = ToNumber(word.substr(0, point), 86400) &&
+        const bool valid = ToNumber(word.substr(0, point), 86400) &&
                            (point == std::string::npos ||
                             (IsNumber(word.substr(point + 1)) && word.size() - point < 10));
-        return sound ? "" : "'" + word + "' is no time in seconds: 0 to 86400";
+        return valid ? "" : "'" + word + "' is not a time from 0 to 86400 seconds";
       });
 }
 
@@ -83,8 +100,8 @@ std::vector<IPFamily> Families::Chosen() const {
 }
 
 void AddFamilies(CLI::App* command, Families& families) {
-  command->add_flag("-4,--ipv4", families.ipv4, "Only IPv4");
-  command->add_flag("-6,--ipv6", families.ipv6, "Only IPv6");
+  command->add_flag("-4,--ipv4", families.ipv4, "IPv4 only");
+  command->add_flag("-6,--ipv6", families.ipv6, "IPv6 only");
 }
 
 }  // namespace qcmapctl

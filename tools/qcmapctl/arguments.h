@@ -18,14 +18,19 @@ namespace qcmapctl {
 /// Whether `word` consists of decimal digits.
 bool IsNumber(const std::string& word);
 
+/// The index of a profile.
 CLI::Option* AddIndex(CLI::App* command, std::optional<uint32_t>& index,
                       const std::string& description = "profile index, as 'policy list' shows it",
                       const std::string& name = "ID");
+/// A VLAN id, 2 to 4094.
 CLI::Option* AddVlanId(CLI::App* command, int32_t& vlan_id);
-/// An on|off option.
+/// A whole number from `lowest` to `highest`.
+CLI::Option* AddNumber(CLI::App* command, const std::string& name, std::optional<uint32_t>& value,
+                       uint32_t lowest, uint32_t highest, const std::string& description);
+/// An option whose value is on or off.
 CLI::Option* AddOnOff(CLI::App* command, const std::string& name, std::optional<bool>& value,
                       const std::string& description);
-/// A time in seconds, decimals allowed.
+/// A time in seconds, which may have decimals.
 CLI::Option* AddSeconds(CLI::App* command, const std::string& names,
                         std::function<void(std::chrono::milliseconds)> set,
                         const std::string& description);
@@ -40,11 +45,11 @@ CLI::Option* AddWord(CLI::App* command, const std::string& name, std::optional<V
           name, [&value, &words](const std::string& word) { value = words.at(word); }, description)
       ->option_text(list)
       ->check([&words, list](const std::string& word) {
-        return words.count(word) != 0 ? std::string() : "'" + word + "' is none of " + list;
+        return words.count(word) != 0 ? std::string() : "'" + word + "' is not one of " + list;
       });
 }
 
-/// -4 and -6; neither means both.
+/// The options -4 and -6. Without them, both families are chosen.
 struct Families {
   bool ipv4 = false;
   bool ipv6 = false;

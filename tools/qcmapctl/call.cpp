@@ -14,10 +14,10 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using mox::Result;
 
-// How often a wait looks whether the server is still there.
+// How often a wait checks that the server is still there.
 constexpr std::chrono::seconds kCheckEvery{1};
 
-/// What bringing up and taking down differ in.
+/// The differences between bringing a call up and taking it down.
 struct Direction {
   const char* word;
   ConnectStatus target;
@@ -46,18 +46,18 @@ constexpr Direction kDown = {"down",
                              Failure::TEAR_DOWN_REFUSED,
                              Failure::TEAR_DOWN_FAILED};
 
-/// One family on its way.
+/// One family that is brought up or taken down.
 struct Leg {
   IPFamily family;
-  /// Empty while under way.
+  /// Empty while the change is in progress, and after a failure.
   std::optional<std::string> result;
-  /// Why it did not get there.
+  /// The reason why the change failed.
   std::optional<Failure> failure;
   bool seen_moving = false;
-  bool outcome_told = false;
+  bool outcome_reported = false;
 };
 
-/// Brings a profile's call into another state.
+/// Brings up or takes down the families of a profile's call.
 class CallChange {
  public:
   CallChange(Router& router, const Direction& direction, uint32_t index)
@@ -98,7 +98,7 @@ class CallChange {
     }
   }
 
-  /// Throws when a family is not where it was to be brought.
+  /// Throws CommandFailed if any family has not reached the target state.
   Report Conclude() const {
     Report report;
     report.text = ProfileName(profile_.index) + ":";
@@ -124,10 +124,11 @@ class CallChange {
     return false;
   }
 
-  /// Another program may have been quicker; then there is nothing to complain about.
+  /// Decides what a refused request means. If another program has made the same change first, that
+  /// is not a failure.
   void Explain(Leg& leg, Result result, const std::string& already) {
     const ConnectStatus state = StateOf(leg.family);
-    // Nothing to take down is also what is left after a failed attempt.
+    // After a failed attempt to connect, the state is unknown and there is nothing to take down.
     const bool nothing_there =
         result == Result::INCOMPATIBLE_STATE && state == ConnectStatus::UNKNOWN;
     if (state == direction_.target || nothing_there) {
@@ -144,7 +145,7 @@ class CallChange {
   void Note(const Event& event) {
     if (event.profile_handle && *event.profile_handle != profile_.policy.profile_handle) return;
     if (event.code != direction_.done_event && event.code != direction_.failed_event) return;
-    for (Leg& leg : legs_) leg.outcome_told |= leg.family == event.family;
+    for (Leg& leg : legs_) leg.outcome_reported |= leg.family == event.family;
   }
 
   void Judge(Leg& leg, ConnectStatus state) const {
@@ -153,7 +154,7 @@ class CallChange {
       leg.result = direction_.word;
     } else if (state == direction_.moving) {
       leg.seen_moving = true;
-    } else if (leg.seen_moving || leg.outcome_told) {
+    } else if (leg.seen_moving || leg.outcome_reported) {
       leg.failure = direction_.failed;
     }
   }
@@ -224,17 +225,17 @@ void AddCall(CommandLine& line) {
   const auto arguments = std::make_shared<CallArguments>();
   CLI::App* call = line.AddObject("call", "A profile's data call");
   CLI::App* show = line.AddVerb(
-      call, "show", "Show the state of both families, of a profile or of all",
+      call, "show", "Show the state of both families, for one profile or for all",
       [arguments](Context& context) { return Show(context.router, arguments->index); });
   AddIndex(show, arguments->index);
   for (const Direction* direction : {&kUp, &kDown}) {
-    CLI::App* verb = line.AddVerb(
-        call, direction->word,
-        direction == &kUp ? "Bring the call up, both families unless -4 or -6 is given"
-                          : "Take the call down, both families unless -4 or -6 is given",
-        [arguments, direction](Context& context) {
-          return Change(context, *arguments, *direction);
-        });
+    CLI::App* verb = line.AddVerb(call, direction->word,
+                                  direction == &kUp
+                                      ? "Bring up both families of the call, or one with -4 or -6"
+                                      : "Take down both families of the call, or one with -4 or -6",
+                                  [arguments, direction](Context& context) {
+                                    return Change(context, *arguments, *direction);
+                                  });
     AddIndex(verb, arguments->index)->required();
     AddFamilies(verb, arguments->families);
   }

@@ -1,4 +1,4 @@
-/// The command line: objects, verbs, ids and options.
+/// The grammar of the command line: objects, verbs, ids and options.
 #include "command_line.h"
 
 #include <algorithm>
@@ -11,7 +11,7 @@ namespace qcmapctl {
 namespace {
 
 constexpr char kGlobalOptions[] =
-    "Options of every command (-J, -w, -q, -v): see 'qcmapctl --help'.";
+    "Every command also takes -J, -w, -q and -v: see 'qcmapctl --help'.";
 
 std::shared_ptr<CLI::Formatter> MakeFormatter(const std::string& words) {
   auto formatter = std::make_shared<CLI::Formatter>();
@@ -21,7 +21,7 @@ std::shared_ptr<CLI::Formatter> MakeFormatter(const std::string& words) {
   return formatter;
 }
 
-/// The command's words and options, own and inherited, that `word` may have been meant to be.
+/// The words and options, inherited ones included, that `command` accepts where `word` stands.
 std::vector<std::string> CandidatesFor(const std::string& word, const CLI::App* command) {
   std::vector<std::string> candidates;
   if (word[0] != '-') {
@@ -50,21 +50,22 @@ std::string PathOf(const CLI::App* command) {
 
 CommandLine::CommandLine()
     : app_(
-          "Drives the modem's Mobile AP: policies, calls, LAN, VLANs, passthrough.\n"
-          "Without OBJECT: the present state of everything, on one screen.",
+          "Shows and changes what the modem's Mobile AP does.\n"
+          "Without OBJECT, shows the present state of everything on one screen.",
           "qcmapctl") {
-  app_.set_help_flag("-h,--help", "Show help; works after each word");
+  app_.set_help_flag("-h,--help", "Show help; also works after OBJECT and VERB");
   app_.set_version_flag("-V,--version", "qcmapctl " MVQ_QCMAP_VERSION, "Show the version");
   app_.add_flag("-J,--json", options_.json, "Print JSON");
   AddSeconds(
       &app_, "-w,--wait", [this](std::chrono::milliseconds wait) { options_.wait = wait; },
-      "How long call up, call down and wait wait: 30 by default, 0 not at all");
-  app_.add_flag("-q,--quiet", options_.quiet, "Print no result; the exit code tells");
-  app_.add_flag("-v,--verbose", options_.verbose, "Show the library's log on stderr");
+      "Time limit of call up, call down and wait: 30 by default, 0 to not wait");
+  app_.add_flag("-q,--quiet", options_.quiet, "Print no result; use the exit code instead");
+  app_.add_flag("-v,--verbose", options_.verbose, "Show the library's log on stderr, too");
   app_.require_subcommand(0, 1);
   app_.formatter(MakeFormatter("OBJECT [VERB] [ID]"));
-  app_.footer(DescribeExitCodes() +
-              "\nA bare object means show or list. More: qcmapctl OBJECT --help, man qcmapctl.");
+  app_.footer(
+      DescribeExitCodes() +
+      "\nWithout VERB, OBJECT is shown or listed. See also: qcmapctl OBJECT --help, man qcmapctl.");
 }
 
 CLI::App* CommandLine::AddObject(const std::string& name, const std::string& description) {
@@ -132,7 +133,7 @@ std::string CommandLine::Operation() const {
 
 CommandLine::Command CommandLine::Parse(const std::vector<std::string>& arguments) {
   Command command;
-  // Ahead of the object "--" ends no options yet; the parser would leave all behind it unread.
+  // A leading "--" is dropped, because CLI11 would not parse anything after it.
   const bool leads = !arguments.empty() && arguments.front() == "--";
   std::vector<std::string> reversed =
       WithDefaultVerb({arguments.begin() + (leads ? 1 : 0), arguments.end()});

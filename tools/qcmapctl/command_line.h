@@ -1,4 +1,4 @@
-/// The command line: objects, verbs, ids and options.
+/// The grammar of the command line: objects, verbs, ids and options.
 #pragma once
 
 #include <CLI/CLI.hpp>
@@ -34,27 +34,28 @@ class CommandLine {
  public:
   CommandLine();
 
-  /// An object without verbs of its own.
+  /// Adds an object without verbs.
   CLI::App* AddObject(const std::string& name, const std::string& description, Handler handler);
-  /// An object; the first verb added to it is the one that a bare object means.
+  /// Adds an object with verbs. The verb that is added first is used if the command line has none.
   CLI::App* AddObject(const std::string& name, const std::string& description);
   CLI::App* AddVerb(CLI::App* object, const std::string& name, const std::string& description,
                     Handler handler);
 
   /// What the command line asks for.
   struct Command {
-    /// The object and its verb, as they stand in messages.
+    /// The object and its verb, as messages show them.
     std::string operation;
-    /// Empty without an object, and when only `text` is to be printed.
+    /// Empty if the command line has no object, or if only `text` is to be printed.
     Handler run;
     Options options;
-    /// Help or version.
+    /// The help or the version, if that is all there is to print.
     std::string text;
   };
 
-  /// Reads a command line. Throws CommandFailed with the nearest word when it is wrong.
+  /// Parses a command line. If it is wrong, throws CommandFailed, whose hint names the nearest
+  /// word.
   Command Parse(const std::vector<std::string>& arguments);
-  /// The operation that Parse has recognised so far; for its failures.
+  /// The object and verb that Parse has recognised so far, for messages about its failure.
   std::string Operation() const;
 
  private:

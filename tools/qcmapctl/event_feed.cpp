@@ -1,4 +1,4 @@
-/// The events of data calls, taken off the library's thread.
+/// A queue that hands the events of calls over from the library's thread.
 #include "event_feed.h"
 
 #include <string>

@@ -1,4 +1,4 @@
-/// The events of data calls, taken off the library's thread.
+/// A queue that hands the events of calls over from the library's thread.
 #pragma once
 
 #include <chrono>
@@ -18,11 +18,12 @@ struct Event {
   /// One of mox::vendor::qcom::qcmap::EventCode.
   uint32_t code = 0;
   IPFamily family = IPFamily::NONE;
-  /// Empty when the server did not name the profile.
+  /// Empty if the server did not name the profile.
   std::optional<uint32_t> profile_handle;
 };
 
-/// Subscribes for as long as it lives.
+/// Subscribed for as long as it exists. Events are queued because a callback on the library's
+/// thread must not read the policies.
 class EventFeed {
  public:
   explicit EventFeed(mox::vendor::qcom::qcmap::QcmapWrapper& wrapper);
@@ -30,7 +31,8 @@ class EventFeed {
   EventFeed(const EventFeed&) = delete;
   EventFeed& operator=(const EventFeed&) = delete;
 
-  /// The events since the last call, in their order; waits for one until `deadline` at most.
+  /// Returns the events since the last call, in order. If there are none, waits for one until
+  /// `deadline`.
   std::vector<Event> Take(std::chrono::steady_clock::time_point deadline);
 
  private:

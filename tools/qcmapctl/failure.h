@@ -1,4 +1,4 @@
-/// What a command can end with: one table of exit codes, messages and hints.
+/// The failures of commands. One table holds their exit codes, messages and hints.
 #pragma once
 
 #include <exception>
@@ -17,10 +17,10 @@ enum class Failure {
 #undef FAILURE
 };
 
-/// Ends a command. Carries all that the user is told.
+/// Ends a command. Carries the message and the hint for the user.
 class CommandFailed : public std::exception {
  public:
-  /// `subject` says what it happened to, as "profile 3"; empty when that is the whole command.
+  /// `subject` says what failed, for example "profile 3". It is empty if the whole command failed.
   explicit CommandFailed(Failure failure, const std::string& subject = {});
   /// For a wrong command line.
   CommandFailed(std::string usage_message, std::string hint);
@@ -31,16 +31,16 @@ class CommandFailed : public std::exception {
   const std::string& hint() const { return hint_; }
 
  private:
-  Failure failure_ = Failure::UNFORESEEN;
+  Failure failure_ = Failure::UNEXPECTED;
   int exit_code_;
   std::string message_;
   std::string hint_;
 };
 
-/// The message of a failure alone, for reports that name several.
+/// Only the message of a failure, for messages that report several.
 const char* MessageOf(Failure failure);
 
-/// Every exit code with its meaning, a line each.
+/// All exit codes with their meanings, one on each line.
 std::string DescribeExitCodes();
 
 }  // namespace qcmapctl

@@ -1,4 +1,4 @@
-/// lan: the LAN configuration and its DHCP server.
+/// lan: the gateway address of the LAN and its DHCP server.
 #include "lan.h"
 
 #include <arpa/inet.h>
@@ -26,7 +26,7 @@ struct LanArguments {
   std::optional<bool> dhcp;
   std::optional<std::string> start;
   std::optional<std::string> end;
-  std::optional<int> lease;
+  std::optional<uint32_t> lease;
 };
 
 LanConfig Read(Router& router) {
@@ -58,11 +58,11 @@ Report Describe(const LanConfig& lan) {
 Report Set(Router& router, const LanArguments& arguments) {
   if (!arguments.gateway && !arguments.netmask && !arguments.dhcp && !arguments.start &&
       !arguments.lease) {
-    throw CommandFailed("no setting is given", "as in 'lan set --dhcp off'");
+    throw CommandFailed("no setting is given", "for example: qcmapctl lan set --dhcp off");
   }
   const LanConfig present = Read(router);
-  // In another subnet, or after a time without DHCP, the range that was set last means nothing:
-  // without a new one the library derives it.
+  // The last range does not fit another subnet, and there is none after a time without DHCP. If the
+  // range is empty, the library derives one.
   const bool keep_range = !arguments.gateway && !arguments.netmask && present.dhcp;
   const std::string start = arguments.start.value_or(keep_range ? present.start : "");
   const std::string end = arguments.end.value_or(keep_range ? present.end : "");
@@ -70,10 +70,10 @@ Report Set(Router& router, const LanArguments& arguments) {
       router.Wrapper().SetLanConfig(arguments.gateway.value_or(present.gateway),
                                     arguments.netmask.value_or(present.netmask),
                                     arguments.dhcp.value_or(present.dhcp), start, end,
-                                    static_cast<uint32_t>(arguments.lease.value_or(present.lease))),
+                                    arguments.lease.value_or(static_cast<uint32_t>(present.lease))),
       Failure::LAN_REFUSED);
   Report report = Describe(Read(router));
-  report.text += "set; takes effect with 'qcmapctl lan activate'\n";
+  report.text += "set; 'qcmapctl lan activate' makes it take effect\n";
   return report;
 }
 
@@ -92,7 +92,7 @@ CLI::Option* AddIpv4Address(CLI::App* verb, const std::string& name,
         in_addr parsed;
         return ::inet_pton(AF_INET, text.c_str(), &parsed) == 1
                    ? ""
-                   : "'" + text + "' is no IPv4 address in dotted form";
+                   : "'" + text + "' is not an IPv4 address";
       });
 }
 
@@ -104,24 +104,23 @@ Report ShowLan(Router& router) {
 
 void AddLan(CommandLine& line) {
   const auto arguments = std::make_shared<LanArguments>();
-  CLI::App* lan = line.AddObject("lan", "The device's address on the LAN, and its DHCP server");
+  CLI::App* lan = line.AddObject("lan", "The gateway address of the LAN and its DHCP server");
   line.AddVerb(lan, "show", "Show the LAN configuration",
                [](Context& context) { return ShowLan(context.router); });
   CLI::App* set = line.AddVerb(
-      lan, "set", "Set what is given; without a range, one that fits a new subnet is derived",
+      lan, "set",
+      "Change the given settings; a new subnet gets a range that fits unless one is given",
       [arguments](Context& context) { return Set(context.router, *arguments); });
-  AddIpv4Address(set, "--gateway", arguments->gateway, "The device's own address");
-  AddIpv4Address(set, "--netmask", arguments->netmask, "Netmask of the LAN");
+  AddIpv4Address(set, "--gateway", arguments->gateway, "The router's own address on the LAN");
+  AddIpv4Address(set, "--netmask", arguments->netmask, "The netmask of the LAN");
   AddOnOff(set, "--dhcp", arguments->dhcp, "Whether hosts get their addresses by DHCP");
   CLI::Option* start =
-      AddIpv4Address(set, "--start", arguments->start, "First address for hosts, with --end");
+      AddIpv4Address(set, "--start", arguments->start, "First address for hosts; requires --end");
   CLI::Option* end =
-      AddIpv4Address(set, "--end", arguments->end, "Last address for hosts, with --start");
+      AddIpv4Address(set, "--end", arguments->end, "Last address for hosts; requires --start");
   start->needs(end);
   end->needs(start);
-  set->add_option("--lease", arguments->lease, "Lease time, in the server's unit")
-      ->option_text("N")
-      ->check(CLI::Range(0, 2147483647));
+  AddNumber(set, "--lease", arguments->lease, 0, 2147483647, "Lease time, in the server's unit");
   line.AddVerb(lan, "activate", "Make the LAN configuration take effect",
                [](Context& context) { return Activate(context.router); });
 }

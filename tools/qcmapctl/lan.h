@@ -1,4 +1,4 @@
-/// lan: the LAN configuration and its DHCP server.
+/// lan: the gateway address of the LAN and its DHCP server.
 #pragma once
 
 #include "command_line.h"

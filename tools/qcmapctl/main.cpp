@@ -25,7 +25,7 @@
 namespace qcmapctl {
 namespace {
 
-int Tell(const CommandFailed& failure, const std::string& operation, bool as_json) {
+int ReportFailure(const CommandFailed& failure, const std::string& operation, bool as_json) {
   if (as_json) {
     Json error;
     error["operation"] = operation;
@@ -55,7 +55,7 @@ int Run(const std::vector<std::string>& arguments) {
   AddWatch(line);
   AddWait(line);
 
-  // A wrong command line is told in the form that it asks for, as far as that can be seen.
+  // If the command line is wrong but asks for JSON, its failure is reported as JSON.
   bool as_json = std::any_of(arguments.begin(), arguments.end(), [](const std::string& argument) {
     return argument == "-J" || argument == "--json";
   });
@@ -72,14 +72,15 @@ int Run(const std::vector<std::string>& arguments) {
     if (!command.options.quiet) Print(report, as_json);
     return kExitDone;
   } catch (const CommandFailed& failure) {
-    return Tell(failure, line.Operation(), as_json);
+    return ReportFailure(failure, line.Operation(), as_json);
   } catch (const std::exception& error) {
-    return Tell(CommandFailed(Failure::UNFORESEEN, error.what()), line.Operation(), as_json);
+    return ReportFailure(CommandFailed(Failure::UNEXPECTED, error.what()), line.Operation(),
+                         as_json);
   }
 }
 
-/// Gives a standard stream that the caller has closed a descriptor on which writing fails, so that
-/// the connection to the server does not take its place.
+/// Opens a descriptor for each standard stream that the caller has closed. Otherwise the connection
+/// to the server would take its number. Writing to such a stream fails.
 void OccupyStandardStreams() {
   int descriptor;
   do {

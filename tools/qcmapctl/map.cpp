@@ -1,4 +1,4 @@
-/// map: the profile through whose call a VLAN's traffic goes (PDN-to-VLAN mapping).
+/// map: which profile's call carries the traffic of a VLAN (PDN-to-VLAN mapping).
 #include "map.h"
 
 #include <algorithm>
@@ -35,7 +35,7 @@ Report List(Router& router) {
     json["profile"] = known ? Json(mapping.profile_index) : Json(nullptr);
     report.json.push_back(json);
     table.AddRow({std::to_string(mapping.vlan_id),
-                  known ? std::to_string(mapping.profile_index) : "none any more"});
+                  known ? std::to_string(mapping.profile_index) : "deleted"});
   }
   report.text = mappings.empty() ? "no mappings\n" : table.Render();
   return report;
@@ -82,7 +82,8 @@ Report Delete(Router& router, const MapArguments& arguments) {
   VlanConfig vlan{0, arguments.vlan_id,
                   arguments.index ? static_cast<int32_t>(*arguments.index) : -1};
   if (!arguments.index) {
-    // What the library would look up by itself; read here, so that the result can name it.
+    // The library would look the mapping up by itself. It is looked up here so that the result can
+    // name its profile.
     for (const VlanMapping& mapping : router.Mappings()) {
       if (mapping.vlan_id != vlan.vlan_id || mapping.profile_index < 0) continue;
       vlan.profile_index = mapping.profile_index;
@@ -101,7 +102,8 @@ Report Delete(Router& router, const MapArguments& arguments) {
 
 void AddMap(CommandLine& line) {
   const auto arguments = std::make_shared<MapArguments>();
-  CLI::App* map = line.AddObject("map", "Which profile's call a VLAN goes through (PDN to VLAN)");
+  CLI::App* map =
+      line.AddObject("map", "Which profile's call carries a VLAN (PDN-to-VLAN mapping)");
   line.AddVerb(map, "list", "List mappings", [](Context& context) { return List(context.router); });
   CLI::App* add =
       line.AddVerb(map, "add", "Map a VLAN to a profile",
@@ -112,7 +114,7 @@ void AddMap(CommandLine& line) {
     return Delete(context.router, *arguments);
   });
   AddVlanId(remove, arguments->vlan_id);
-  AddIndex(remove, arguments->index, "profile index; without it, the VLAN's first mapping",
+  AddIndex(remove, arguments->index, "profile index; if missing, the VLAN's first mapping",
            "PROFILE");
 }
 

@@ -1,4 +1,4 @@
-/// map: the profile through whose call a VLAN's traffic goes (PDN-to-VLAN mapping).
+/// map: which profile's call carries the traffic of a VLAN (PDN-to-VLAN mapping).
 #pragma once
 
 #include "command_line.h"

@@ -1,4 +1,4 @@
-/// Finds the word that was probably meant.
+/// Finds the word that the user probably meant.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 
 namespace qcmapctl {
 
-/// The candidate that `word` differs least from; empty when none is close enough to be a slip.
+/// The candidate that differs least from `word`; empty if all differ too much for a typing error.
 std::string NearestWord(const std::string& word, const std::vector<std::string>& candidates);
 
 }  // namespace qcmapctl

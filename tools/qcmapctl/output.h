@@ -10,7 +10,7 @@ namespace qcmapctl {
 
 using Json = nlohmann::ordered_json;
 
-/// A result in both forms.
+/// The result of a command as text and as JSON.
 struct Report {
   /// Ends with a newline unless empty.
   std::string text;
@@ -28,25 +28,25 @@ class Table {
   std::vector<std::vector<std::string>> rows_;
 };
 
-/// `list`, or only its first element if `one` was asked for by name.
+/// `list`, or only its first element if the command names `one` profile.
 Json OneOrAll(Json list, bool one);
 
-/// `text` with every line moved to the right.
+/// `text` with every line indented.
 std::string Indent(const std::string& text);
 
-/// `text` with each byte that a terminal might obey shown as '?'.
+/// `text` with each control character replaced by '?', so that it cannot affect a terminal.
 std::string Printable(std::string text);
 
 /// The time in RFC 3339 form: UTC, with milliseconds.
 std::string FormatTime(std::chrono::system_clock::time_point time);
 
-/// `json` on one line or several; bytes that are no UTF-8 are replaced, never refused.
+/// `json` as text, on one line or several. Bytes that are not valid UTF-8 are replaced.
 std::string Dump(const Json& json, bool on_one_line);
 
-/// Prints a command's result, if there is one. Throws CommandFailed when it cannot be written.
+/// Prints the result of a command unless it is empty. Throws CommandFailed if it cannot be written.
 void Print(const Report& report, bool as_json);
 
-/// Prints one line of a stream of results at once.
+/// Prints one of many results, on one line and without delay.
 void PrintLine(const Report& line, bool as_json);
 
 }  // namespace qcmapctl

@@ -1,4 +1,4 @@
-/// passthrough: handing the WWAN address through to a USB host.
+/// passthrough: IP passthrough, which hands the WWAN address to a USB host.
 #include "passthrough.h"
 
 #include <string>
@@ -44,11 +44,11 @@ Report ShowPassthrough(Router& router) {
 void AddPassthrough(CommandLine& line) {
   const auto host = std::make_shared<std::string>();
   CLI::App* passthrough =
-      line.AddObject("passthrough", "Handing the WWAN address through to a USB host");
-  line.AddVerb(passthrough, "show", "Show whether, and for which host",
+      line.AddObject("passthrough", "IP passthrough: a USB host gets the WWAN address");
+  line.AddVerb(passthrough, "show", "Show whether passthrough is enabled, and for which host",
                [](Context& context) { return ShowPassthrough(context.router); });
   CLI::App* enable =
-      line.AddVerb(passthrough, "enable", "Enable it for a host",
+      line.AddVerb(passthrough, "enable", "Enable passthrough for a host",
                    [host](Context& context) { return Enable(context.router, *host); });
   enable->add_option("NAME", *host, "the USB host's name, at most 100 bytes")
       ->option_text(" ")
@@ -57,7 +57,7 @@ void AddPassthrough(CommandLine& line) {
         return !name.empty() && name.size() <= 100 ? ""
                                                    : "the host's name must have 1 to 100 bytes";
       });
-  line.AddVerb(passthrough, "disable", "Disable it",
+  line.AddVerb(passthrough, "disable", "Disable passthrough",
                [](Context& context) { return Disable(context.router); });
 }
 

@@ -1,4 +1,4 @@
-/// passthrough: handing the WWAN address through to a USB host.
+/// passthrough: IP passthrough, which hands the WWAN address to a USB host.
 #pragma once
 
 #include "command_line.h"

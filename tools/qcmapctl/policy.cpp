@@ -15,8 +15,8 @@ struct PolicyArguments {
   std::optional<uint32_t> index;
   std::optional<Tech> tech;
   std::optional<IPFamily> family;
-  std::optional<int> profile_v4;
-  std::optional<int> profile_v6;
+  std::optional<uint32_t> profile_v4;
+  std::optional<uint32_t> profile_v6;
 };
 
 Report Describe(const std::vector<Profile>& profiles) {
@@ -50,17 +50,17 @@ Report DescribeChange(const char* result, const Profile& profile) {
 Report Add(Router& router, const PolicyArguments& arguments) {
   if (!arguments.profile_v4 && !arguments.profile_v6) {
     throw CommandFailed("--profile-v4 or --profile-v6 is required",
-                        "a family without a number of its own gets the other's");
+                        "if only one is given, both families use it");
   }
-  const int v4 = arguments.profile_v4.value_or(arguments.profile_v6.value_or(0));
-  const int v6 = arguments.profile_v6.value_or(v4);
+  const uint32_t v4 = arguments.profile_v4.value_or(arguments.profile_v6.value_or(0));
+  const uint32_t v6 = arguments.profile_v6.value_or(v4);
   router.Require(
       router.Wrapper().CreateWwanPolicy(arguments.tech.value_or(Tech::ANY),
                                         arguments.family.value_or(IPFamily::IPV4V6),
                                         static_cast<uint8_t>(v4), static_cast<uint8_t>(v6)),
       Failure::REFUSED);
   const std::vector<Profile> profiles = router.Profiles();
-  if (profiles.empty()) throw CommandFailed(Failure::UNFORESEEN, "the new policy is not listed");
+  if (profiles.empty()) throw CommandFailed(Failure::UNEXPECTED, "the new policy is not listed");
   return DescribeChange("added", profiles.back());
 }
 
@@ -71,7 +71,7 @@ bool Matches(const WwanPolicy& left, const WwanPolicy& right) {
 
 Report Set(Router& router, const PolicyArguments& arguments) {
   if (!arguments.tech && !arguments.family && !arguments.profile_v4 && !arguments.profile_v6) {
-    throw CommandFailed("no setting is given", "as in 'qcmapctl policy set 1 --profile-v4 2'");
+    throw CommandFailed("no setting is given", "for example: qcmapctl policy set 1 --profile-v4 2");
   }
   const uint32_t index = *arguments.index;
   const std::string name = ProfileName(index);
@@ -79,16 +79,16 @@ Report Set(Router& router, const PolicyArguments& arguments) {
   WwanPolicy wanted = present;
   wanted.tech = arguments.tech.value_or(present.tech);
   wanted.ip_family = arguments.family.value_or(present.ip_family);
-  wanted.profile_v4 = arguments.profile_v4.value_or(present.profile_v4);
-  wanted.profile_v6 = arguments.profile_v6.value_or(present.profile_v6);
+  if (arguments.profile_v4) wanted.profile_v4 = static_cast<int32_t>(*arguments.profile_v4);
+  if (arguments.profile_v6) wanted.profile_v6 = static_cast<int32_t>(*arguments.profile_v6);
   if ((wanted.ip_family == IPFamily::IPV4 && arguments.profile_v6) ||
       (wanted.ip_family == IPFamily::IPV6 && arguments.profile_v4)) {
     throw CommandFailed(Failure::POLICY_OTHER_FAMILY, name);
   }
 
   if (!Matches(wanted, present)) {
-    // The library compares both numbers with the server's and sends nothing when they are equal.
-    // For a single family it does not send the second: a number that no server has makes it send.
+    // The library sends nothing if both numbers equal the server's. For a single family it never
+    // sends the second number, so a number that no server has ensures that the change is sent.
     const bool ipv6_only = wanted.ip_family == IPFamily::IPV6;
     const int first = ipv6_only ? wanted.profile_v6 : wanted.profile_v4;
     const int second = wanted.ip_family == IPFamily::IPV4V6 ? wanted.profile_v6 : -1;
@@ -104,7 +104,7 @@ Report Set(Router& router, const PolicyArguments& arguments) {
 
 Report Delete(Router& router, const PolicyArguments& arguments) {
   const Profile profile{*arguments.index, router.Policy(*arguments.index)};
-  // Indices above 49 do not exist, so the index fits.
+  // The index fits, because the list has at most 50 entries.
   if (!router.Wrapper().DeleteWwanPolicy(static_cast<uint8_t>(profile.index))) {
     router.RequireServer();
     const FamilyStates state = router.CallState(profile.index);
@@ -128,12 +128,10 @@ Report Delete(Router& router, const PolicyArguments& arguments) {
 void AddPolicyOptions(CLI::App* verb, PolicyArguments& arguments) {
   AddWord(verb, "--tech", arguments.tech, TechWords(), "Radio technology");
   AddWord(verb, "--family", arguments.family, FamilyWords(), "IP family");
-  verb->add_option("--profile-v4", arguments.profile_v4, "The modem's profile for IPv4, 1 to 24")
-      ->option_text("N")
-      ->check(CLI::Range(1, 24));
-  verb->add_option("--profile-v6", arguments.profile_v6, "The modem's profile for IPv6, 1 to 24")
-      ->option_text("N")
-      ->check(CLI::Range(1, 24));
+  AddNumber(verb, "--profile-v4", arguments.profile_v4, 1, 24,
+            "The modem's profile number for IPv4, 1 to 24");
+  AddNumber(verb, "--profile-v6", arguments.profile_v6, 1, 24,
+            "The modem's profile number for IPv6, 1 to 24");
 }
 
 }  // namespace
@@ -154,7 +152,7 @@ void AddPolicy(CommandLine& line) {
   const auto with = [arguments](Report (*run)(Router&, const PolicyArguments&)) {
     return [arguments, run](Context& context) { return run(context.router, *arguments); };
   };
-  CLI::App* policy = line.AddObject("policy", "WWAN policies, one for each profile");
+  CLI::App* policy = line.AddObject("policy", "WWAN policies; each one defines a profile");
   CLI::App* list = line.AddVerb(policy, "list", "List policies", with(Show));
   AddIndex(list, arguments->index);
   CLI::App* show = line.AddVerb(policy, "show", "Show a policy", with(Show));

@@ -1,4 +1,4 @@
-/// The router as the commands see it: what the server reports about it, or why it does not.
+/// The router as the commands see it: its state as the server reports it, or what went wrong.
 #include "router.h"
 
 #include <chrono>

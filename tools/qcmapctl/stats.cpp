@@ -66,7 +66,7 @@ void AddStats(CommandLine& line) {
   const auto arguments = std::make_shared<StatsArguments>();
   CLI::App* stats = line.AddObject("stats", "Traffic counters of a profile's call");
   CLI::App* show = line.AddVerb(
-      stats, "show", "Show the counters, both families together unless -4 or -6 is given",
+      stats, "show", "Show the counters of both families together, or of one with -4 or -6",
       [arguments](Context& context) { return Show(context.router, *arguments); });
   AddIndex(show, arguments->index);
   AddFamilies(show, arguments->families);

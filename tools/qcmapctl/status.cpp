@@ -13,14 +13,16 @@
 namespace qcmapctl {
 namespace {
 
-/// One part of the picture. What the server refuses is missing from it, and said so.
+/// One part of the status. If the server refuses to report it, it is shown as not available and
+/// standard error says why. `name` is empty if the failure names the part itself.
 template <typename Describe>
-Report Part(const char* name, Describe describe) {
+Report Part(const std::string& name, Describe describe) {
   try {
     return describe();
   } catch (const CommandFailed& failure) {
     if (failure.failure() != Failure::REFUSED) throw;
-    std::cerr << "qcmapctl: status: " << name << ": " << failure.what() << "\n";
+    std::cerr << "qcmapctl: status: " << name << (name.empty() ? "" : ": ") << failure.what()
+              << "\n";
     return {"not available\n", nullptr};
   }
 }
@@ -67,8 +69,7 @@ Report DescribeProfile(Router& router, const Profile& profile) {
 Report DescribeProfiles(Router& router) {
   Report report{"", Json::array()};
   for (const Profile& profile : router.Profiles()) {
-    const Report part =
-        Part(ProfileName(profile.index).c_str(), [&] { return DescribeProfile(router, profile); });
+    const Report part = Part("", [&] { return DescribeProfile(router, profile); });
     report.text += part.text;
     report.json.push_back(part.json);
   }
@@ -79,11 +80,11 @@ Report DescribeProfiles(Router& router) {
 }  // namespace
 
 Report ShowStatus(Router& router) {
-  // Without a server there is no part to show.
+  // Fails if there is no server, instead of showing parts that are not available.
   router.Wrapper();
-  const Report profiles = Part("profiles", [&] { return DescribeProfiles(router); });
+  const Report profiles = Part("", [&] { return DescribeProfiles(router); });
   const Report lan = Part("lan", [&] { return ShowLan(router); });
-  const Report vlans = Part("vlans", [&] { return ListVlans(router); });
+  const Report vlans = Part("", [&] { return ListVlans(router); });
   const Report passthrough = Part("passthrough", [&] { return ShowPassthrough(router); });
 
   Report status;
@@ -100,7 +101,7 @@ Report ShowStatus(Router& router) {
 }
 
 void AddStatus(CommandLine& line) {
-  CLI::App* status = line.AddObject("status", "The whole picture");
+  CLI::App* status = line.AddObject("status", "Everything on one screen");
   line.AddVerb(status, "show", "Show server, profiles, calls, LAN, VLANs and passthrough",
                [](Context& context) { return ShowStatus(context.router); });
 }

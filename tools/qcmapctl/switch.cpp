@@ -71,7 +71,9 @@ Report Show(Router& router, const std::optional<uint32_t>& index) {
 Report Set(Router& router, const SwitchArguments& arguments) {
   bool any = false;
   for (const auto& wanted : arguments.wanted) any = any || wanted.has_value();
-  if (!any) throw CommandFailed("no switch is given", "as in 'switch set 1 --roaming on'");
+  if (!any) {
+    throw CommandFailed("no switch is given", "for example: qcmapctl switch set 1 --roaming on");
+  }
 
   const Profile profile{*arguments.index, router.Policy(*arguments.index)};
   std::string done;
@@ -82,7 +84,7 @@ Report Set(Router& router, const SwitchArguments& arguments) {
       router.RequireServer();
       const std::string subject = ProfileName(profile.index) + ": " + which.name;
       if (done.empty()) throw CommandFailed(Failure::REFUSED, subject);
-      throw CommandFailed(Failure::PARTLY_DONE, subject + " refused, set before it:" + done);
+      throw CommandFailed(Failure::PARTLY_DONE, subject + " was refused, already set:" + done);
     }
     done += std::string(" ") + which.name;
   }
@@ -95,9 +97,9 @@ Report Set(Router& router, const SwitchArguments& arguments) {
 
 void AddSwitch(CommandLine& line) {
   const auto arguments = std::make_shared<SwitchArguments>();
-  CLI::App* object = line.AddObject("switch", "What a profile's call may do");
+  CLI::App* object = line.AddObject("switch", "What a profile's call is allowed to do");
   CLI::App* show = line.AddVerb(
-      object, "show", "Show the switches of a profile, or of all",
+      object, "show", "Show the switches of one profile, or of all",
       [arguments](Context& context) { return Show(context.router, arguments->index); });
   AddIndex(show, arguments->index);
   CLI::App* set =

@@ -95,10 +95,10 @@ void AddVlan(CommandLine& line) {
   line.AddVerb(vlan, "list", "List VLANs with the profiles that they are mapped to",
                [](Context& context) { return ListVlans(context.router); });
   CLI::App* add =
-      line.AddVerb(vlan, "add", "Add a VLAN on an interface",
+      line.AddVerb(vlan, "add", "Add a VLAN to an interface",
                    [arguments](Context& context) { return Add(context.router, *arguments); });
   CLI::App* remove =
-      line.AddVerb(vlan, "delete", "Delete a VLAN of an interface",
+      line.AddVerb(vlan, "delete", "Delete a VLAN from an interface",
                    [arguments](Context& context) { return Delete(context.router, *arguments); });
   for (CLI::App* verb : {add, remove}) {
     AddWord(verb, "INTERFACE", arguments->interface, InterfaceWords(),

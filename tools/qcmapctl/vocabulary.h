@@ -15,18 +15,18 @@ using ConnectStatus = mox::wwan::DataManager::ConnectStatus;
 using mox::util::IPFamily;
 using mox::wwan::Tech;
 
-/// Words accepted on the command line, in the order in which the help lists them.
+/// The words that the command line accepts, in the order in which the help lists them.
 const std::map<std::string, IPFamily>& FamilyWords();
 const std::map<std::string, Tech>& TechWords();
-/// "up" and "down" included.
+/// Includes "up" and "down".
 const std::map<std::string, ConnectStatus>& StateWords();
-/// Names and numbers of the tethering interfaces.
+/// The names and numbers of the tethering interfaces.
 const std::map<std::string, int32_t>& InterfaceWords();
 
 const char* WordOf(IPFamily family);
 const char* WordOf(Tech tech);
 const char* WordOf(ConnectStatus state);
-/// Null for a mode that has no interface of its own.
+/// Null for a mode that stands for any other interface.
 const char* InterfaceOf(int32_t tethering_mode);
 
 }  // namespace qcmapctl

@@ -13,7 +13,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-// How often a wait without events looks again: not every change of state has one.
+// How often a wait without events reads the state again, because not every change sends an event.
 constexpr std::chrono::milliseconds kCheckEvery{500};
 
 struct WaitArguments {
@@ -68,7 +68,7 @@ Report Wait(Context& context, const WaitArguments& arguments) {
 void AddWait(CommandLine& line) {
   const auto arguments = std::make_shared<WaitArguments>();
   CLI::App* wait =
-      line.AddObject("wait", "Until a profile's call is in a state",
+      line.AddObject("wait", "Wait until a profile's call is in a state",
                      [arguments](Context& context) { return Wait(context, *arguments); });
   AddIndex(wait, arguments->index)->required();
   AddFamilies(wait, arguments->families);

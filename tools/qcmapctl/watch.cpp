@@ -15,7 +15,7 @@ using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 namespace qcmap = mox::vendor::qcom::qcmap;
 
-// How often a quiet watch looks whether the server is still there.
+// How often a watch without events checks that the server is still there.
 constexpr std::chrono::seconds kCheckEvery{1};
 
 struct WatchArguments {
@@ -56,7 +56,7 @@ const char* StateOf(uint32_t code) {
   }
 }
 
-/// The index of the profile that an event names; empty when it names none, or one that is gone.
+/// The index of the profile that an event names; empty if it names none, or a deleted one.
 std::optional<uint32_t> IndexOf(const Event& event, const std::vector<Profile>& profiles) {
   for (const Profile& profile : profiles) {
     if (event.profile_handle == profile.policy.profile_handle) return profile.index;
@@ -98,7 +98,8 @@ void PrintInitial(Context& context, const std::vector<Profile>& profiles) {
   }
 }
 
-/// The policies again, since adding and deleting them moves indices; the old ones when refused.
+/// Reads the policies again, because adding and deleting them moves indices. Keeps the old ones if
+/// the server refuses.
 void Refresh(Router& router, std::vector<Profile>& profiles) {
   try {
     profiles = router.Profiles();
@@ -108,7 +109,7 @@ void Refresh(Router& router, std::vector<Profile>& profiles) {
 }
 
 void Watch(Context& context, const WatchArguments& arguments) {
-  // Subscribed first, so that nothing is missed between the present state and the events.
+  // Subscribes before reading the state, so that no event in between is missed.
   EventFeed feed(context.router.Wrapper());
   std::vector<Profile> profiles = context.router.Profiles();
   PrintInitial(context, profiles);
@@ -142,17 +143,16 @@ void Watch(Context& context, const WatchArguments& arguments) {
 
 void AddWatch(CommandLine& line) {
   const auto arguments = std::make_shared<WatchArguments>();
-  CLI::App* watch = line.AddObject("watch", "The state of all calls, then events until interrupted",
-                                   [arguments](Context& context) {
-                                     Watch(context, *arguments);
-                                     return Report();
-                                   });
-  watch->add_option("--count", arguments->count, "End after N events")
-      ->option_text("N")
-      ->check(CLI::Range(0, 1000000000));
+  CLI::App* watch =
+      line.AddObject("watch", "Print the state of all calls, then events until interrupted",
+                     [arguments](Context& context) {
+                       Watch(context, *arguments);
+                       return Report();
+                     });
+  AddNumber(watch, "--count", arguments->count, 0, 1000000000, "End after N events");
   AddSeconds(
       watch, "--idle-timeout", [arguments](milliseconds limit) { arguments->idle_timeout = limit; },
-      "End when no event comes for so long; exit 3 if --count is not reached");
+      "End when no event comes for this long; exit code 3 if --count is not reached");
 }
 
 }  // namespace qcmapctl
