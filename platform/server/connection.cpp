@@ -1,5 +1,5 @@
 /// Receives a client's datagrams one by one, and sends what it is to get.
-#include "server/connections.h"
+#include "server/connection.h"
 
 #include <sys/socket.h>
 
@@ -21,10 +21,10 @@ Connection::Connection(Hub& hub, Hub::Protocol::socket socket)
 
 Connection::~Connection() {
   hub_.connections_.erase(this);
-  if (session_ == nullptr) return;
+  if (client_ == nullptr) return;
   asio::error_code ignored;
   for (Connection* other : hub_.connections_)
-    if (other->session_ == session_)
+    if (other->client_ == client_)
       other->socket_.shutdown(asio::socket_base::shutdown_both, ignored);
 }
 
@@ -67,12 +67,12 @@ void Connection::OnDatagram(size_t size) {
   if (size < sizeof header || (received_flags_ & MSG_TRUNC) != 0)
     return CloseBecause("a datagram of no known size");
   std::memcpy(&header, received_.data(), sizeof header);
-  if (session_ == nullptr) {
+  if (client_ == nullptr) {
     if (!Open(header, size)) CloseBecause("a client did not open its session");
     return;
   }
   if (gets_indications_) return CloseBecause("a request came where indications go");
-  std::string reply = hub_.requests_->Answer(*session_, received_.data(), size);
+  std::string reply = hub_.requests_->Answer(*client_, received_.data(), size);
   if (hub_.latency_.count() == 0) return Send(std::move(reply));
   timer_.expires_after(hub_.latency_);
   timer_.async_wait([self = shared_from_this(), reply](const asio::error_code& cancelled) {
@@ -84,19 +84,20 @@ bool Connection::Open(const Header& header, size_t size) {
   uint32_t handle;
   if (header.id != message::OpenSession::kId || size != sizeof header + sizeof handle) return false;
   std::memcpy(&handle, received_.data() + sizeof header, sizeof handle);
-  std::shared_ptr<Session> joined;
+  std::shared_ptr<ClientState> joined;
   for (const Connection* other : hub_.connections_) {
-    if (handle == 0 || !other->session_ || other->session_->handle != handle) continue;
+    if (handle == 0 || !other->client_ || other->client_->handle != handle) continue;
     if (joined != nullptr) return false;  // it has both its connections already
-    joined = other->session_;
+    joined = other->client_;
   }
   if (handle != 0 && joined == nullptr) return false;
   gets_indications_ = joined != nullptr;
-  session_ = joined != nullptr ? joined : std::make_shared<Session>(Session{hub_.NewHandle()});
+  client_ =
+      joined != nullptr ? joined : std::make_shared<ClientState>(ClientState{hub_.NewHandle()});
   timer_.cancel();
   Send(MakeDatagram(
       header.id, header.transaction, QMI_ERR_NONE_V01,
-      std::string(reinterpret_cast<const char*>(&session_->handle), sizeof session_->handle)));
+      std::string(reinterpret_cast<const char*>(&client_->handle), sizeof client_->handle)));
   return true;
 }
 

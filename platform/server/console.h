@@ -5,7 +5,7 @@
 #include <asio/steady_timer.hpp>
 #include <string>
 
-#include "server/connections.h"
+#include "server/hub.h"
 
 namespace sim {
 

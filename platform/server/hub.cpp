@@ -1,5 +1,5 @@
 /// Accepting clients, and indications to them.
-#include "server/connections.h"
+#include "server/hub.h"
 
 #include <fcntl.h>
 #include <sys/socket.h>
@@ -8,6 +8,7 @@
 
 #include "protocol/indication_elements.h"
 #include "protocol/socket_path.h"
+#include "server/connection.h"
 
 namespace sim {
 namespace {

@@ -20,7 +20,7 @@ std::string ToText(uint32_t address) {
   return ::inet_ntop(AF_INET, &in_network_order, text, sizeof text);
 }
 
-bool IsSound(const LanConfig& lan) {
+bool IsValid(const LanConfig& lan) {
   const std::string gateway = ToText(lan.gw_ip), netmask = ToText(lan.netmask);
   std::string start = ToText(lan.dhcp_start_ip), end = ToText(lan.dhcp_end_ip);
   if (lan.enable_dhcp == 1)
@@ -33,14 +33,14 @@ bool IsTerminated(const char (&field)[kSize]) {
   return std::memchr(field, '\0', kSize) != nullptr;
 }
 
-bool IsSound(const Vlan& vlan) {
+bool IsValid(const Vlan& vlan) {
   return vlan.vlan_id >= 2 && vlan.vlan_id <= 4094 && IsTerminated(vlan.iface_name) &&
          vlan.iface_name[0] != '\0';
 }
 
 class LanAnswers {
  public:
-  LanAnswers(Model& model, Session&)
+  LanAnswers(Model& model, ClientState&)
       : lan_(model.lan), vlans_(lan_.vlans), mappings_(lan_.mappings), modem_(model.modem) {}
   explicit operator bool() const { return true; }
 
@@ -49,7 +49,7 @@ class LanAnswers {
     return kGranted;
   }
   Error SetLANConfig(const LanConfig& config, Nothing&) {
-    if (!IsSound(config)) return QMI_ERR_INVALID_ARG_V01;
+    if (!IsValid(config)) return QMI_ERR_INVALID_ARG_V01;
     lan_.config = config;
     lan_.active = false;
     return kGranted;
@@ -60,14 +60,14 @@ class LanAnswers {
   }
 
   Error SetVLANConfig(const Vlan& vlan, uint8_t&) {
-    if (!IsSound(vlan)) return QMI_ERR_INVALID_ARG_V01;
+    if (!IsValid(vlan)) return QMI_ERR_INVALID_ARG_V01;
     if (Find(vlan) != vlans_.end()) return QMI_ERR_NO_EFFECT_V01;
     if (vlans_.size() == QCMAP_MSGR_MAX_VLAN_ENTRIES_V01) return QMI_ERR_NO_MEMORY_IN_LIST_V01;
     vlans_.push_back(vlan);
     return kGranted;
   }
   Error DeleteVLANConfig(const Vlan& vlan, Nothing&) {
-    if (!IsSound(vlan) || Find(vlan) == vlans_.end()) return QMI_ERR_INVALID_ARG_V01;
+    if (!IsValid(vlan) || Find(vlan) == vlans_.end()) return QMI_ERR_INVALID_ARG_V01;
     if (FindMapping(vlan.vlan_id) != mappings_.end()) return QMI_ERR_INCOMPATIBLE_STATE_V01;
     vlans_.erase(Find(vlan));
     return kGranted;

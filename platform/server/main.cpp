@@ -8,8 +8,8 @@
 #include <new>
 
 #include "protocol/socket_path.h"
-#include "server/connections.h"
 #include "server/console.h"
+#include "server/hub.h"
 #include "server/listening_socket.h"
 
 namespace {

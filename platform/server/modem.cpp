@@ -1,8 +1,12 @@
 /// The modem's profiles and the life of their calls.
-#include "server/model.h"
+#include "server/modem.h"
+
+#include <algorithm>
 
 namespace sim {
 namespace {
+
+constexpr uint8_t kMaxProfileNumber = 24;
 
 constexpr auto kConnecting = QCMAP_MSGR_WWAN_STATUS_CONNECTING_V01;
 constexpr auto kConnectingFailed = QCMAP_MSGR_WWAN_STATUS_CONNECTING_FAIL_V01;
@@ -20,6 +24,19 @@ qcmap_msgr_wwan_status_enum_v01 Code(FamilyIndex family, qcmap_msgr_wwan_status_
 
 bool Family::IsDown() const {
   return phase != kConnecting && phase != kConnected && phase != kDisconnecting;
+}
+
+bool IsValid(const qcmap_msgr_net_policy_info_v01& policy) {
+  const bool is_v4 = policy.ip_family == QCMAP_MSGR_IP_FAMILY_V4_V01;
+  const bool is_v6 = policy.ip_family == QCMAP_MSGR_IP_FAMILY_V6_V01;
+  const auto are_numbers = [](const uint8_t(&numbers)[2]) {
+    return std::min(numbers[0], numbers[1]) >= 1 &&
+           std::max(numbers[0], numbers[1]) <= kMaxProfileNumber;
+  };
+  return policy.tech_pref <= (QCMAP_MSGR_TECH_PREF_3GPP_V01 | QCMAP_MSGR_TECH_PREF_3GPP2_V01) &&
+         (is_v4 || is_v6 || policy.ip_family == QCMAP_MSGR_IP_FAMILY_V4V6_V01) &&
+         (is_v6 || are_numbers(policy.v4_profile_id)) &&
+         (is_v4 || are_numbers(policy.v6_profile_id));
 }
 
 qcmap_msgr_wwan_status_enum_v01 Profile::Status(FamilyIndex family) const {

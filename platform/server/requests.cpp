@@ -28,7 +28,7 @@ bool ParseNumber(const std::string& text, uint64_t max, uint64_t& number) {
   return error == std::errc() && rest == end && number <= max;
 }
 
-std::string Requests::Answer(Session& session, const unsigned char* datagram, size_t size) {
+std::string Requests::Answer(ClientState& client, const unsigned char* datagram, size_t size) {
   Header header;
   std::memcpy(&header, datagram, sizeof header);
   std::string record;
@@ -39,10 +39,11 @@ std::string Requests::Answer(Session& session, const unsigned char* datagram, si
     if (failure->second.times_left != kAlways && --failure->second.times_left == 0)
       failures_.erase(failure);
   } else if (header.length == size - sizeof header) {
-    AnswerFunction answer = FindCallAnswer(header.id);
+    AnswerFunction answer = FindModemAnswer(header.id);
+    if (answer == nullptr) answer = FindProfileAnswer(header.id);
     if (answer == nullptr) answer = FindLanAnswer(header.id);
     if (answer != nullptr)
-      error = answer(model_, session, datagram + sizeof header, header.length, record);
+      error = answer(model_, client, datagram + sizeof header, header.length, record);
   }
   return MakeDatagram(header.id, header.transaction, error, record);
 }

@@ -4,35 +4,38 @@
 #include <map>
 #include <string>
 
-#include "server/model.h"
+#include "server/client_state.h"
+#include "server/lan.h"
+#include "server/modem.h"
 
 namespace sim {
 
-/// What the server remembers of a client.
-struct Session {
-  /// The Mobile AP handle, never 0.
-  uint32_t handle;
-  /// The profile selected last; 0 until the first request for one, which takes the list's first.
-  profile_handle_type_v01 profile = 0;
+/// What requests read and change.
+struct Model {
+  Modem modem;
+  Lan lan;
 };
 
 constexpr Error kGranted = QMI_ERR_NONE_V01;
 
-/// Answers a request, whose record is taken from `bytes`; writes the reply's when it is granted.
-using AnswerFunction = Error (*)(Model&, Session&, const unsigned char* bytes, size_t length,
+/// Answers the request whose record is in `bytes`. When the request is granted, `record` becomes
+/// the record of the reply.
+using AnswerFunction = Error (*)(Model&, ClientState&, const unsigned char* bytes, size_t length,
                                  std::string& record);
-/// Null when the message is not one of theirs.
-AnswerFunction FindCallAnswer(uint32_t id);
+/// Each finds the answer to a message of its group in messages.h; null for any other message.
+AnswerFunction FindModemAnswer(uint32_t id);
+AnswerFunction FindProfileAnswer(uint32_t id);
 AnswerFunction FindLanAnswer(uint32_t id);
 
-/// An answer by the method `kAnswer` of a new `Answers`, which that makes of model and session.
+/// Decodes the request, has method `kAnswer` of a temporary `Answers` object answer it, and encodes
+/// the reply.
 template <typename Message, typename Answers, auto kAnswer>
-Error AnswerWith(Model& model, Session& session, const unsigned char* bytes, size_t length,
+Error AnswerWith(Model& model, ClientState& client, const unsigned char* bytes, size_t length,
                  std::string& record) {
   typename Message::Request request;
   typename Message::Reply reply{};
   if (!Unpack(bytes, length, request)) return QMI_ERR_INVALID_ARG_V01;
-  Answers answers(model, session);
+  Answers answers(model, client);
   const Error error = answers ? (answers.*kAnswer)(request, reply) : QMI_ERR_INVALID_HANDLE_V01;
   if (error == kGranted) record.assign(reinterpret_cast<const char*>(&reply), WireSize(reply));
   return error;
@@ -43,7 +46,7 @@ class Requests {
   explicit Requests(Model& model) : model_(model) {}
 
   /// The reply to a datagram that has at least a header.
-  std::string Answer(Session& session, const unsigned char* datagram, size_t size);
+  std::string Answer(ClientState& client, const unsigned char* datagram, size_t size);
 
   /// Has a request fail from now on, as "REQUEST[:ERROR[:COUNT]]" says. Returns what is wrong with
   /// the text; empty when nothing is.

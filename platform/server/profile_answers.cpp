@@ -1,4 +1,4 @@
-/// Answers to the requests about profiles and their calls.
+/// Answers to the requests about the current profile: its policy, its switches and its calls.
 #include <arpa/inet.h>
 
 #include <algorithm>
@@ -12,23 +12,7 @@ using Policy = qcmap_msgr_net_policy_info_v01;
 using CallType = qcmap_msgr_wwan_call_type_v01;
 using IpFamily = qcmap_msgr_ip_family_enum_v01;
 
-constexpr uint8_t kMaxProfileNumber = 24;
 constexpr uint64_t kPacketBytes = 1000;
-
-/// Whether a modem takes the policy: known technologies and family, and profile numbers that it has
-/// for the families that the policy carries.
-bool IsSound(const Policy& policy) {
-  const bool is_v4 = policy.ip_family == QCMAP_MSGR_IP_FAMILY_V4_V01;
-  const bool is_v6 = policy.ip_family == QCMAP_MSGR_IP_FAMILY_V6_V01;
-  const auto are_numbers = [](const uint8_t(&numbers)[2]) {
-    return std::min(numbers[0], numbers[1]) >= 1 &&
-           std::max(numbers[0], numbers[1]) <= kMaxProfileNumber;
-  };
-  return policy.tech_pref <= (QCMAP_MSGR_TECH_PREF_3GPP_V01 | QCMAP_MSGR_TECH_PREF_3GPP2_V01) &&
-         (is_v4 || is_v6 || policy.ip_family == QCMAP_MSGR_IP_FAMILY_V4V6_V01) &&
-         (is_v6 || are_numbers(policy.v4_profile_id)) &&
-         (is_v4 || are_numbers(policy.v6_profile_id));
-}
 
 template <typename Value>
 Error Give(Value& reply, const Value& value) {
@@ -36,56 +20,20 @@ Error Give(Value& reply, const Value& value) {
   return kGranted;
 }
 
-class ModemAnswers {
- public:
-  ModemAnswers(Model& model, Session& session) : modem_(model.modem), session_(session) {}
-  explicit operator bool() const { return true; }
-
-  Error EnableMobileAP(const Nothing&, Nothing&) {
-    modem_.EnableMobileAp();
-    return kGranted;
-  }
-  Error GetMobileAPStatus(const Nothing&, qcmap_msgr_mobile_ap_status_enum_v01& status) {
-    return Give(status, modem_.mobile_ap_enabled() ? QCMAP_MSGR_MOBILE_AP_STATUS_CONNECTED_V01
-                                                   : QCMAP_MSGR_MOBILE_AP_STATUS_DISCONNECTED_V01);
-  }
-  Error GetWWANPolicyList(const Nothing&, PolicyList& list) {
-    list.policy_list_valid = 1;
-    for (const Profile& profile : modem_.profiles())
-      list.policy_list[list.policy_list_len++] = {profile.handle, profile.policy};
-    return kGranted;
-  }
-  Error SetWWANProfileHandlePreference(const profile_handle_type_v01& handle, Nothing&) {
-    if (modem_.Find(handle) == nullptr) return QMI_ERR_INVALID_HANDLE_V01;
-    return Give(session_.profile, handle);
-  }
-  Error CreateWWANPolicy(const Policy& policy, Nothing&) {
-    if (!IsSound(policy)) return QMI_ERR_INVALID_ARG_V01;
-    if (modem_.profiles().size() == QCMAP_MSGR_MAX_WWAN_POLICY_V01)
-      return QMI_ERR_NO_MEMORY_IN_LIST_V01;
-    modem_.Add(policy);
-    return kGranted;
-  }
-
- private:
-  Modem& modem_;
-  Session& session_;
-};
-
-/// Answers for the session's current profile, if it exists.
+/// Answers for the client's current profile. False as a condition when that does not exist.
 class ProfileAnswers {
  public:
-  ProfileAnswers(Model& model, Session& session)
-      : modem_(model.modem), lan_(model.lan), session_(session) {
-    if (session_.profile == 0 && !modem_.profiles().empty())
-      session_.profile = modem_.profiles().front().handle;
-    profile_ = modem_.Find(session_.profile);
+  ProfileAnswers(Model& model, ClientState& client)
+      : modem_(model.modem), lan_(model.lan), client_(client) {
+    if (client_.profile == 0 && !modem_.profiles().empty())
+      client_.profile = modem_.profiles().front().handle;
+    profile_ = modem_.Find(client_.profile);
   }
   explicit operator bool() const { return profile_ != nullptr; }
 
   Error GetWWANPolicy(const Nothing&, Policy& policy) { return Give(policy, profile_->policy); }
   Error SetWWANPolicy(const Policy& policy, Nothing&) {
-    return IsSound(policy) ? Set(profile_->policy, policy) : QMI_ERR_INVALID_ARG_V01;
+    return IsValid(policy) ? Set(profile_->policy, policy) : QMI_ERR_INVALID_ARG_V01;
   }
   Error UpdateWWANPolicy(const PolicyUpdate& request, Nothing& nothing) {
     const bool both = request.update == QCMAP_MSGR_UPDATE_PROFILE_V4V6_V01;
@@ -170,7 +118,7 @@ class ProfileAnswers {
   Error Order(CallType type, Error (Modem::*order)(Profile&, FamilyIndex, uint32_t)) {
     const bool is_v6 = type == QCMAP_MSGR_WWAN_CALL_TYPE_V6_V01;
     if (!is_v6 && type != QCMAP_MSGR_WWAN_CALL_TYPE_V4_V01) return QMI_ERR_INVALID_ARG_V01;
-    return (modem_.*order)(*profile_, is_v6 ? kIpv6 : kIpv4, session_.handle);
+    return (modem_.*order)(*profile_, is_v6 ? kIpv6 : kIpv4, client_.handle);
   }
   template <typename Use>
   Error ForEach(IpFamily meant, Use use) {
@@ -184,19 +132,14 @@ class ProfileAnswers {
 
   Modem& modem_;
   Lan& lan_;
-  Session& session_;
+  ClientState& client_;
   Profile* profile_;
 };
 
 }  // namespace
 
-AnswerFunction FindCallAnswer(uint32_t id) {
+AnswerFunction FindProfileAnswer(uint32_t id) {
   switch (id) {
-#define SIM_CASE(name, request, reply) \
-  case message::name::kId:             \
-    return AnswerWith<message::name, ModemAnswers, &ModemAnswers::name>;
-    SIM_MODEM_MESSAGES(SIM_CASE)
-#undef SIM_CASE
 #define SIM_CASE(name, request, reply) \
   case message::name::kId:             \
     return AnswerWith<message::name, ProfileAnswers, &ProfileAnswers::name>;

@@ -1,5 +1,4 @@
-/// What the simulated modem holds: its profiles with their calls, and the LAN side. Everything here
-/// belongs to the server's one thread.
+/// The simulated modem: its profiles and their calls. Only the server's one thread uses it.
 #pragma once
 
 #include <array>
@@ -37,6 +36,10 @@ struct Family {
   /// Neither up nor on the way up or down.
   bool IsDown() const;
 };
+
+/// Whether a modem accepts the policy: known technologies, a known family, and profile numbers from
+/// 1 to 24 for each family that the policy carries.
+bool IsValid(const qcmap_msgr_net_policy_info_v01& policy);
 
 struct Profile {
   profile_handle_type_v01 handle;
@@ -110,20 +113,6 @@ class Modem {
   bool mobile_ap_enabled_ = false;
   bool network_;
   bool roaming_ = false;
-};
-
-/// The LAN side holds what it was told; requests check it.
-struct Lan {
-  qcmap_msgr_lan_config_v01 config{0xC0A80A01, 0xFFFFFF00, 1, 0xC0A80A14, 0xC0A80AC8, 86400};
-  bool active = false;
-  std::vector<qcmap_msgr_vlan_config_v01> vlans;
-  std::vector<qcmap_msgr_pdn_to_vlan_mapping_v01> mappings;
-  Passthrough passthrough{};
-};
-
-struct Model {
-  Modem modem;
-  Lan lan;
 };
 
 }  // namespace sim
