@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <string>
 
+#include "numbers/parse_number.h"
 #include "protocol/socket_path.h"
 
 namespace sim {
@@ -18,15 +19,16 @@ namespace {
 using std::chrono::steady_clock;
 using Deadline = steady_clock::time_point;
 
-constexpr long kDefaultLimitMs = 2000;
+constexpr uint64_t kDefaultLimitMs = 2000;
+constexpr uint64_t kMaxLimitMs = 3600 * 1000;
 constexpr size_t kMaxIndicationBytes = 4096;
 
+/// QCMAP_TIMEOUT_MS when it is a valid number of milliseconds, otherwise the default.
 std::chrono::milliseconds LimitFromEnvironment() {
   const char* const text = std::getenv("QCMAP_TIMEOUT_MS");
-  char* end = nullptr;
-  const long limit_ms = text == nullptr ? 0 : std::strtol(text, &end, 10);
-  const bool usable = limit_ms > 0 && limit_ms <= 3600L * 1000 && *end == '\0';
-  return std::chrono::milliseconds(usable ? limit_ms : kDefaultLimitMs);
+  uint64_t limit_ms = 0;
+  const bool is_valid = text != nullptr && ParseNumber(text, kMaxLimitMs, limit_ms) && limit_ms > 0;
+  return std::chrono::milliseconds(is_valid ? limit_ms : kDefaultLimitMs);
 }
 
 std::chrono::nanoseconds TimeLeft(Deadline deadline) {

@@ -7,6 +7,8 @@
 #include <sstream>
 #include <vector>
 
+#include "numbers/parse_number.h"
+
 namespace sim {
 namespace {
 

@@ -1,31 +1,21 @@
 /// Answers to the requests about the LAN side: LAN and DHCP, VLANs, their mapping, IP passthrough.
-#include <arpa/inet.h>
-
 #include <algorithm>
 
-#include "mox/util/network_manager.h"
+#include "numbers/ipv4_subnet.h"
 #include "server/requests.h"
 
 namespace sim {
 namespace {
 
-using mox::util::NetworkManager;
 using LanConfig = qcmap_msgr_lan_config_v01;
 using Mapping = qcmap_msgr_pdn_to_vlan_mapping_v01;
 using Vlan = qcmap_msgr_vlan_config_v01;
 
-std::string ToText(uint32_t address) {
-  char text[INET_ADDRSTRLEN];
-  const in_addr in_network_order{htonl(address)};
-  return ::inet_ntop(AF_INET, &in_network_order, text, sizeof text);
-}
-
+/// The lease time may be anything, and without DHCP so may the range.
 bool IsValid(const LanConfig& lan) {
-  const std::string gateway = ToText(lan.gw_ip), netmask = ToText(lan.netmask);
-  std::string start = ToText(lan.dhcp_start_ip), end = ToText(lan.dhcp_end_ip);
-  if (lan.enable_dhcp == 1)
-    return NetworkManager::CheckIpv4DhcpRangeValidation(gateway, netmask, start, end);
-  return lan.enable_dhcp == 0 && NetworkManager::GetIpv4DhcpRange(gateway, netmask, start, end);
+  const auto subnet = Ipv4Subnet::Of(lan.gw_ip, lan.netmask);
+  if (!subnet || lan.enable_dhcp > 1) return false;
+  return lan.enable_dhcp == 0 || subnet->AllowsDhcpRange({lan.dhcp_start_ip, lan.dhcp_end_ip});
 }
 
 template <size_t kSize>

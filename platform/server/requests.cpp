@@ -1,7 +1,7 @@
 /// Finds the answer to a request, or the failure that was asked for.
 #include "server/requests.h"
 
-#include <charconv>
+#include "numbers/parse_number.h"
 
 namespace sim {
 namespace {
@@ -18,14 +18,6 @@ std::string MakeDatagram(uint32_t id, uint32_t transaction, Error error,
                          const std::string& record) {
   const Header header{id, transaction, error, static_cast<uint32_t>(record.size())};
   return std::string(reinterpret_cast<const char*>(&header), sizeof header) + record;
-}
-
-bool ParseNumber(const std::string& text, uint64_t max, uint64_t& number) {
-  const bool is_hex = text.compare(0, 2, "0x") == 0;
-  const char* const end = text.data() + text.size();
-  const auto [rest, error] =
-      std::from_chars(text.data() + (is_hex ? 2 : 0), end, number, is_hex ? 16 : 10);
-  return error == std::errc() && rest == end && number <= max;
 }
 
 std::string Requests::Answer(ClientState& client, const unsigned char* datagram, size_t size) {

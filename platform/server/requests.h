@@ -65,7 +65,4 @@ class Requests {
 /// A datagram that carries `record`.
 std::string MakeDatagram(uint32_t id, uint32_t transaction, Error error, const std::string& record);
 
-/// A number of that form and nothing else, at most `max`; decimal, or hexadecimal after 0x.
-bool ParseNumber(const std::string& text, uint64_t max, uint64_t& number);
-
 }  // namespace sim
