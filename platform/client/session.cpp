@@ -126,15 +126,13 @@ qmi_error_type_v01 Session::Exchange(const Socket& socket, uint32_t id, const vo
 
   const Header header{id, ++transaction_, 0, static_cast<uint32_t>(length)};
   qmi_error_type_v01 error = QMI_ERR_INTERNAL_V01;
-  size_t reply_length;
-  if (Send(socket.fd(), header, request, deadline) &&
-      Receive(socket.fd(), header, deadline, reply_length)) {
-    Header answered;
-    std::memcpy(&answered, reply_, sizeof answered);
-    if (answered.error != 0) {
-      error = static_cast<qmi_error_type_v01>(answered.error);
-    } else if (unpack(reply_ + sizeof answered, reply_length, reply)) {
-      error = QMI_ERR_NONE_V01;
+  if (Send(socket.fd(), header, request, deadline)) {
+    if (const auto answer = Receive(socket.fd(), header, deadline)) {
+      if (answer->header.error != 0) {
+        error = static_cast<qmi_error_type_v01>(answer->header.error);
+      } else if (unpack(*answer, reply)) {
+        error = QMI_ERR_NONE_V01;
+      }
     }
   }
 
@@ -160,24 +158,24 @@ bool Session::Send(int fd, const Header& header, const void* record, Deadline de
   return false;
 }
 
-bool Session::Receive(int fd, const Header& expected, Deadline deadline, size_t& length) {
+std::optional<Datagram> Session::Receive(int fd, const Header& request, Deadline deadline) {
   while (WaitUntilReady(fd, POLLIN, deadline)) {
     const ssize_t received = ::recv(fd, reply_, sizeof reply_, MSG_DONTWAIT | MSG_TRUNC);
     if (received < 0 && (errno == EAGAIN || errno == EINTR)) continue;
     if (received <= 0) {
       lost_ = true;
-      return false;
+      return std::nullopt;
     }
     const auto size = static_cast<size_t>(received);
-    Header header;
-    if (size < sizeof header || size > sizeof reply_) return false;
-    std::memcpy(&header, reply_, sizeof header);
-    length = size - sizeof header;
-    if (header.transaction == expected.transaction)
-      return header.id == expected.id && header.length == length;
-    // A reply to an earlier request, whose caller has given up.
+    if (size > sizeof reply_) return std::nullopt;
+    const auto reply = ParseDatagram(reply_, size);
+    if (!reply) return std::nullopt;
+    // Another number is a late reply, to a request whose caller has given up.
+    if (reply->header.transaction != request.transaction) continue;
+    if (reply->header.id != request.id || !reply->IsWhole()) return std::nullopt;
+    return reply;
   }
-  return false;
+  return std::nullopt;
 }
 
 void Session::ReceiveIndications(Callback callback) {
@@ -187,12 +185,11 @@ void Session::ReceiveIndications(Callback callback) {
     if (received < 0 && errno == EINTR) continue;
     if (received <= 0) return;
     const auto size = static_cast<size_t>(received);
-    Header header;
-    if (size < sizeof header || size > sizeof bytes || stopping_) continue;
-    std::memcpy(&header, bytes, sizeof header);
-    if (header.length != size - sizeof header) continue;
-    callback(reinterpret_cast<qmi_client_struct*>(this), header.id, bytes + sizeof header,
-             header.length, nullptr);
+    if (size > sizeof bytes || stopping_) continue;
+    const auto indication = ParseDatagram(bytes, size);
+    if (!indication || !indication->IsWhole()) continue;
+    callback(reinterpret_cast<qmi_client_struct*>(this), indication->header.id, indication->record,
+             indication->header.length, nullptr);
   }
 }
 

@@ -7,6 +7,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <type_traits>
 
@@ -58,17 +59,17 @@ class Session {
 
  private:
   using Deadline = std::chrono::steady_clock::time_point;
-  using Unpacker = bool (*)(const unsigned char*, size_t, void*);
+  using Unpacker = bool (*)(const Datagram&, void*);
 
   template <typename Record>
-  static bool UnpackInto(const unsigned char* bytes, size_t length, void* record) {
-    return Unpack(bytes, length, *static_cast<Record*>(record));
+  static bool UnpackInto(const Datagram& datagram, void* record) {
+    return Unpack(datagram, *static_cast<Record*>(record));
   }
   uint32_t Open(const Socket& socket, uint32_t handle);
   qmi_error_type_v01 Exchange(const Socket& socket, uint32_t id, const void* request, size_t length,
                               Unpacker unpack, void* reply);
   bool Send(int fd, const Header& header, const void* record, Deadline deadline);
-  bool Receive(int fd, const Header& expected, Deadline deadline, size_t& length);
+  std::optional<Datagram> Receive(int fd, const Header& request, Deadline deadline);
   void ReceiveIndications(Callback callback);
 
   const std::chrono::milliseconds limit_;

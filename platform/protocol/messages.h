@@ -1,8 +1,7 @@
 /// Every message between client and server: its name, its request record and its reply record.
 ///
-/// A datagram is a header and one record. A list's record ends with its last entry, and a record
-/// of type Nothing takes no bytes; so does the record of a reply that carries an error. Indications
-/// have a header too, with the indication's id, followed by its elements.
+/// A list's record ends with its last entry. A record of type Nothing takes no bytes, nor does the
+/// record of a reply that carries an error.
 #pragma once
 
 #include <algorithm>
@@ -10,16 +9,10 @@
 #include <cstring>
 #include <type_traits>
 
+#include "protocol/datagram.h"
 #include "qcmap_client.h"
 
 namespace sim {
-
-struct Header {
-  uint32_t id;
-  uint32_t transaction;
-  int32_t error;
-  uint32_t length;
-};
 
 struct Nothing {};
 struct PolicyUpdate {
@@ -133,12 +126,13 @@ inline size_t WireSize(MappingList& list) {
   return ListSize(list, list.count, list.mappings);
 }
 
-/// Takes a record apart. False when `length` is not the record's; `record` is then unspecified.
+/// Copies the record out of a datagram. Returns false when the record has the wrong size; `record`
+/// is then unspecified.
 template <typename Record>
-bool Unpack(const unsigned char* bytes, size_t length, Record& record) {
+bool Unpack(const Datagram& datagram, Record& record) {
   std::memset(&record, 0, sizeof record);
-  std::memcpy(&record, bytes, std::min(length, sizeof record));
-  return length == WireSize(record);
+  std::memcpy(&record, datagram.record, std::min(datagram.record_size, sizeof record));
+  return datagram.record_size == WireSize(record);
 }
 
 }  // namespace sim

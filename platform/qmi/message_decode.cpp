@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstring>
 
-#include "protocol/indication_elements.h"
+#include "protocol/indication.h"
 #include "qcmap_client.h"
 #include "qmi_client.h"
 

@@ -63,16 +63,15 @@ void Connection::Receive() {
 }
 
 void Connection::OnDatagram(size_t size) {
-  Header header;
-  if (size < sizeof header || (received_flags_ & MSG_TRUNC) != 0)
+  const auto datagram = ParseDatagram(received_.data(), size);
+  if (!datagram || (received_flags_ & MSG_TRUNC) != 0)
     return CloseBecause("a datagram of no known size");
-  std::memcpy(&header, received_.data(), sizeof header);
   if (client_ == nullptr) {
-    if (!Open(header, size)) CloseBecause("a client did not open its session");
+    if (!Open(*datagram)) CloseBecause("a client did not open its session");
     return;
   }
   if (gets_indications_) return CloseBecause("a request came where indications go");
-  std::string reply = hub_.requests_->Answer(*client_, received_.data(), size);
+  std::string reply = hub_.requests_->Answer(*client_, *datagram);
   if (hub_.latency_.count() == 0) return Send(std::move(reply));
   timer_.expires_after(hub_.latency_);
   timer_.async_wait([self = shared_from_this(), reply](const asio::error_code& cancelled) {
@@ -80,10 +79,9 @@ void Connection::OnDatagram(size_t size) {
   });
 }
 
-bool Connection::Open(const Header& header, size_t size) {
+bool Connection::Open(const Datagram& datagram) {
   uint32_t handle;
-  if (header.id != message::OpenSession::kId || size != sizeof header + sizeof handle) return false;
-  std::memcpy(&handle, received_.data() + sizeof header, sizeof handle);
+  if (datagram.header.id != message::OpenSession::kId || !Unpack(datagram, handle)) return false;
   std::shared_ptr<ClientState> joined;
   for (const Connection* other : hub_.connections_) {
     if (handle == 0 || !other->client_ || other->client_->handle != handle) continue;
@@ -96,7 +94,7 @@ bool Connection::Open(const Header& header, size_t size) {
       joined != nullptr ? joined : std::make_shared<ClientState>(ClientState{hub_.NewHandle()});
   timer_.cancel();
   Send(MakeDatagram(
-      header.id, header.transaction, QMI_ERR_NONE_V01,
+      datagram.header.id, datagram.header.transaction, QMI_ERR_NONE_V01,
       std::string(reinterpret_cast<const char*>(&client_->handle), sizeof client_->handle)));
   return true;
 }

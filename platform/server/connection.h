@@ -29,7 +29,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Receive();
   void OnDatagram(size_t size);
   /// Answers the first datagram, which says whose connection this is. False when it does not.
-  bool Open(const Header& header, size_t size);
+  bool Open(const Datagram& datagram);
   /// Sends what the socket takes, and goes on when it takes more.
   void Flush();
   void CloseBecause(const char* reason);

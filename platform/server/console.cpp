@@ -85,7 +85,7 @@ const Console::Command Console::kCommands[] = {
        for (size_t i = 0; i < words.size(); ++i)
          if (!ParseNumber(words[i], UINT32_MAX, number[i])) return kUsage;
        Indication indication{static_cast<uint32_t>(number[0]), static_cast<int32_t>(number[1])};
-       if (words.size() > 2) indication.profile = static_cast<uint32_t>(number[2]);
+       if (words.size() > 2) indication.profile_handle = static_cast<uint32_t>(number[2]);
        if (words.size() > 3) indication.mobile_ap_handle = static_cast<uint32_t>(number[3]);
        console.hub_.Indicate(0, indication);
        return {};

@@ -6,7 +6,6 @@
 
 #include <cstdio>
 
-#include "protocol/indication_elements.h"
 #include "protocol/socket_path.h"
 #include "server/connection.h"
 
@@ -16,14 +15,6 @@ namespace {
 constexpr size_t kMaxConnections = 256;
 constexpr Milliseconds kAcceptPause{100};
 constexpr std::chrono::seconds kComplaintInterval{1};
-
-void AppendElement(std::string& elements, uint8_t type, uint32_t value) {
-  elements.push_back(static_cast<char>(type));
-  elements.push_back(sizeof value);
-  elements.push_back(0);
-  for (unsigned shift = 0; shift < 32; shift += 8)
-    elements.push_back(static_cast<char>(value >> shift & 0xFF));
-}
 
 }  // namespace
 
@@ -70,18 +61,13 @@ void Hub::Indicate(uint32_t session, const Indication& indication) {
   for (Connection* connection : connections_) {
     const uint32_t handle = connection->IndicatedHandle();
     if (handle == 0 || (session != 0 && session != handle)) continue;
-    std::string elements;
-    AppendElement(elements, kMobileApHandleElement, indication.mobile_ap_handle.value_or(handle));
-    AppendElement(elements, kStatusElement, static_cast<uint32_t>(indication.status));
-    if (indication.profile) AppendElement(elements, kProfileHandleElement, *indication.profile);
-    connection->Send(MakeDatagram(indication.id, 0, QMI_ERR_NONE_V01, elements));
+    connection->Send(MakeIndication(indication, handle));
   }
 }
 
 void Hub::IndicateRaw(uint32_t id, const std::string& elements) {
   for (Connection* connection : connections_)
-    if (connection->IndicatedHandle() != 0)
-      connection->Send(MakeDatagram(id, 0, QMI_ERR_NONE_V01, elements));
+    if (connection->IndicatedHandle() != 0) connection->Send(MakeIndication(id, elements));
 }
 
 void Hub::Complain(const std::string& complaint) {

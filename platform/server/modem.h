@@ -6,9 +6,9 @@
 #include <asio/steady_timer.hpp>
 #include <chrono>
 #include <functional>
-#include <optional>
 #include <vector>
 
+#include "protocol/indication.h"
 #include "protocol/messages.h"
 
 namespace sim {
@@ -49,14 +49,6 @@ struct Profile {
   std::array<Family, 2> families;
 
   qcmap_msgr_wwan_status_enum_v01 Status(FamilyIndex family) const;
-};
-
-struct Indication {
-  uint32_t id;
-  int32_t status;
-  std::optional<profile_handle_type_v01> profile{};
-  /// The receiving session's own unless given.
-  std::optional<uint32_t> mobile_ap_handle{};
 };
 
 class Modem {

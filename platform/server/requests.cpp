@@ -14,15 +14,8 @@ constexpr uint64_t kAlways = UINT64_MAX;
 
 }  // namespace
 
-std::string MakeDatagram(uint32_t id, uint32_t transaction, Error error,
-                         const std::string& record) {
-  const Header header{id, transaction, error, static_cast<uint32_t>(record.size())};
-  return std::string(reinterpret_cast<const char*>(&header), sizeof header) + record;
-}
-
-std::string Requests::Answer(ClientState& client, const unsigned char* datagram, size_t size) {
-  Header header;
-  std::memcpy(&header, datagram, sizeof header);
+std::string Requests::Answer(ClientState& client, const Datagram& request) {
+  const Header& header = request.header;
   std::string record;
   Error error = QMI_ERR_INVALID_ARG_V01;
   const auto failure = failures_.find(header.id);
@@ -30,12 +23,11 @@ std::string Requests::Answer(ClientState& client, const unsigned char* datagram,
     error = failure->second.error;
     if (failure->second.times_left != kAlways && --failure->second.times_left == 0)
       failures_.erase(failure);
-  } else if (header.length == size - sizeof header) {
+  } else if (request.IsWhole()) {
     AnswerFunction answer = FindModemAnswer(header.id);
     if (answer == nullptr) answer = FindProfileAnswer(header.id);
     if (answer == nullptr) answer = FindLanAnswer(header.id);
-    if (answer != nullptr)
-      error = answer(model_, client, datagram + sizeof header, header.length, record);
+    if (answer != nullptr) error = answer(model_, client, request, record);
   }
   return MakeDatagram(header.id, header.transaction, error, record);
 }
