@@ -70,7 +70,8 @@ void Serve(const Options& options, asio::io_context& io, sim::Requests& requests
   std::printf("listening on %s\n", options.socket.c_str());
   std::fflush(stdout);
 
-  sim::Console console(io, model, requests, hub);
+  sim::ConsoleCommands commands(model, requests, hub);
+  sim::Console console(io, commands);
   if (options.console) console.Start();
   while (!io.stopped()) {
     try {

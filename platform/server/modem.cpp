@@ -78,9 +78,11 @@ void Modem::EnableMobileAp() {
 void Modem::SetNetwork(bool on) {
   network_ = on;
   for (Profile& profile : profiles_) {
-    for (const FamilyIndex family : kFamilies)
-      if (!on) Drop(profile, family);
-    AutoConnect(profile);
+    if (on) {
+      AutoConnect(profile);
+    } else {
+      Drop(profile, {kIpv4, kIpv6});
+    }
   }
 }
 
@@ -111,7 +113,12 @@ Error Modem::Disconnect(Profile& profile, FamilyIndex family, uint32_t asker) {
   return QMI_ERR_NONE_V01;
 }
 
-void Modem::Drop(Profile& profile, FamilyIndex family) {
+void Modem::Drop(Profile& profile, const std::vector<FamilyIndex>& families) {
+  for (const FamilyIndex family : families) EndCall(profile, family);
+  AutoConnect(profile);
+}
+
+void Modem::EndCall(Profile& profile, FamilyIndex family) {
   if (profile.families[family].phase == kConnecting) {
     Report(profile, family, kBringUp, kConnectingFailed);
     Enter(profile, family, kConnectingFailed);

@@ -80,15 +80,16 @@ class Modem {
 
   Error Connect(Profile& profile, FamilyIndex family, uint32_t asker);
   Error Disconnect(Profile& profile, FamilyIndex family, uint32_t asker);
-  /// The network ends a call, or an attempt at one.
-  void Drop(Profile& profile, FamilyIndex family);
-  /// Brings the families up that autoconnect wants up.
+  /// Ends calls and attempts to connect as the network would. Then autoconnect tries again.
+  void Drop(Profile& profile, const std::vector<FamilyIndex>& families);
+  /// Connects every family that autoconnect should bring up.
   void AutoConnect(Profile& profile);
 
   std::array<uint64_t, 2> Count(const Family& family) const;
   void SetCounters(Family& family, std::array<uint64_t, 2> bytes);
 
  private:
+  void EndCall(Profile& profile, FamilyIndex family);
   bool MayCarry(const Profile& profile, FamilyIndex family) const;
   void Enter(Profile& profile, FamilyIndex family, qcmap_msgr_wwan_status_enum_v01 phase);
   void EnterAndFinish(Profile& profile, FamilyIndex family, uint32_t indication,
