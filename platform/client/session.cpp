@@ -35,14 +35,23 @@ std::chrono::nanoseconds TimeLeft(Deadline deadline) {
   return std::max<std::chrono::nanoseconds>(deadline - steady_clock::now(), {});
 }
 
+// The fields have only 32 bits on some machines. No time limit is longer than kMaxLimitMs.
+timespec ToTimespec(std::chrono::nanoseconds time) {
+  return {static_cast<time_t>(time.count() / 1000000000),
+          static_cast<long>(time.count() % 1000000000)};
+}
+timeval ToTimeval(std::chrono::microseconds time) {
+  return {static_cast<time_t>(time.count() / 1000000),
+          static_cast<suseconds_t>(time.count() % 1000000)};
+}
+
 /// False when the deadline passes first. A broken connection counts as ready: the next call on the
 /// socket tells.
 bool WaitUntilReady(int fd, short events, Deadline deadline) {
   pollfd waited{fd, events, 0};
   for (;;) {
     const auto left = TimeLeft(deadline);
-    const timespec timeout{std::chrono::duration_cast<std::chrono::seconds>(left).count(),
-                           left.count() % 1000000000};
+    const timespec timeout = ToTimespec(left);
     const int ready = left.count() > 0 ? ::ppoll(&waited, 1, &timeout, nullptr) : 0;
     if (ready >= 0 || errno != EINTR) return ready > 0;
   }
@@ -57,7 +66,7 @@ int Connect(Deadline deadline) {
   int result;
   do {  // a server that hangs leaves its backlog full, where connect blocks for the send timeout
     const auto left = std::chrono::duration_cast<std::chrono::microseconds>(TimeLeft(deadline));
-    const timeval timeout{left.count() / 1000000, left.count() % 1000000};
+    const timeval timeout = ToTimeval(left);
     const bool limited = left.count() > 0 &&
                          ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout) == 0;
     result = limited ? ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) : -1;

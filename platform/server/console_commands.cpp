@@ -192,7 +192,7 @@ Profile* ConsoleCommands::FindProfile(const std::string& index) {
   auto& profiles = model_.modem.profiles();
   uint64_t number;
   const bool exists = ParseNumber(index, UINT32_MAX, number) && number < profiles.size();
-  return exists ? &profiles[number] : nullptr;
+  return exists ? &profiles[static_cast<size_t>(number)] : nullptr;
 }
 
 }  // namespace sim
