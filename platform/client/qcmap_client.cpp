@@ -1,4 +1,4 @@
-/// The client class: each request is one message.
+/// The client class. Each request is one message to the server.
 #include "qcmap_client.h"
 
 #include <algorithm>
@@ -27,7 +27,7 @@ bool Order(void* session, const typename Message::Request& request, qmi_error_ty
   return Call<Message>(session, request, nothing, error);
 }
 
-/// Callers pass the address of a bool: whatever the server says, it gets 0 or 1.
+/// Callers may pass the address of a bool, so any other value than 0 from the server becomes 1.
 template <typename Message>
 bool ReadFlag(void* session, unsigned char* enabled, qmi_error_type_v01* error) {
   uint8_t flag;
@@ -38,8 +38,8 @@ bool ReadFlag(void* session, unsigned char* enabled, qmi_error_type_v01* error) 
 
 }  // namespace
 
-// When there is no server, or no thread to receive its indications, the client exists all the same
-// and every request fails.
+// Without a server, or without a thread to receive its indications, the client is still constructed
+// but every request fails.
 QCMAP_Client::QCMAP_Client(sim::Session::Callback callback) : mobile_ap_handle(0), state_(nullptr) {
   auto session = std::make_unique<sim::Session>();
   if (session->HandleOrZero() == 0) return;
@@ -55,7 +55,7 @@ QCMAP_Client::~QCMAP_Client() {
   delete static_cast<sim::Session*>(state_);
 }
 
-// Most requests carry one value or none, and bring one back or none.
+// Most requests send at most one value and return at most one.
 #define ORDER(name)                                    \
   bool QCMAP_Client::name(qmi_error_type_v01* error) { \
     return Order<message::name>(state_, {}, error);    \

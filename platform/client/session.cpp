@@ -1,4 +1,4 @@
-/// Round trips with the server, and the thread that receives its indications.
+/// Exchanges requests and replies with the server and receives its indications.
 #include "client/session.h"
 
 #include <poll.h>
@@ -45,8 +45,8 @@ timeval ToTimeval(std::chrono::microseconds time) {
           static_cast<suseconds_t>(time.count() % 1000000)};
 }
 
-/// False when the deadline passes first. A broken connection counts as ready: the next call on the
-/// socket tells.
+/// Returns false when the deadline passes first. A broken connection counts as ready, since the
+/// next call on the socket reports it.
 bool WaitUntilReady(int fd, short events, Deadline deadline) {
   pollfd waited{fd, events, 0};
   for (;;) {
@@ -64,7 +64,7 @@ int Connect(Deadline deadline) {
   const int fd = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
   if (fd < 0) return -1;
   int result;
-  do {  // a server that hangs leaves its backlog full, where connect blocks for the send timeout
+  do {  // connect blocks while the backlog of a hanging server is full, up to the send time limit
     const auto left = std::chrono::duration_cast<std::chrono::microseconds>(TimeLeft(deadline));
     const timeval timeout = ToTimeval(left);
     const bool limited = left.count() > 0 &&
@@ -77,7 +77,8 @@ int Connect(Deadline deadline) {
   return -1;
 }
 
-/// Keeps a new thread from receiving the signals of the program that it serves.
+/// Blocks all signals while a thread is started, so that the new thread never receives a signal
+/// meant for the program.
 class AllSignalsBlocked {
  public:
   AllSignalsBlocked() {
@@ -125,7 +126,7 @@ uint32_t Session::Open(const Socket& socket, uint32_t handle) {
 
 qmi_error_type_v01 Session::Exchange(const Socket& socket, uint32_t id, const void* request,
                                      size_t length, Unpacker unpack, void* reply) {
-  // Opening takes part of the time limit of whoever constructs the client.
+  // Both connections open within one time limit, which began with the constructor.
   const Deadline deadline = handle_ == 0 ? opening_deadline_ : steady_clock::now() + limit_;
   std::unique_lock<std::mutex> lock(mutex_);
   if (!idle_.wait_until(lock, deadline, [this] { return !busy_; }) || lost_)
@@ -179,7 +180,7 @@ std::optional<Datagram> Session::Receive(int fd, const Header& request, Deadline
     if (size > sizeof reply_) return std::nullopt;
     const auto reply = ParseDatagram(reply_, size);
     if (!reply) return std::nullopt;
-    // Another number is a late reply, to a request whose caller has given up.
+    // A late reply to a request whose caller has given up has another transaction number.
     if (reply->header.transaction != request.transaction) continue;
     if (reply->header.id != request.id || !reply->IsWhole()) return std::nullopt;
     return reply;

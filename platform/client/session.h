@@ -1,4 +1,4 @@
-/// A session with the server: its two connections and its indication thread.
+/// A client's session with the server: two connections and an indication thread.
 #pragma once
 
 #include <unistd.h>
@@ -30,24 +30,25 @@ class Socket {
   const int fd_;
 };
 
-/// Requests are answered on the caller's thread, one at a time, each within the time limit of its
-/// call. A session that has lost its server does not look for another one, which would not know
-/// the profile that the caller believes selected: its requests fail at once from then on.
+/// Requests run on the caller's thread, one at a time. Each ends within its time limit, which
+/// includes the wait for other threads' requests. A session whose server has gone does not connect
+/// to a new one, because that server would not know which profile the caller has selected. All its
+/// requests then fail at once.
 class Session {
  public:
   using Callback = void (*)(qmi_client_struct*, unsigned int, void*, unsigned int, void*);
 
   /// Opens both connections. When that fails, HandleOrZero() is 0 and every request fails.
   Session();
-  /// Waits for the callback that is running. Not to be called from the callback.
+  /// Waits for a running callback. Must not be called from the callback.
   ~Session();
 
   uint32_t HandleOrZero() const { return handle_; }
-  /// Starts the indication thread. Throws std::system_error when there can be none.
+  /// Starts the indication thread. Throws std::system_error when no thread can be started.
   void Deliver(Callback callback);
 
-  /// Sends a request and waits for its reply. Returns QMI_ERR_NONE_V01 when it was granted and
-  /// `reply` is written; after any other result `reply` is unspecified.
+  /// Sends a request and waits for its reply. Returns QMI_ERR_NONE_V01 when the request was
+  /// granted; after any other result the content of `reply` is unspecified.
   template <typename Message>
   qmi_error_type_v01 Call(const typename Message::Request& request,
                           typename Message::Reply& reply) {
@@ -77,8 +78,12 @@ class Session {
   const Socket requests_;
   const Socket indications_;
 
-  /// Guards `busy_`. What follows belongs to the one request that has set it, for its whole round
-  /// trip.
+  /// Guards `busy_`. The members below belong to the request that has set `busy_`, until its reply
+  /// is in or its time is up.
+  ///
+  /// The mutex itself is not held during a round trip: a second caller could then not give up when
+  /// its own time limit passes. A std::timed_mutex could be held that long, but the ThreadSanitizer
+  /// of GCC 12 does not see its timed lock and reports races that do not exist.
   std::mutex mutex_;
   std::condition_variable idle_;
   bool busy_ = false;

@@ -1,5 +1,6 @@
 /// The seam to the modem's Mobile AP server: the client class and its message records.
-/// Every size and offset is part of the binary interface; unnamed bytes are `reserved`.
+/// Every size and offset is part of the binary interface. Bytes without a meaning here are called
+/// `reserved`.
 #pragma once
 
 #include <cstddef>
@@ -52,7 +53,7 @@ enum qcmap_msgr_mobile_ap_status_enum_v01 : int32_t {
   QCMAP_MSGR_MOBILE_AP_STATUS_DISCONNECTED_V01 = 2,
 };
 
-/// Which of a policy's profile numbers an update replaces; 3 makes the policy the profile's own.
+/// Which of the profile's numbers an update replaces. With POLICY the whole policy is replaced.
 enum qcmap_msgr_update_profile_enum_v01 : int32_t {
   QCMAP_MSGR_UPDATE_PROFILE_NONE_V01 = -2147483647,
   QCMAP_MSGR_UPDATE_PROFILE_V4_V01 = 2,
@@ -100,7 +101,7 @@ static_assert(sizeof(qcmap_msgr_wwan_policy_list_resp_msg_v01) == 1208, "");
 static_assert(offsetof(qcmap_msgr_wwan_policy_list_resp_msg_v01, policy_list_len) == 4, "");
 static_assert(offsetof(qcmap_msgr_wwan_policy_list_resp_msg_v01, policy_list) == 8, "");
 
-/// The stand-in counts received and sent bytes in the 64-bit counters, packets in the 32-bit ones.
+/// The simulated platform counts received bytes, then sent ones, and likewise packets.
 struct qcmap_msgr_wwan_statistics_type_v01 {
   uint64_t bytes[2];
   uint32_t packets[2];
@@ -171,7 +172,7 @@ constexpr uint32_t QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01 = 0x25;
 constexpr uint32_t QMI_QCMAP_MSGR_MOBILE_AP_STATUS_IND_V01 = 0x29;
 constexpr uint32_t QMI_QCMAP_MSGR_STATION_MODE_STATUS_IND_V01 = 0x5E;
 
-/// Tear-down indication; also how the bring-up and the WWAN status indication begin.
+/// Tear-down indication. The bring-up and the WWAN status indication begin with the same members.
 struct qcmap_msgr_tear_down_wwan_ind_msg_v01 {
   uint32_t mobile_ap_handle;
   int32_t conn_status;
@@ -200,13 +201,13 @@ struct qcmap_msgr_status_ind_msg_v01 {
 static_assert(sizeof(qcmap_msgr_status_ind_msg_v01) == 8, "");
 static_assert(offsetof(qcmap_msgr_status_ind_msg_v01, status) == 4, "");
 
-/// A session with the server. Each request returns true when it was granted; otherwise it leaves
-/// the reason in `*error`, which a granted request may leave alone. Requests that name no profile
-/// act on the session's current one. The meaning of the parameters called `flag` is the device's
-/// own; the stand-in uses none.
+/// A session with the server. Each request returns true when it was granted; otherwise it writes
+/// the reason to `*error`. A granted request may leave `*error` as it is. Requests that name no
+/// profile act on the session's current one. The parameters called `flag` have a meaning on the
+/// device only; the simulated platform does not use them.
 class __attribute__((visibility("default"))) QCMAP_Client {
  public:
-  /// `callback` receives every indication, on a thread of the client's own.
+  /// `callback` receives every indication, on a thread that belongs to the client.
   explicit QCMAP_Client(void (*callback)(qmi_client_struct*, unsigned int, void*, unsigned int,
                                          void*));
   virtual ~QCMAP_Client();
@@ -272,7 +273,8 @@ class __attribute__((visibility("default"))) QCMAP_Client {
                               qmi_error_type_v01* error);
   bool GetIPPassthroughState(unsigned char* state, qmi_error_type_v01* error);
 
-  /// Identifies this session in indications. Set before the first indication, constant afterwards.
+  /// Identifies this session in indications. It is set before the first indication and never
+  /// changes.
   uint32_t mobile_ap_handle;
 
  private:

@@ -34,9 +34,9 @@ struct Passthrough {
 using PolicyList = qcmap_msgr_wwan_policy_list_resp_msg_v01;
 using VlanList = qcmap_msgr_vlan_conf_t;
 
-// A session's first message on either of its connections is OpenSession. On the first it carries 0
-// and learns the session's Mobile AP handle; on the second, which gets the indications, it carries
-// that handle.
+// A session has two connections, and the first message on each is OpenSession. On the first
+// connection it sends 0, and the reply is the session's Mobile AP handle. On the second connection,
+// which receives the indications, it sends that handle.
 // clang-format off
 #define SIM_MODEM_MESSAGES(MESSAGE) \
   MESSAGE(EnableMobileAP, Nothing, Nothing) \
@@ -106,7 +106,8 @@ SIM_MESSAGES(SIM_TYPE)
 
 constexpr size_t kMaxDatagramBytes = sizeof(Header) + sizeof(VlanList);
 
-/// The bytes that a record takes. A list's count is first clamped to what the list can hold.
+/// Returns the bytes that a record takes in a datagram. The count of a list is clamped to the
+/// list's capacity first.
 template <typename Record>
 size_t WireSize(Record&) {
   return std::is_empty_v<Record> ? 0 : sizeof(Record);

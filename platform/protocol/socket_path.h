@@ -1,4 +1,4 @@
-/// Where client and server meet, and whom they trust there.
+/// The socket through which client and server connect, and which peers they trust.
 #pragma once
 
 #include <sys/socket.h>
@@ -11,7 +11,7 @@
 
 namespace sim {
 
-/// The server's socket when nothing else is said.
+/// The server's socket, unless --socket names another one.
 inline std::string DefaultSocketPath() {
   const char* const path = std::getenv("QCMAP_SOCKET");
   if (path != nullptr && *path != '\0') return path;
@@ -20,7 +20,7 @@ inline std::string DefaultSocketPath() {
   return "/tmp/qcmap-" + std::to_string(::geteuid()) + "/server";
 }
 
-/// False when `path` is empty or does not fit.
+/// Returns false when `path` is empty or too long for a socket address.
 inline bool ToAddress(const std::string& path, sockaddr_un& address) {
   address = {};
   address.sun_family = AF_UNIX;

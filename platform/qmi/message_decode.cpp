@@ -1,4 +1,4 @@
-/// Decodes the elements of an indication into its record.
+/// Decodes an indication's elements into its record.
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -11,14 +11,15 @@ namespace {
 
 enum DecodeResult : int { kDecoded = 0, kUnknownMessage = 1, kWrongRecordSize = 2, kMalformed = 3 };
 
-// All records begin with the Mobile AP handle and the status; those of data calls name a profile.
+// All records begin with the Mobile AP handle and the status. Those of data calls also name a
+// profile.
 using CallRecord = qcmap_msgr_tear_down_wwan_ind_msg_v01;
 constexpr size_t kHandle = 0, kStatus = 4, kProfile = offsetof(CallRecord, profile_handle);
 static_assert(offsetof(CallRecord, mobile_ap_handle) == kHandle, "");
 static_assert(offsetof(CallRecord, conn_status) == kStatus, "");
 static_assert(offsetof(qcmap_msgr_status_ind_msg_v01, status) == kStatus, "");
 
-/// 0 for an unknown message.
+/// Returns 0 for an unknown message.
 size_t RecordSize(unsigned int message_id) {
   switch (message_id) {
     case QMI_QCMAP_MSGR_BRING_UP_WWAN_IND_V01:
@@ -42,6 +43,8 @@ extern "C" int qmi_client_message_decode(qmi_client_type /*client*/, int message
                                          unsigned int record_size) {
   const size_t size = RecordSize(message_id);
   if (message_type != QMI_IDL_INDICATION || size == 0) return kUnknownMessage;
+  // A larger record is refused as well: its size does not belong to this message, so the caller has
+  // confused two messages and would read members that nobody wrote.
   if (record == nullptr || record_size != size) return kWrongRecordSize;
   if (bytes == nullptr && length != 0) return kMalformed;
 

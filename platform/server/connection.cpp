@@ -1,4 +1,4 @@
-/// Receives a client's datagrams one by one, and sends what it is to get.
+/// Receives a client's requests one by one and sends replies and indications.
 #include "server/connection.h"
 
 #include <sys/socket.h>
@@ -6,9 +6,9 @@
 namespace sim {
 namespace {
 
-/// For the first datagram, and for a reply to be taken.
+/// How long a client may take to send its first datagram, and to read a reply.
 constexpr std::chrono::seconds kTimeLimit{5};
-/// A minute and more of a busy modem's indications.
+/// More than a busy modem indicates in a minute.
 constexpr size_t kMaxUnsent = 8192;
 
 }  // namespace
@@ -29,7 +29,7 @@ Connection::~Connection() {
 }
 
 void Connection::Start() {
-  SetTimeLimit("a client said nothing");
+  SetTimeLimit("a client sent nothing");
   Receive();
 }
 
@@ -65,12 +65,13 @@ void Connection::Receive() {
 void Connection::OnDatagram(size_t size) {
   const auto datagram = ParseDatagram(received_.data(), size);
   if (!datagram || (received_flags_ & MSG_TRUNC) != 0)
-    return CloseBecause("a datagram of no known size");
+    return CloseBecause("a datagram has an invalid size");
   if (client_ == nullptr) {
     if (!Open(*datagram)) CloseBecause("a client did not open its session");
     return;
   }
-  if (gets_indications_) return CloseBecause("a request came where indications go");
+  if (gets_indications_)
+    return CloseBecause("a client sent a request on its connection for indications");
   std::string reply = hub_.requests_->Answer(*client_, *datagram);
   if (hub_.latency_.count() == 0) return Send(std::move(reply));
   timer_.expires_after(hub_.latency_);
@@ -85,7 +86,7 @@ bool Connection::Open(const Datagram& datagram) {
   std::shared_ptr<ClientState> joined;
   for (const Connection* other : hub_.connections_) {
     if (handle == 0 || !other->client_ || other->client_->handle != handle) continue;
-    if (joined != nullptr) return false;  // it has both its connections already
+    if (joined != nullptr) return false;  // this client already has both its connections
     joined = other->client_;
   }
   if (handle != 0 && joined == nullptr) return false;
@@ -106,7 +107,7 @@ void Connection::Send(std::string datagram) {
   if (unsent_.size() == 1) Flush();
 }
 
-// A client's next request waits until it has been sent the reply to its last.
+// The next request is received only when the reply to the last one has been sent.
 void Connection::Flush() {
   asio::error_code error;
   while (!unsent_.empty() && !error) {

@@ -11,35 +11,36 @@
 
 namespace sim {
 
-/// One connection of a client: it either brings requests or gets indications.
+/// Carries either a client's requests and their replies, or its indications.
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
   Connection(Hub& hub, Hub::Protocol::socket socket);
-  /// Ends the session, if there is one.
+  /// Also ends the client's other connection.
   ~Connection();
 
   void Start();
-  /// Queues a datagram. A client that leaves too many unread is cut.
+  /// Queues a datagram. Closes the connection of a client that leaves too many datagrams unread.
   void Send(std::string datagram);
   void Close();
-  /// The session whose indications go here; 0 when none do.
+  /// Handle of the client whose indications go here; 0 when this connection carries requests.
   uint32_t IndicatedHandle() const { return gets_indications_ ? client_->handle : 0; }
 
  private:
   void Receive();
   void OnDatagram(size_t size);
-  /// Answers the first datagram, which says whose connection this is. False when it does not.
+  /// Answers the first datagram, which must open a session or join one. Returns false when it does
+  /// neither.
   bool Open(const Datagram& datagram);
-  /// Sends what the socket takes, and goes on when it takes more.
+  /// Sends as much as the socket takes, and continues when it takes more.
   void Flush();
   void CloseBecause(const char* reason);
-  /// Has the connection closed unless the timer is set anew or cancelled in time.
+  /// Closes the connection after the time limit, unless the timer is reset or cancelled first.
   void SetTimeLimit(const char* reason);
 
   Hub& hub_;
   Hub::Protocol::socket socket_;
   asio::steady_timer timer_;
-  /// Shared by the session's two connections; null until opened.
+  /// Shared by the client's two connections; null until the session is opened.
   std::shared_ptr<ClientState> client_;
   bool gets_indications_ = false;
   bool receiving_ = false;

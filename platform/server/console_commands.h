@@ -1,4 +1,4 @@
-/// The commands by which a person or a script plays the network.
+/// The commands by which a person or a script controls the simulated network.
 #pragma once
 
 #include <optional>

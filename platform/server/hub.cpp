@@ -1,4 +1,4 @@
-/// Accepting clients, and indications to them.
+/// Accepts clients and sends indications to them.
 #include "server/hub.h"
 
 #include <fcntl.h>
@@ -37,7 +37,7 @@ void Hub::Close() {
 void Hub::AcceptNext() {
   acceptor_.async_accept([this](const asio::error_code& error, Protocol::socket socket) {
     if (error == asio::error::operation_aborted) return;
-    if (error) {  // most likely out of descriptors; asking again at once would not help
+    if (error) {  // most likely out of descriptors, so trying again at once would not help
       Complain("cannot accept: " + error.message());
       pause_.expires_after(kAcceptPause);
       pause_.async_wait([this](const asio::error_code& stopped) {
@@ -57,10 +57,10 @@ void Hub::AcceptNext() {
   });
 }
 
-void Hub::Indicate(uint32_t session, const Indication& indication) {
+void Hub::Indicate(uint32_t receiver, const Indication& indication) {
   for (Connection* connection : connections_) {
     const uint32_t handle = connection->IndicatedHandle();
-    if (handle == 0 || (session != 0 && session != handle)) continue;
+    if (handle == 0 || (receiver != 0 && receiver != handle)) continue;
     connection->Send(MakeIndication(indication, handle));
   }
 }

@@ -1,4 +1,4 @@
-/// The server's connections: who is there, what they ask, and what is sent to them.
+/// Accepts clients and keeps track of all connections.
 #pragma once
 
 #include <asio/basic_socket_acceptor.hpp>
@@ -13,27 +13,28 @@ namespace sim {
 
 class Connection;
 
-/// Accepts clients, and knows every connection. A session has two, and ends with either of them.
-/// Connections own themselves: each lives for as long as it waits for something.
+/// Accepts clients and knows every connection. A client has two connections, and losing one of them
+/// ends both. A connection is kept alive by its own pending handlers.
 class Hub {
  public:
   using Protocol = asio::generic::seq_packet_protocol;
 
   Hub(asio::io_context& io, Milliseconds latency);
 
-  /// Has the clients of a listening socket, which it closes in the end, answered by `requests`.
+  /// Accepts clients on `listening_fd`, which it takes over, and has `requests` answer them.
   void Accept(int listening_fd, Requests& requests);
-  /// Closes all connections, which lets them go while everything that they need is still there.
+  /// Closes all connections and runs their last handlers, so that no connection outlives the hub.
   void Close();
-  /// Sends an indication to a session, or to all when `session` is 0.
-  void Indicate(uint32_t session, const Indication& indication);
-  /// Sends `elements`, whatever they are, to all.
+  /// Sends an indication to the client with handle `receiver`, or to all clients when it is 0.
+  void Indicate(uint32_t receiver, const Indication& indication);
+  /// Sends `elements` to all clients without checking them.
   void IndicateRaw(uint32_t id, const std::string& elements);
 
  private:
   friend class Connection;
   void AcceptNext();
-  /// Tells of a bad client on stderr: a line a second, which counts those left out.
+  /// Reports a bad client on stderr. It prints at most one line a second, with the number of
+  /// complaints that were left out.
   void Complain(const std::string& complaint);
   uint32_t NewHandle() { return next_handle_++; }
 

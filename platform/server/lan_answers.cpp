@@ -1,4 +1,4 @@
-/// Answers to the requests about the LAN side: LAN and DHCP, VLANs, their mapping, IP passthrough.
+/// Answers to the requests about the LAN side: LAN, VLANs, PDN-to-VLAN mappings, IP passthrough.
 #include <algorithm>
 
 #include "numbers/ipv4_subnet.h"
@@ -11,7 +11,7 @@ using LanConfig = qcmap_msgr_lan_config_v01;
 using Mapping = qcmap_msgr_pdn_to_vlan_mapping_v01;
 using Vlan = qcmap_msgr_vlan_config_v01;
 
-/// The lease time may be anything, and without DHCP so may the range.
+/// Any lease time is valid. Without DHCP any range is valid too.
 bool IsValid(const LanConfig& lan) {
   const auto subnet = Ipv4Subnet::Of(lan.gw_ip, lan.netmask);
   if (!subnet || lan.enable_dhcp > 1) return false;
@@ -67,7 +67,7 @@ class LanAnswers {
     return kGranted;
   }
 
-  // A VLAN is bound to one profile at a time.
+  // A VLAN is mapped to one profile at a time.
   Error AddPDNToVLANMapping(const Mapping& mapping, Nothing&) {
     const auto has_id = [&](const Vlan& vlan) { return vlan.vlan_id == mapping.vlan_id; };
     if (modem_.Find(mapping.profile_handle) == nullptr) return QMI_ERR_INVALID_HANDLE_V01;

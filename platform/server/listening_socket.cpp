@@ -25,11 +25,12 @@ constexpr int kBacklog = 128;
 
 }  // namespace
 
-// Once the private constructor is done, the destructor cleans up whatever the rest has made.
+// Once the delegated constructor has returned, the destructor runs even when the rest of this one
+// throws, and removes whatever was created.
 ListeningSocket::ListeningSocket(const std::string& path) : ListeningSocket() {
   sockaddr_un address;
   if (!ToAddress(path, address))
-    Refuse(path, "a socket's path has 1 to " + std::to_string(sizeof address.sun_path - 1) +
+    Refuse(path, "the path of a socket has 1 to " + std::to_string(sizeof address.sun_path - 1) +
                      " characters");
   const size_t slash = path.rfind('/');
   directory_ = slash == std::string::npos ? "." : path.substr(0, slash + 1);
@@ -52,9 +53,9 @@ ListeningSocket::~ListeningSocket() {
   if (made_directory_) ::rmdir(directory_.c_str());
 }
 
-// From here on everything is done through the descriptor, whatever becomes of the path.
+// Everything afterwards goes through the descriptor, so it does not matter if the path changes.
 void ListeningSocket::OpenDirectory() {
-  // With a slash at its end, a symbolic link would be followed.
+  // O_NOFOLLOW would follow a symbolic link whose name ends in a slash.
   while (directory_.size() > 1 && directory_.back() == '/') directory_.pop_back();
   made_directory_ = ::mkdir(directory_.c_str(), 0700) == 0;
   directory_fd_ = ::open(directory_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
@@ -65,7 +66,8 @@ void ListeningSocket::OpenDirectory() {
   if ((status.st_mode & 022) != 0) Refuse(directory_, "others can write to the directory");
 }
 
-// A lock file that was removed between opening and locking it guards nothing any more.
+// If the lock file was removed between opening and locking it, the lock is worthless and another
+// file must be opened.
 void ListeningSocket::Lock() {
   for (;;) {
     const int fd = ::openat(directory_fd_, lock_name_.c_str(),

@@ -1,4 +1,4 @@
-/// The socket on which the server waits for clients, and what guards it.
+/// The socket on which the server accepts clients.
 #pragma once
 
 #include <sys/un.h>
@@ -7,18 +7,18 @@
 
 namespace sim {
 
-/// Creates the socket in a directory that only this user can write, under a lock that keeps a
-/// second server away; a socket that a dead server left is replaced. What it has made, the
-/// directory included, is removed again.
+/// Creates the socket in a directory that only this user can write to. A lock file keeps a second
+/// server away. A socket left by a killed server is replaced. The destructor removes whatever was
+/// created, including the directory.
 class ListeningSocket {
  public:
-  /// Throws std::runtime_error that says why there can be no socket at `path`.
+  /// Throws std::runtime_error with the reason when no socket can be created at `path`.
   explicit ListeningSocket(const std::string& path);
   ~ListeningSocket();
   ListeningSocket(const ListeningSocket&) = delete;
   ListeningSocket& operator=(const ListeningSocket&) = delete;
 
-  /// Whoever takes the descriptor closes it.
+  /// The descriptor is not closed here. The user of the socket takes it over.
   int fd() const { return fd_; }
 
  private:

@@ -1,4 +1,4 @@
-/// A simulated modem's Mobile AP server, for developing without a modem.
+/// The simulated Mobile AP server, for development without a modem.
 #include <signal.h>
 
 #include <CLI/CLI.hpp>
@@ -28,7 +28,8 @@ struct Options {
 
 void Declare(CLI::App& app, Options& options) {
   const CLI::Range any_time(int64_t{0}, kMaxMs);
-  app.add_option("--socket", options.socket, "Where clients connect")->capture_default_str();
+  app.add_option("--socket", options.socket, "Path of the socket that clients connect to")
+      ->capture_default_str();
   app.add_option("--profiles", options.profiles, "Number of profiles at the start")
       ->check(CLI::Range(0, int{QCMAP_MSGR_MAX_WWAN_POLICY_V01}))
       ->capture_default_str();
@@ -47,10 +48,12 @@ void Declare(CLI::App& app, Options& options) {
       ->check(any_time)
       ->capture_default_str();
   app.add_option("--fail", options.failures,
-                 "A request to refuse: REQUEST[:ERROR[:COUNT]], as ConnectBackHaul:13:1; with "
-                 "error 3 and every time unless given; may be repeated")
+                 "Refuse a request: REQUEST[:ERROR[:COUNT]], for example ConnectBackHaul:13:1. "
+                 "ERROR is 3 by default. Without COUNT the request is always refused. May be "
+                 "repeated")
       ->allow_extra_args(false);
-  app.add_flag("--console", options.console, "Read commands from standard input; try help");
+  app.add_flag("--console", options.console,
+               "Read commands from standard input; the command help lists them");
 }
 
 sim::Modem::Settings Settings(const Options& options) {
@@ -77,7 +80,7 @@ void Serve(const Options& options, asio::io_context& io, sim::Requests& requests
     try {
       io.run();
     } catch (const std::bad_alloc&) {
-      // Whatever was being done is dropped, with the connection that it was done for.
+      // The operation is abandoned, and the connection that asked for it is closed.
       std::fputs("QCMAP_ConnectionManager: out of memory, connection closed\n", stderr);
     }
   }
@@ -98,8 +101,8 @@ int Run(int argc, char** argv) {
   asio::io_context io(1);
   sim::Hub hub(io, sim::Milliseconds(options.latency_ms));
   sim::Model model{sim::Modem(io, Settings(options),
-                              [&hub](uint32_t session, const sim::Indication& indication) {
-                                hub.Indicate(session, indication);
+                              [&hub](uint32_t receiver, const sim::Indication& indication) {
+                                hub.Indicate(receiver, indication);
                               }),
                    {}};
   sim::Requests requests(model);
@@ -116,7 +119,7 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  ::signal(SIGPIPE, SIG_IGN);  // a reader of standard output that has gone must not end the server
+  ::signal(SIGPIPE, SIG_IGN);  // the server must survive when the reader of its output exits
   try {
     return Run(argc, argv);
   } catch (const std::exception& error) {

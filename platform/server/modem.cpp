@@ -1,4 +1,4 @@
-/// The modem's profiles and the life of their calls.
+/// Keeps the modem's profiles and takes their calls through connecting and disconnecting.
 #include "server/modem.h"
 
 #include <algorithm>
@@ -105,7 +105,7 @@ Error Modem::Connect(Profile& profile, FamilyIndex family, uint32_t asker) {
 Error Modem::Disconnect(Profile& profile, FamilyIndex family, uint32_t asker) {
   if (profile.families[family].phase == kDisconnecting) return QMI_ERR_NO_EFFECT_V01;
   if (profile.families[family].IsDown()) return QMI_ERR_INCOMPATIBLE_STATE_V01;
-  // Whoever asked for a call that never came up is told so.
+  // The client that asked for the connection learns that it failed.
   if (profile.families[family].phase == kConnecting)
     Report(profile, family, kBringUp, kConnectingFailed);
   profile.families[family].asker = asker;
@@ -146,7 +146,7 @@ void Modem::Enter(Profile& profile, FamilyIndex family, qcmap_msgr_wwan_status_e
   indicate_(0, {QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01, profile.Status(family), profile.handle});
 }
 
-// The handler looks the profile up again, which may have moved in the list.
+// The handler looks the profile up again, because it may have moved in the list by then.
 void Modem::EnterAndFinish(Profile& profile, FamilyIndex family, uint32_t indication,
                            qcmap_msgr_wwan_status_enum_v01 phase,
                            qcmap_msgr_wwan_status_enum_v01 outcome) {

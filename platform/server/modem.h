@@ -20,20 +20,23 @@ using Milliseconds = std::chrono::milliseconds;
 enum FamilyIndex : size_t { kIpv4 = 0, kIpv6 = 1 };
 constexpr FamilyIndex kFamilies[] = {kIpv4, kIpv6};
 
-/// One family of a profile's call. Its phase is the status code of IPv4; IPv6 codes are 6 higher.
+/// One family of a profile's call.
 struct Family {
   bool enabled = true;
+  /// The status code for IPv4, whatever the family. Profile::Status() gives the family's own code.
   qcmap_msgr_wwan_status_enum_v01 phase = QCMAP_MSGR_WWAN_STATUS_DISCONNECTED_V01;
-  /// The session that hears the outcome of its request; 0 when nobody asked.
+  /// Handle of the client whose request is under way and which is told its outcome; 0 for
+  /// autoconnect.
   uint32_t asker = 0;
-  /// Ends a phase that takes time.
+  /// Runs while the family is connecting or disconnecting.
   asio::steady_timer timer;
-  /// Bytes received and sent until `counted`; traffic adds to them while the call is up.
+  /// Bytes received and sent until the time `counted`. While the call is up, traffic since then
+  /// comes on top.
   std::array<uint64_t, 2> bytes{};
   asio::steady_timer::time_point counted;
 
   bool IsUp() const { return phase == QCMAP_MSGR_WWAN_STATUS_CONNECTED_V01; }
-  /// Neither up nor on the way up or down.
+  /// Whether the family is neither connected, connecting nor disconnecting.
   bool IsDown() const;
 };
 
@@ -57,18 +60,18 @@ class Modem {
     size_t profiles = 3;
     Milliseconds call_time{200};
     bool network = true;
-    /// Bytes received in a second by each family that is up; a tenth of them is sent.
+    /// Bytes that each connected family receives in a second. It sends a tenth as many.
     uint64_t traffic = 10000;
   };
-  /// `indicate` sends an indication to a session, or to all when the session is 0.
-  using Indicate = std::function<void(uint32_t session, const Indication&)>;
+  /// Sends an indication to the client with handle `receiver`, or to all clients when it is 0.
+  using Indicate = std::function<void(uint32_t receiver, const Indication&)>;
 
   Modem(asio::io_context& io, const Settings& settings, Indicate indicate);
 
   std::vector<Profile>& profiles() { return profiles_; }
-  /// Null when there is none.
+  /// Returns null when no profile has this handle.
   Profile* Find(profile_handle_type_v01 handle);
-  /// Adds a profile with a handle that none had before.
+  /// Adds a profile with a handle that was never used before.
   void Add(const qcmap_msgr_net_policy_info_v01& policy);
 
   bool mobile_ap_enabled() const { return mobile_ap_enabled_; }

@@ -20,7 +20,7 @@ Error Give(Value& reply, const Value& value) {
   return kGranted;
 }
 
-/// Answers for the client's current profile. False as a condition when that does not exist.
+/// Answers for the client's current profile. The object converts to false when there is none.
 class ProfileAnswers {
  public:
   ProfileAnswers(Model& model, ClientState& client)
@@ -88,7 +88,7 @@ class ProfileAnswers {
   Error ResetWWANStatistics(const IpFamily& meant, Nothing&) {
     return ForEach(meant, [&](Family& family) { modem_.SetCounters(family, {}); });
   }
-  // The call's own address and two name servers, from the ranges set aside for documentation.
+  // The call's own address and two name servers, all from ranges reserved for documentation.
   Error GetNetworkConfiguration(const IpFamily& family, qcmap_nw_params_t& params) {
     const bool is_v6 = family == QCMAP_MSGR_IP_FAMILY_V6_V01;
     if (!is_v6 && family != QCMAP_MSGR_IP_FAMILY_V4_V01) return QMI_ERR_INVALID_ARG_V01;
@@ -104,7 +104,7 @@ class ProfileAnswers {
 
  private:
   Family& OfFamily(FamilyIndex family) { return profile_->families[family]; }
-  /// Changes something that a call may have been waiting for.
+  /// Changes a setting. The change may be what autoconnect needs to bring a family up.
   template <typename Member, typename Value>
   Error Set(Member& member, const Value& value) {
     member = value;

@@ -1,4 +1,4 @@
-/// Finds the answer to a request, or the failure that was asked for.
+/// Answers requests, or refuses them as an option or a console command has asked.
 #include "server/requests.h"
 
 #include "numbers/parse_number.h"

@@ -1,4 +1,4 @@
-/// What the server answers to each request.
+/// Answers the clients' requests.
 #pragma once
 
 #include <map>
@@ -45,8 +45,8 @@ class Requests {
   /// Returns the datagram of the reply.
   std::string Answer(ClientState& client, const Datagram& request);
 
-  /// Has a request fail from now on, as "REQUEST[:ERROR[:COUNT]]" says. Returns what is wrong with
-  /// the text; empty when nothing is.
+  /// Makes a request fail from now on. `text` is REQUEST[:ERROR[:COUNT]]. Returns what is wrong
+  /// with the text, or an empty string.
   std::string Fail(const std::string& text);
 
  private:

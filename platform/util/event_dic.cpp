@@ -1,4 +1,4 @@
-/// The event dictionary's one member that is called out of line.
+/// The only member of the event dictionary that is not inline.
 #include "mox/util/event_dic.h"
 
 #include <utility>

@@ -1,4 +1,4 @@
-/// Checks and derives the addresses of a LAN configuration.
+/// Checks the addresses of a LAN configuration and works out its DHCP range.
 #include "mox/util/network_manager.h"
 
 #include <arpa/inet.h>

@@ -15,7 +15,8 @@
 namespace mox::util {
 namespace {
 
-/// argv[0] of a process. Empty when it has none (a zombie, a kernel thread) or has just ended.
+/// Returns argv[0] of a process. It is empty for zombies, kernel threads and processes that have
+/// just ended.
 std::string ProgramPath(const std::string& pid) {
   char text[PATH_MAX];
   const int fd = ::open(("/proc/" + pid + "/cmdline").c_str(), O_RDONLY | O_CLOEXEC);
@@ -32,7 +33,8 @@ bool IsNumber(const std::string& text) {
 
 }  // namespace
 
-// The command line tells the whole name, where /proc/PID/comm keeps only 15 characters of it.
+// The name is taken from the command line, because /proc/PID/comm keeps only its first 15
+// characters.
 int ProcessControl::GetPidByProcessName(std::string name, int /*limit*/) {
   const std::unique_ptr<DIR, int (*)(DIR*)> processes(::opendir("/proc"), ::closedir);
   if (!processes || name.empty()) return -1;

@@ -1,4 +1,4 @@
-/// The seam to the device software's address utilities. All texts are dotted quads.
+/// The seam to the device software's address utilities. Addresses are dotted quads.
 #pragma once
 
 #include <string>
@@ -12,8 +12,8 @@ class __attribute__((visibility("default"))) NetworkManager {
   /// library; the stand-in does not use it.
   static bool IsValidAddress(std::string address, bool flag);
 
-  /// Works out the DHCP range of the gateway's subnet. False when the subnet has no room for one;
-  /// `start` and `end` then keep their values.
+  /// Works out a DHCP range in the gateway's subnet. Returns false when the subnet has no room for
+  /// a range; `start` and `end` then keep their values.
   static bool GetIpv4DhcpRange(std::string gateway, std::string netmask, std::string& start,
                                std::string& end);
 

@@ -8,7 +8,7 @@ namespace util {
 
 class __attribute__((visibility("default"))) ProcessControl {
  public:
-  /// Returns the id of the process called `name`, negative when there is none.
+  /// Returns the id of the process called `name`, or a negative number when there is none.
   /// `limit` belongs to the device's own library; the stand-in does not use it.
   static int GetPidByProcessName(std::string name, int limit);
 };
