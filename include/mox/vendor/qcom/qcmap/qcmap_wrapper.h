@@ -95,10 +95,9 @@ class MVQ_QCMAP_HIDDEN EventQueue {
 /// ChangeWwanProfile). Callers need to know two things:
 /// - Selecting and acting are two requests. Threads that use different profiles must take turns, or
 ///   one acts on the profile that the other has selected in between.
-/// - An index can come to mean another profile. When any client deletes a policy, the policies
-/// after
-///   it move up by one, but the selected profile stays selected. Operations on the index selected
-///   last still act on the profile that was there at the time, while GetProfileHandle and
+/// - An index can come to mean another profile. When any client deletes a policy, the ones after it
+///   move up by one, but the selected profile stays selected. Operations on the index selected last
+///   still act on the profile that was there at the time, while GetProfileHandle and
 ///   GetWwanPolicies already report the one that is there now. To select anew after a deletion,
 ///   select some other index first.
 ///
@@ -116,6 +115,12 @@ class MVQ_QCMAP_HIDDEN EventQueue {
 /// line. GetWwanPolicies and GetNetworkConfig run one at a time, connecting included: each waits
 /// for the other. They must not be called from a subscriber's callback. A callback already runs
 /// under the mutex of the subscribers, and no thread may hold both mutexes.
+///
+/// Waiting. A request that is not answered fails when the client's time limit has passed. Most
+/// operations make one request, or three if they have to select a profile; the first ones make two
+/// more to connect. The waiting times of GetWwanPolicies and GetNetworkConfig add up, because they
+/// run one at a time: if n threads call them while the server is stopped, the last one returns
+/// after n time limits.
 class MVQ_QCMAP_EXPORT QcmapWrapper {
  public:
   /// The one instance; null until the first GetInstance has returned.
