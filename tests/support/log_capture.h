@@ -4,10 +4,12 @@
 #include <string>
 #include <vector>
 
-/// A log line as TakeLog gives it: "PRIORITY SIGNATURE: TEXT". An '@' in `signature` stands for the
-/// wrapper class's qualified name.
+/// A log line as TakeLog returns it: "PRIORITY SIGNATURE: TEXT". `signature` is spelled as GCC
+/// spells it, with '@' for the wrapper class's qualified name. Clang spells types and scopes
+/// differently, so in its builds both functions reduce a signature to the operation's name.
 std::string Line(int priority, std::string signature, const std::string& text);
 
-/// What all threads have logged since the last call. Fails the test when a line does not begin as
-/// every line must, or when its number is not that of a SYSLOG( with its text as one literal.
+/// The lines that all threads have logged since the last call. Fails the test if a line lacks the
+/// common head or if, in GCC's builds, the number in the head is not that of a SYSLOG( whose text
+/// is one literal.
 std::vector<std::string> TakeLog();

@@ -246,8 +246,12 @@ bool QCMAP_Client::DeleteVLANConfig(qcmap_msgr_vlan_config_v01 config, qmi_error
 
 bool QCMAP_Client::GetPDNtoVLANMappings(qcmap_msgr_pdn_to_vlan_mapping_v01* mappings, int* count,
                                         qmi_error_type_v01* error) {
+  // Member by member: a compiler may leave the padding behind each VLAN as it was.
+  const bool cleared = std::all_of(
+      mappings, mappings + QCMAP_MSGR_MAX_MAPPINGS_V01,
+      [](const auto& mapping) { return mapping.profile_handle == 0 && mapping.vlan_id == 0; });
   const bool granted =
-      Ask(error, "GetPDNtoVLANMappings", Cleared(mappings, QCMAP_MSGR_MAX_MAPPINGS_V01), *count);
+      Ask(error, "GetPDNtoVLANMappings", cleared ? "cleared" : "not cleared", *count);
   std::copy(current->mappings.begin(), current->mappings.end(), mappings);
   return Fill(granted, count, current->mapping_count);
 }
