@@ -2,9 +2,12 @@
 #include "scripted_client.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 #include "allocation.h"
@@ -76,6 +79,12 @@ void NoteUtility(const Arguments&... arguments) {
 
 Script::Script(int server_pid) : pid(server_pid) {
   current = this;
+  std::signal(SIGALRM, [](int) {
+    constexpr char text[] = "The test did not end within 30 seconds.\n";
+    static_cast<void>(!write(STDERR_FILENO, text, sizeof text - 1));
+    std::_Exit(EXIT_FAILURE);
+  });
+  alarm(30);
   policy_list.policy_list_valid = 1;
   policy_list.policy_list_len = 3;
   for (uint32_t i = 0; i < QCMAP_MSGR_MAX_WWAN_POLICY_V01; ++i) {
@@ -86,6 +95,7 @@ Script::Script(int server_pid) : pid(server_pid) {
 }
 
 Script::~Script() {
+  alarm(0);
   EXPECT_EQ(live_clients, 0) << "clients left";
   current = nullptr;
 }

@@ -29,7 +29,8 @@ std::string Join(const Values&... values) {
 
 /// All that lies beyond the seam while it lives; one at a time. As built, the server runs, grants
 /// every request and has three profiles, with the handles 11, 22 and 33. A refused request leaves
-/// garbage in its record, but nothing in a flag that belongs to the library's caller.
+/// garbage in its record, but nothing in a flag that belongs to the library's caller. Ends the
+/// program with a message when it lives for 30 seconds, so that a fault cannot make a test hang.
 class Script {
  public:
   /// `server_pid`: what the probe finds.
