@@ -1,5 +1,7 @@
 /// Subscribers: their order, what happens from within a callback, and who waits for whom.
-#include <future>
+#include <unistd.h>
+
+#include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <thread>
@@ -67,12 +69,12 @@ TEST(Subscription, ExceptionLeavesTheCallbackWithTheLockFree) {
     });
   }
   EXPECT_THROW(Deliver(), std::runtime_error);
-  EXPECT_EQ(calls, 2) << "the third is not told";
+  EXPECT_EQ(calls, 2) << "the third is not called";
   Deliver();
   EXPECT_EQ(calls, 5);
 }
 
-// What a callback owns may itself unsubscribe when it goes.
+// What a callback owns may itself unsubscribe in its destructor.
 TEST(Subscription, DestroysCallbacksOutsideTheLock) {
   World world;
   int key = 0, gone = 0;
@@ -89,45 +91,37 @@ TEST(Subscription, DestroysCallbacksOutsideTheLock) {
   EXPECT_EQ(gone, 2);
 }
 
-TEST(ThreadsSubscription, UnsubscribeWaitsForADeliveryUnderWay) {
-  World world;
-  std::promise<void> parked, release;
-  bool finished = false;
-  Subscribe(world.wrapper, &finished, [&](EventDic&) {
-    parked.set_value();
-    release.get_future().wait();
-    finished = true;
-  });
-  std::thread delivery(Deliver);
-  parked.get_future().wait();
-  auto unsubscribed = std::async(std::launch::async, [&] {
-    Unsubscribe(world.wrapper, &finished);
-    return finished;
-  });
-  EXPECT_EQ(unsubscribed.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
-  release.set_value();
-  EXPECT_TRUE(unsubscribed.get());
-  delivery.join();
+/// Whether a thread of this process sleeps, as it does while it waits for a mutex.
+bool IsAsleep(pid_t thread) {
+  std::ifstream stat("/proc/self/task/" + std::to_string(thread) + "/stat");
+  std::string id, name, state;
+  stat >> id >> name >> state;
+  return state == "S";
 }
 
-TEST(ThreadsSubscription, NothingRunsAfterUnsubscribe) {
-  World world;
-  std::atomic<int> delivered{0};
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 3; ++i) {
-    threads.emplace_back([&] {
-      while (delivered < 500) {
-        const auto calls = std::make_unique<int>(0);
-        Subscribe(world.wrapper, calls.get(), [&delivered, counted = calls.get()](EventDic&) {
-          ++*counted;
-          ++delivered;
-        });
-        Unsubscribe(world.wrapper, calls.get());
-      }
+TEST(ThreadsSubscription, ChangesWaitForADeliveryUnderWay) {
+  using Change = void (*)(World&, void*);
+  const Change unsubscribe = [](World& world, void* key) { Unsubscribe(world.wrapper, key); };
+  const Change replace = [](World& world, void* key) { Subscribe(world.wrapper, key, nullptr); };
+  for (const Change change : {unsubscribe, replace}) {
+    World world;
+    bool delivered = false;
+    std::atomic<pid_t> id{0};
+    std::atomic<bool> changed{false};
+    std::thread other;
+    Subscribe(world.wrapper, &delivered, [&](EventDic&) {
+      other = std::thread([&] {
+        id = gettid();
+        change(world, &delivered);
+        EXPECT_TRUE(delivered) << (change == replace ? "Subscribe" : "Unsubscribe") << " is early";
+        changed = true;
+      });
+      while (!changed && (id == 0 || !IsAsleep(id))) std::this_thread::yield();
+      delivered = true;
     });
+    Deliver();
+    other.join();
   }
-  while (delivered < 500) Deliver();
-  for (auto& thread : threads) thread.join();
 }
 
 }  // namespace
