@@ -6,8 +6,7 @@
 namespace {
 
 std::string Text(const DataManager::NetworkConfig& config) {
-  return Join(static_cast<int>(config.ip_family), config.address_1, config.address_2,
-              config.address_3);
+  return Join(NameOf(config.ip_family), config.address_1, config.address_2, config.address_3);
 }
 
 TEST(Address, WritesAddressesAsText) {
@@ -16,32 +15,44 @@ TEST(Address, WritesAddressesAsText) {
   world.script.addresses.v4[0] = 0x0a000001;
   world.script.addresses.v4[2] = 0xffffffff;
   EXPECT_EQ(world.wrapper.GetNetworkConfig(0, IPFamily::IPV4, config), Result::SUCCESS);
-  EXPECT_EQ(Text(config), "1 10.0.0.1 0.0.0.0 255.255.255.255");
+  EXPECT_EQ(Text(config), "IPV4 10.0.0.1 0.0.0.0 255.255.255.255");
   world.script.addresses = {};
   inet_pton(AF_INET6, "2001:db8:1111:2222:3333:4444:5555:6666", world.script.addresses.v6[0]);
   inet_pton(AF_INET6, "::ffff:255.255.255.255", world.script.addresses.v6[2]);
   EXPECT_EQ(world.wrapper.GetNetworkConfig(0, IPFamily::IPV6, config), Result::SUCCESS);
-  EXPECT_EQ(Text(config), "2 2001:db8:1111:2222:3333:4444:5555:6666 :: ::ffff:255.255.255.255");
+  EXPECT_EQ(Text(config), "IPV6 2001:db8:1111:2222:3333:4444:5555:6666 :: ::ffff:255.255.255.255");
 }
 
 TEST(Address, FailureLeavesTheTextsAndNoFamily) {
-  // Family, error, result, lines logged.
-  const std::tuple<int, int, int, size_t> rows[] = {{1, 13, 21, 1}, {2, 13, 21, 1}, {2, 12, 1, 1},
-                                                    {1, 0, 1, 1},   {3, 13, 1, 0},  {0, 13, 1, 0}};
-  for (const auto& [family, error, result, lines] : rows) {
-    World world;
-    world.script.Refuse("GetNetworkConfiguration", error);
+  constexpr int kServer = 4711, kNoServer = -1;
+  struct Row {
+    int server;
+    IPFamily family;
+    qmi_error_type_v01 error;
+    Result result;
+    Lines requests;
+  };
+  const Lines selects = kSelectSecond;
+  const auto asks = [&](int family) {
+    return Lines{selects[0], selects[1], Join("GetNetworkConfiguration", family)};
+  };
+  const Row rows[] = {
+      {kServer, IPFamily::IPV4, QMI_ERR_NO_NETWORK_FOUND_V01, Result::NO_NETWORK, asks(4)},
+      {kServer, IPFamily::IPV6, QMI_ERR_NO_NETWORK_FOUND_V01, Result::NO_NETWORK, asks(6)},
+      {kServer, IPFamily::IPV6, QMI_ERR_CALL_FAILED_V01, Result::FAILURE, asks(6)},
+      {kServer, IPFamily::IPV4, QMI_ERR_NONE_V01, Result::FAILURE, asks(4)},
+      {kServer, IPFamily::IPV4V6, QMI_ERR_NO_NETWORK_FOUND_V01, Result::FAILURE, selects},
+      {kServer, IPFamily::NONE, QMI_ERR_NO_NETWORK_FOUND_V01, Result::FAILURE, selects},
+      {kNoServer, IPFamily::IPV6, QMI_ERR_NO_NETWORK_FOUND_V01, Result::FAILURE, {}}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(Join("family", NameOf(row.family), "error", NameOf(row.error)));
+    World world(row.server);
+    world.script.Refuse("GetNetworkConfiguration", row.error);
     DataManager::NetworkConfig config = {IPFamily::IPV6, "a", "b", "c"};
-    EXPECT_EQ(world.wrapper.GetNetworkConfig(1, IPFamily{family}, config), Result{result})
-        << "family " << family << " error " << error;
-    EXPECT_EQ(Text(config), "0 a b c");
-    EXPECT_EQ(world.Sent().size(), 2 + lines) << "selected in any case";
-    EXPECT_EQ(TakeLog().size(), lines);
+    EXPECT_EQ(world.wrapper.GetNetworkConfig(1, row.family, config), row.result);
+    EXPECT_EQ(Text(config), "NONE a b c");
+    EXPECT_EQ(world.Sent(), row.requests);
   }
-  World world(-1);
-  DataManager::NetworkConfig config = {IPFamily::IPV6, "a", "b", "c"};
-  EXPECT_EQ(world.wrapper.GetNetworkConfig(1, IPFamily::IPV6, config), Result::FAILURE);
-  EXPECT_EQ(Text(config), "0 a b c");
 }
 
 }  // namespace

@@ -4,17 +4,33 @@
 namespace {
 
 using ConnectStatus = DataManager::ConnectStatus;
+using Code = qcmap_msgr_wwan_status_enum_v01;
+
+constexpr Code kV4Connecting = QCMAP_MSGR_WWAN_STATUS_CONNECTING_V01;
+constexpr Code kV4Up = QCMAP_MSGR_WWAN_STATUS_CONNECTED_V01;
+constexpr Code kV4Down = QCMAP_MSGR_WWAN_STATUS_DISCONNECTED_V01;
+constexpr Code kV6Up = QCMAP_MSGR_WWAN_STATUS_IPV6_CONNECTED_V01;
+constexpr Code kV6Down = QCMAP_MSGR_WWAN_STATUS_IPV6_DISCONNECTED_V01;
+/// The server refuses to report the states.
+constexpr Code kUnreadable = {};
 
 TEST(Call, MapsEachCodeInEitherPlace) {
-  const int expected[] = {0, 0, 1, 0, 2, 3, 0, 4, 1, 0, 2, 3, 0, 4, 0, 0};  // from code -1 on
+  // The server numbers the states of IPv4 from 1 on in this order, then those of IPv6.
+  const ConnectStatus states[] = {ConnectStatus::CONNECTING, ConnectStatus::UNKNOWN,
+                                  ConnectStatus::CONNECTED,  ConnectStatus::DISCONNECTING,
+                                  ConnectStatus::UNKNOWN,    ConnectStatus::DISCONNECTED};
+  const auto expected = [&](int code) {
+    return code >= 1 && code <= 12 ? states[(code - 1) % 6] : ConnectStatus::UNKNOWN;
+  };
   World world;
   auto v4 = ConnectStatus::UNKNOWN, v6 = ConnectStatus::UNKNOWN;
   for (int code = -1; code <= 14; ++code) {
+    SCOPED_TRACE(Join(NameOf(Code{code}), NameOf(Code{13 - code})));
     world.script.wwan_status[0] = code;
     world.script.wwan_status[1] = 13 - code;
     ASSERT_TRUE(world.wrapper.GetWwanConnectStatus(0, v4, v6));
-    EXPECT_EQ(v4, ConnectStatus{expected[code + 1]}) << "code " << code;
-    EXPECT_EQ(v6, ConnectStatus{expected[14 - code]}) << "code " << 13 - code;
+    EXPECT_EQ(v4, expected(code));
+    EXPECT_EQ(v6, expected(13 - code));
   }
   v4 = v6 = ConnectStatus::CONNECTED;
   world.script.Refuse("GetWWANStatus");
@@ -22,54 +38,73 @@ TEST(Call, MapsEachCodeInEitherPlace) {
   EXPECT_TRUE(v4 == ConnectStatus::CONNECTED && v6 == ConnectStatus::CONNECTED) << "after failure";
 }
 
+enum class Request { NOT_SENT, GRANTED, GRANTED_WITH_ERROR, REFUSED };
+
 struct Row {
-  int v4_code, v6_code;  // 0: the status request is refused
-  int family;
-  bool granted;
-  int error, result;
-  bool asks;
-  std::string log;  // r: refused status, u: unsupported family, t: trace, e: error
+  IPFamily family;
+  Code v4;
+  Code v6;
+  Request request;
+  Result result = Result::SUCCESS;
+  qmi_error_type_v01 error = QMI_ERR_INCOMPATIBLE_STATE_V01;
 };
 
-void Check(const Row& row, const std::string& name,
-           Result (QcmapWrapper::*operation)(uint32_t, IPFamily)) {
-  SCOPED_TRACE(Join(name, "family", row.family, "codes", row.v4_code, row.v6_code));
-  World world;
-  world.script.wwan_status[0] = row.v4_code;
-  world.script.wwan_status[1] = row.v6_code;
-  if (row.v4_code == 0) world.script.Refuse("GetWWANStatus");
-  row.granted ? world.script.Grant(name, row.error) : world.script.Refuse(name, row.error);
-  EXPECT_EQ((world.wrapper.*operation)(1, IPFamily{row.family}), Result{row.result});
-  Lines requests = {kSelectSecond[0], kSelectSecond[1], "GetWWANStatus"};
-  if (row.asks) requests.push_back(Join(name, row.family));
-  EXPECT_EQ(world.Sent(), requests);
-  const std::string unsupported = ": unsupporetd IPFamily [" + std::to_string(row.family) + "]\n";
-  std::string kinds;
-  for (const std::string& line : TakeLog()) {
-    const auto tells = [&](const std::string& text) {
-      return line.find(text) != std::string::npos;
-    };
-    kinds += tells(unsupported) ? 'u' : line[0] == '7' ? 't' : tells("GetWWANStatus") ? 'r' : 'e';
+void Check(const std::string& name, Result (QcmapWrapper::*operation)(uint32_t, IPFamily),
+           const std::vector<Row>& rows) {
+  for (const Row& row : rows) {
+    SCOPED_TRACE(Join(name, NameOf(row.family), "in", NameOf(row.v4), NameOf(row.v6), "request",
+                      NameOf(row.request), NameOf(row.error)));
+    World world;
+    world.script.wwan_status[0] = row.v4;
+    world.script.wwan_status[1] = row.v6;
+    if (row.v4 == kUnreadable) world.script.Refuse("GetWWANStatus");
+    if (row.request == Request::GRANTED_WITH_ERROR) world.script.Grant(name, row.error);
+    if (row.request == Request::REFUSED) world.script.Refuse(name, row.error);
+    EXPECT_EQ((world.wrapper.*operation)(1, row.family), row.result);
+    Lines requests = {kSelectSecond[0], kSelectSecond[1], "GetWWANStatus"};
+    if (row.request != Request::NOT_SENT) {
+      requests.push_back(Join(name, static_cast<int>(row.family)));
+    }
+    EXPECT_EQ(world.Sent(), requests);
   }
-  EXPECT_EQ(kinds, row.log);
 }
 
 TEST(Call, ConnectsUnlessConnected) {
-  const Row rows[] = {{3, 12, 1, true, 0, 0, false, ""},  {3, 12, 2, true, 0, 0, true, "t"},
-                      {6, 9, 2, true, 0, 0, false, ""},   {1, 12, 1, true, 0, 0, true, "t"},
-                      {4, 12, 1, true, 90, 0, true, "t"}, {2, 12, 1, false, 90, 1, true, "te"},
-                      {0, 12, 1, true, 0, 0, true, "rt"}, {0, 12, 2, true, 0, 0, true, "rt"},
-                      {3, 9, 3, true, 0, 1, false, "u"},  {6, 12, -1, true, 0, 1, false, "u"}};
-  for (const Row& row : rows) Check(row, "ConnectBackHaul", &QcmapWrapper::ConnectBackhaul);
+  Check("ConnectBackHaul", &QcmapWrapper::ConnectBackhaul,
+        {{IPFamily::IPV4, kV4Up, kV6Down, Request::NOT_SENT},
+         {IPFamily::IPV6, kV4Up, kV6Down, Request::GRANTED},
+         {IPFamily::IPV6, kV4Down, kV6Up, Request::NOT_SENT},
+         {IPFamily::IPV4, kV4Connecting, kV6Down, Request::GRANTED_WITH_ERROR},
+         {IPFamily::IPV4, kV4Down, kV6Down, Request::REFUSED, Result::FAILURE},
+         {IPFamily::IPV4, kUnreadable, kV6Down, Request::GRANTED},
+         {IPFamily::IPV6, kUnreadable, kV6Down, Request::GRANTED}});
 }
 
 TEST(Call, DisconnectsUnlessDisconnected) {
-  const Row rows[] = {{6, 9, 1, true, 0, 1, false, ""},     {3, 12, 2, true, 0, 1, false, ""},
-                      {6, 9, 2, true, 0, 0, true, "t"},     {1, 9, 1, true, 0, 0, true, "t"},
-                      {3, 9, 1, false, 90, 23, true, "te"}, {5, 9, 1, true, 90, 23, true, "t"},
-                      {3, 9, 1, false, 0, 1, true, "te"},   {3, 9, 1, true, 91, 0, true, "t"},
-                      {0, 9, 1, true, 0, 1, false, "r"},    {6, 12, 3, true, 0, 1, false, "u"}};
-  for (const Row& row : rows) Check(row, "DisconnectBackHaul", &QcmapWrapper::DisconnectBackhaul);
+  Check("DisconnectBackHaul", &QcmapWrapper::DisconnectBackhaul,
+        {{IPFamily::IPV4, kV4Down, kV6Up, Request::NOT_SENT, Result::FAILURE},
+         {IPFamily::IPV6, kV4Up, kV6Down, Request::NOT_SENT, Result::FAILURE},
+         {IPFamily::IPV6, kV4Down, kV6Up, Request::GRANTED},
+         {IPFamily::IPV4, kV4Connecting, kV6Up, Request::GRANTED},
+         {IPFamily::IPV4, kV4Up, kV6Up, Request::REFUSED, Result::INCOMPATIBLE_STATE},
+         {IPFamily::IPV4, kV4Up, kV6Up, Request::GRANTED_WITH_ERROR, Result::INCOMPATIBLE_STATE},
+         {IPFamily::IPV4, kV4Up, kV6Up, Request::REFUSED, Result::FAILURE, QMI_ERR_NONE_V01},
+         {IPFamily::IPV4, kV4Up, kV6Up, Request::GRANTED_WITH_ERROR, Result::SUCCESS,
+          QMI_ERR_INTERNAL_V01},
+         {IPFamily::IPV4, kUnreadable, kV6Up, Request::NOT_SENT, Result::FAILURE}});
+}
+
+TEST(Call, IsForOneFamilyAtATime) {
+  World world;
+  for (const IPFamily family : {IPFamily::NONE, IPFamily::IPV4V6}) {
+    const std::string parameters = "Backhaul(uint32_t, mox::util::IPFamily)";
+    const std::string text = "unsupporetd IPFamily [" + Join(static_cast<int>(family)) + "]\n";
+    EXPECT_EQ(world.wrapper.ConnectBackhaul(0, family), Result::FAILURE);
+    EXPECT_EQ(world.wrapper.DisconnectBackhaul(0, family), Result::FAILURE);
+    EXPECT_EQ(TakeLog(), (Lines{Line(3, "mox::Result @Connect" + parameters, text),
+                                Line(3, "mox::Result @Disconnect" + parameters, text)}));
+    EXPECT_EQ(world.Sent(), Lines(2, "GetWWANStatus"));
+  }
 }
 
 }  // namespace

@@ -15,33 +15,39 @@ TEST(Connection, AttemptsUntilOneSucceeds) {
                          Line(7, kStep, "Mobile AP is Disconnected\n")};
   const Lines connected = {Line(3, kStep, "MobileAP Enable failed err [59]\n"),
                            Line(7, kStep, "Mobile AP is Connected\n")};
-  // What the probe finds, the refused request, the status and the log of an attempt.
-  const std::tuple<int, std::string, int, Lines> rows[] = {
-      {-1, "", 1, absent},  {1, "GetMobileAPStatus", 1, refused},
-      {1, "", 0, refused},  {1, "", 2, refused},
-      {1, "", -1, refused}, {0, "EnableMobileAP", 1, connected}};
-  for (const auto& [pid, request, ap_status, told] : rows) {
-    SCOPED_TRACE(Join("pid", pid, "status", ap_status));
+  struct Row {
+    int pid;
+    std::string refused;
+    int ap_status;
+    Lines log;
+  };
+  constexpr int kUp = QCMAP_MSGR_MOBILE_AP_STATUS_CONNECTED_V01;
+  constexpr int kDown = QCMAP_MSGR_MOBILE_AP_STATUS_DISCONNECTED_V01;
+  const Row rows[] = {{-1, "", kUp, absent}, {1, "GetMobileAPStatus", kUp, refused},
+                      {1, "", 0, refused},   {1, "", kDown, refused},
+                      {1, "", -1, refused},  {0, "EnableMobileAP", kUp, connected}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(Join("pid", row.pid, "status", row.ap_status, "refused:", row.refused));
     World world(-1);
-    world.script.pid = pid;
-    world.script.ap_status = static_cast<qcmap_msgr_mobile_ap_status_enum_v01>(ap_status);
-    world.script.Refuse(request);
-    const bool connects = told == connected;
+    world.script.pid = row.pid;
+    world.script.ap_status = static_cast<qcmap_msgr_mobile_ap_status_enum_v01>(row.ap_status);
+    world.script.Refuse(row.refused);
+    const bool connects = row.log == connected;
     for (int attempt = 1; attempt <= 2; ++attempt) {
       world.Forget();
       EXPECT_EQ(world.wrapper.ConnectToQcmapIfNeeded(), connects);
       EXPECT_EQ(world.script.live_clients, connects);
       const bool made = attempt == 1 || !connects;
-      Lines log = told;
-      log.insert(log.begin(),
-                 Line(7, "bool @IsQcmapAlive()", Join("QCMAP_ConnectionManager pid", pid) + "\n"));
+      Lines log = row.log;
+      log.insert(log.begin(), Line(7, "bool @IsQcmapAlive()",
+                                   Join("QCMAP_ConnectionManager pid", row.pid) + "\n"));
       EXPECT_EQ(TakeLog(), made ? log : Lines());
       EXPECT_EQ(world.script.utility_calls,
                 made ? Lines{"GetPidByProcessName QCMAP_ConnectionManager 200"} : Lines());
       // The status is asked for with the error value that the enable left.
       const Lines sent = {"EnableMobileAP",
                           connects ? "GetMobileAPStatus (error 59)" : "GetMobileAPStatus"};
-      EXPECT_EQ(world.Sent(), made && pid >= 0 ? sent : Lines());
+      EXPECT_EQ(world.Sent(), made && row.pid >= 0 ? sent : Lines());
     }
   }
 }

@@ -3,6 +3,14 @@
 
 namespace {
 
+using namespace mox::vendor::qcom::qcmap;
+
+constexpr uint32_t kBringUp = QMI_QCMAP_MSGR_BRING_UP_WWAN_IND_V01;
+constexpr uint32_t kTearDown = QMI_QCMAP_MSGR_TEAR_DOWN_WWAN_IND_V01;
+constexpr uint32_t kWwanStatus = QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01;
+constexpr uint32_t kMobileAp = QMI_QCMAP_MSGR_MOBILE_AP_STATUS_IND_V01;
+constexpr uint32_t kStation = QMI_QCMAP_MSGR_STATION_MODE_STATUS_IND_V01;
+
 constexpr char kCallback[] =
     "static void @EvtCb(qmi_client_type, uint32_t, void*, uint32_t, void*)";
 
@@ -28,54 +36,84 @@ std::string Deliver(uint32_t id, Record record) {
 
 /// Event code, further word and parameters.
 std::string Text(const EventDic& event) {
-  std::string text = Join(event.event_ - 0x200, event.extra_);
-  for (const auto& [param, value] : event.params_) text += Join("", param) + "=" + value;
+  const auto code = static_cast<EventCode>(event.event_);
+  std::string text = Join(NameOf<BRING_UP_CONNECTED>(code), event.extra_);
+  for (const auto& [param, value] : event.params_) text += " " + NameOf(param) + "=" + value;
   return text;
 }
 
 TEST(Indication, EachStatusHasItsTextAndSomeAnEvent) {
-  const std::string failed = " CONNECTION FAILED", stuck = " DISCONNECTION FAILED";
-  const std::string texts[] = {"", failed, " CONNECTED", "", stuck, " DISCONNECTED"};
-  // Id, prefix, how it is decoded, and the offset of the event's code by text.
-  const std::tuple<uint32_t, std::string, std::string, std::string> rows[] = {
-      {0x22, "7 [BRING_UP] ", "2 34 108 108 cleared", "-10---"},
-      {0x23, "7 [TEAR_DOWN] ", "2 35 108 28 cleared", "----32"},
-      {0x25, "7 [WWAN_INDICATION] ", "2 37 108 108 cleared", "--4--5"}};
+  // By status: the server numbers those of IPv4 from 1 on in this order, then those of IPv6.
+  const std::string texts[] = {"", " CONNECTION FAILED",    " CONNECTED",
+                               "", " DISCONNECTION FAILED", " DISCONNECTED"};
+  struct Kind {
+    uint32_t id;
+    std::string prefix;
+    std::string decoded;
+    std::map<std::string, EventCode> events;
+  };
+  const Kind kinds[] = {
+      {kBringUp,
+       "7 [BRING_UP] ",
+       "2 34 108 108 cleared",
+       {{" CONNECTED", BRING_UP_CONNECTED}, {" CONNECTION FAILED", BRING_UP_CONNECTION_FAILED}}},
+      {kTearDown,
+       "7 [TEAR_DOWN] ",
+       "2 35 108 28 cleared",
+       {{" DISCONNECTED", TEAR_DOWN_DISCONNECTED},
+        {" DISCONNECTION FAILED", TEAR_DOWN_DISCONNECTION_FAILED}}},
+      {kWwanStatus,
+       "7 [WWAN_INDICATION] ",
+       "2 37 108 108 cleared",
+       {{" CONNECTED", WWAN_CONNECTED}, {" DISCONNECTED", WWAN_DISCONNECTED}}}};
   World world;
   std::string event;
   Subscribe(world.wrapper, &event, [&](EventDic& dictionary) { event = Text(dictionary); });
-  for (const auto& [id, prefix, decoded, events] : rows) {
-    for (size_t i = 0; i < 12; ++i) {
+  for (const Kind& kind : kinds) {
+    for (int i = 0; i < 12; ++i) {
+      SCOPED_TRACE(kind.prefix + NameOf(qcmap_msgr_wwan_status_enum_v01{i + 1}));
       const std::string version = i < 6 ? "4" : "6", text = texts[i % 6];
-      const bool has_profile = i % 2 != 0, has_event = events[i % 6] != '-';
+      const bool has_profile = i % 2 != 0;
       event.clear();
-      EXPECT_EQ(Deliver(id, Call(static_cast<int>(i) + 1, has_profile ? 255 : 0, ~0u)),
-                prefix + (has_profile ? "profile_handle: 4294967295 " : "") +
+      EXPECT_EQ(Deliver(kind.id, Call(i + 1, has_profile ? 255 : 0, ~0u)),
+                kind.prefix + (has_profile ? "profile_handle: 4294967295 " : "") +
                     (text.empty() ? "\n" : "V" + version + text + "\n"));
-      const std::string parameters = " 0 12=" + version + (has_profile ? " 13=4294967295" : "");
-      EXPECT_EQ(event, has_event ? events[i % 6] + parameters : "") << prefix << version << text;
-      EXPECT_EQ(world.script.decoded, decoded);
+      const auto code = kind.events.find(text);
+      EXPECT_EQ(event, code == kind.events.end()
+                           ? ""
+                           : NameOf<BRING_UP_CONNECTED>(code->second) + " 0 IP_VERSION=" + version +
+                                 (has_profile ? " PROFILE_HANDLE=4294967295" : ""));
+      EXPECT_EQ(world.script.decoded, kind.decoded);
     }
-    for (const int status : {-1, 0, 13}) EXPECT_EQ(Deliver(id, Call(status)), prefix + "\n");
+    for (const int status : {-1, 0, 13}) {
+      EXPECT_EQ(Deliver(kind.id, Call(status)), kind.prefix + "\n") << status;
+    }
   }
 }
 
 TEST(Indication, StatusIsOnlyLogged) {
+  struct Row {
+    uint32_t id;
+    uint32_t status;
+    std::string logged;
+  };
   const std::string station = "7 Mobile AP Station mode ";
-  const std::tuple<uint32_t, uint32_t, std::string> rows[] = {
-      {0x29, 0, "nothing"},
-      {0x29, 1, "7 Mobile AP ConnectBackhauled...\n"},
-      {0x29, 2, "7 Mobile AP Disconnected...\n"},
-      {0x29, 3, "nothing"},
-      {0x5E, 1, station + "ConnectBackhauled...\n"},
-      {0x5E, 2, station + "Disconnected...\n"},
-      {0x5E, 3, station + "Association Failed. Going back to AP+STA Router Mode\n"},
-      {0x5E, 4, station + "IP Assignment via DHCP Failed. Will switch to Static IP if available\n"},
-      {0x5E, 5, "nothing"}};
+  const Row rows[] = {
+      {kMobileAp, 0, "nothing"},
+      {kMobileAp, 1, "7 Mobile AP ConnectBackhauled...\n"},
+      {kMobileAp, 2, "7 Mobile AP Disconnected...\n"},
+      {kMobileAp, 3, "nothing"},
+      {kStation, 1, station + "ConnectBackhauled...\n"},
+      {kStation, 2, station + "Disconnected...\n"},
+      {kStation, 3, station + "Association Failed. Going back to AP+STA Router Mode\n"},
+      {kStation, 4,
+       station + "IP Assignment via DHCP Failed. Will switch to Static IP if available\n"},
+      {kStation, 5, "nothing"}};
   Script script;
-  for (const auto& [id, status, text] : rows) {
-    EXPECT_EQ(Deliver(id, qcmap_msgr_status_ind_msg_v01{9, status}), text);
-    EXPECT_EQ(script.decoded, Join(2, id, 8, 8, "cleared"));
+  for (const Row& row : rows) {
+    EXPECT_EQ(Deliver(row.id, qcmap_msgr_status_ind_msg_v01{9, row.status}), row.logged)
+        << "status " << row.status;
+    EXPECT_EQ(script.decoded, Join(2, row.id, 8, 8, "cleared"));
   }
 }
 
@@ -83,40 +121,42 @@ TEST(Indication, IsDroppedWhenItCannotBeUsed) {
   World world;
   int events = 0;
   Subscribe(world.wrapper, &events, [&](EventDic&) { ++events; });
-  const auto expect_dropped = [](std::initializer_list<uint32_t> ids) {
-    for (const uint32_t id : ids) EXPECT_EQ(Deliver(id, Call(3)), "nothing") << "id " << id;
+  const std::vector<uint32_t> calls = {kBringUp, kTearDown, kWwanStatus};
+  const auto expect_dropped = [](const std::vector<uint32_t>& ids, const std::string& why) {
+    for (const uint32_t id : ids)
+      EXPECT_EQ(Deliver(id, Call(3)), "nothing") << why << ", id " << id;
   };
-  expect_dropped({0, 0x21, 0x24, 0x26, 0x5D});
-  for (const uint32_t id : {0x22, 0x23}) {
+  expect_dropped({0, 0x21, 0x24, 0x26, 0x5D}, "unknown");
+  for (const uint32_t id : {kBringUp, kTearDown}) {
     EXPECT_EQ(Deliver(id, Call(3, 1, 1, 78)), "3 ind handle [78] mobile ap handle [77] mismatch\n");
   }
   world.script.decode_error = -4;
-  expect_dropped({0x22, 0x23, 0x25});
-  for (const uint32_t id : {0x29, 0x5E}) {
+  expect_dropped(calls, "not decoded");
+  for (const uint32_t id : {kMobileAp, kStation}) {
     EXPECT_EQ(Deliver(id, Call(1)), "3 qmi_client_message_decode error -4\n");
   }
   world.script.decode_error = 0;
   fail_calloc = true;
-  expect_dropped({0x22, 0x23, 0x25});
+  expect_dropped(calls, "no memory");
   fail_calloc = false;
   QcmapWrapper::s_ins_ = nullptr;
-  expect_dropped({0x22, 0x23, 0x25});
+  expect_dropped(calls, "no instance");
   EXPECT_EQ(events, 0);
   QcmapWrapper::s_ins_ = &world.wrapper;
-  EXPECT_EQ(Deliver(0x25, Call(3, 0, 0, 78)), "7 [WWAN_INDICATION] V4 CONNECTED\n");
+  EXPECT_EQ(Deliver(kWwanStatus, Call(3, 0, 0, 78)), "7 [WWAN_INDICATION] V4 CONNECTED\n");
   EXPECT_EQ(events, 1) << "whatever its handle";
 }
 
 TEST(Indication, WithoutClientOnlyTheStatusOfACallIsUsed) {
   World world(-1);
-  for (const uint32_t id : {0x22, 0x23}) EXPECT_EQ(Deliver(id, Call(3)), "nothing");
-  EXPECT_EQ(Deliver(0x25, Call(3)), "7 [WWAN_INDICATION] V4 CONNECTED\n");
+  for (const uint32_t id : {kBringUp, kTearDown}) EXPECT_EQ(Deliver(id, Call(3)), "nothing");
+  EXPECT_EQ(Deliver(kWwanStatus, Call(3)), "7 [WWAN_INDICATION] V4 CONNECTED\n");
 }
 
 // Also shows that the client was given this callback.
 TEST(Indication, MayArriveDuringTheFirstAttempt) {
   Script script;
-  script.before["GetMobileAPStatus"] = [&] { EXPECT_TRUE(script.Indicate(0x22, Call(3))); };
+  script.before["GetMobileAPStatus"] = [&] { EXPECT_TRUE(script.Indicate(kBringUp, Call(3))); };
   TakeLog();
   const QcmapWrapper wrapper;
   EXPECT_EQ(TakeLog().at(1), Line(7, kCallback, "h (nil) msg_id 0x22 len 108\n"));

@@ -5,45 +5,60 @@ namespace {
 
 constexpr char kSet[] =
     "bool @SetLanConfig(std::string, std::string, bool, std::string, std::string, uint32_t)";
+constexpr bool kDhcp = true, kNoDhcp = false;
 
 TEST(Lan, ChecksInOrderAndStopsAtTheFirstRefusal) {
-  // DHCP, start, end, bad addresses, what is refused (none: silent), the last check.
-  const std::tuple<bool, std::string, std::string, std::set<std::string>, std::string, std::string>
-      rows[] = {{true, "s", "e", {"g", "m", "s", "e"}, "gateway ip [g]", "IsValidAddress g 0"},
-                {true, "s", "e", {"m", "s", "e"}, "netmask [m]", "IsValidAddress m 0"},
-                {true, "s", "e", {"s", "e"}, "dhcp start ip [s]", "IsValidAddress s 0"},
-                {true, "", "e", {"e"}, "dhcp end ip [e]", "IsValidAddress e 0"},
-                {true, "s", "", {"s"}, "dhcp start ip [s]", "IsValidAddress s 0"},
-                {true, "s", "e", {}, "", "CheckIpv4DhcpRangeValidation g m s e"},
-                {true, "", "e", {}, "", "GetIpv4DhcpRange g m"},
-                {false, "s", "e", {"m", "s"}, "netmask [m]", "IsValidAddress m 0"}};
-  for (const auto& [dhcp, start, end, bad, refused, last_check] : rows) {
+  struct Row {
+    bool dhcp;
+    std::string start, end;
+    std::set<std::string> bad_addresses;
+    std::string last_check;
+    /// What the log names; empty: no line.
+    std::string refused;
+  };
+  const Row rows[] = {
+      {kDhcp, "s", "e", {"g", "m", "s", "e"}, "IsValidAddress g 0", "gateway ip [g]"},
+      {kDhcp, "s", "e", {"m", "s", "e"}, "IsValidAddress m 0", "netmask [m]"},
+      {kDhcp, "s", "e", {"s", "e"}, "IsValidAddress s 0", "dhcp start ip [s]"},
+      {kDhcp, "", "e", {"e"}, "IsValidAddress e 0", "dhcp end ip [e]"},
+      {kDhcp, "s", "", {"s"}, "IsValidAddress s 0", "dhcp start ip [s]"},
+      {kDhcp, "s", "e", {}, "CheckIpv4DhcpRangeValidation g m s e", ""},
+      {kDhcp, "", "e", {}, "GetIpv4DhcpRange g m", ""},
+      {kNoDhcp, "s", "e", {"m", "s"}, "IsValidAddress m 0", "netmask [m]"}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE("last check: " + row.last_check);
     World world;
-    world.script.bad_addresses = bad;
+    world.script.bad_addresses = row.bad_addresses;
     world.script.range_fits = false;
-    EXPECT_FALSE(world.wrapper.SetLanConfig("g", "m", dhcp, start, end, 0));
+    EXPECT_FALSE(world.wrapper.SetLanConfig("g", "m", row.dhcp, row.start, row.end, 0));
     EXPECT_EQ(world.Sent(), Lines());
-    Lines log = {Line(7, kSet, "dhcp_start_ip " + start + " dhcp_end_ip " + end + "\n")};
-    if (!refused.empty()) log.push_back(Line(3, kSet, "check " + refused + "\n"));
+    Lines log = {Line(7, kSet, "dhcp_start_ip " + row.start + " dhcp_end_ip " + row.end + "\n")};
+    if (!row.refused.empty()) log.push_back(Line(3, kSet, "check " + row.refused + "\n"));
     EXPECT_EQ(TakeLog(), log);
-    EXPECT_EQ(world.script.utility_calls.back(), last_check);
+    EXPECT_EQ(world.script.utility_calls.back(), row.last_check);
   }
 }
 
 TEST(Lan, SendsWhatWasGivenOrDerivedWhateverWasThere) {
-  const std::tuple<bool, std::string, std::string, uint32_t, std::string> rows[] = {
-      {true, "10.0.0.5", "10.0.0.9", 0, "1 a000005 a000009 0"},
-      {true, "", "", 7, "1 a000002 a0000fe 7"},
-      {true, "10.0.0.5", "", ~0u, "1 a000002 a0000fe 4294967295"},
-      {false, "", "", 7, "0 ffffffff ffffffff 7"},
-      {false, "no address", "10.0.0.9", 7, "0 ffffffff a000009 7"}};
-  for (const auto& [dhcp, start, end, lease, sent] : rows) {
+  struct Row {
+    bool dhcp;
+    std::string start, end;
+    uint32_t lease;
+    std::string sent;
+  };
+  const Row rows[] = {{kDhcp, "10.0.0.5", "10.0.0.9", 0, "1 a000005 a000009 0"},
+                      {kDhcp, "", "", 7, "1 a000002 a0000fe 7"},
+                      {kDhcp, "10.0.0.5", "", ~0u, "1 a000002 a0000fe 4294967295"},
+                      {kNoDhcp, "", "", 7, "0 ffffffff ffffffff 7"},
+                      {kNoDhcp, "no address", "10.0.0.9", 7, "0 ffffffff a000009 7"}};
+  for (const Row& row : rows) {
     World world;
     world.script.derived_range = {"10.0.0.2", "10.0.0.254"};
     world.script.Refuse("GetLANConfig");
-    EXPECT_TRUE(world.wrapper.SetLanConfig("10.0.0.1", "255.0.0.0", dhcp, start, end, lease));
+    EXPECT_TRUE(world.wrapper.SetLanConfig("10.0.0.1", "255.0.0.0", row.dhcp, row.start, row.end,
+                                           row.lease));
     EXPECT_EQ(world.Sent(),
-              (Lines{"GetLANConfig", "SetLANConfig a000001 ff000000 " + sent + " (error 59)"}));
+              (Lines{"GetLANConfig", "SetLANConfig a000001 ff000000 " + row.sent + " (error 59)"}));
     EXPECT_EQ(TakeLog().at(1),
               Line(4, kSet, "QCMAP_Client::GetLanConfig error 59[0x3b] : Just warning\n"));
   }

@@ -41,7 +41,7 @@ TEST(Lifecycle, FailedAllocationLeavesNothingBehind) {
     EXPECT_TRUE(QcmapWrapper::GetInstance()->ActivateLan());
     DeleteInstance();
   }
-  EXPECT_GE(n, 5) << "object, name of the server and client were to fail";
+  EXPECT_GE(n, 5) << "the object, the name of the server and the client are allocated";
 }
 
 TEST(Lifecycle, EndReleasesTheClientThenTheSubscribers) {
@@ -52,7 +52,7 @@ TEST(Lifecycle, EndReleasesTheClientThenTheSubscribers) {
   Subscribe(*instance, &live, [owned = std::shared_ptr<int>(&live, note)](EventDic&) {});
   EXPECT_EQ(live, -1);
   delete instance;
-  EXPECT_EQ(live, 0) << "clients left when the subscriber went";
+  EXPECT_EQ(live, 0) << "clients when the subscriber is destroyed";
   EXPECT_EQ(QcmapWrapper::s_ins_, instance);
   QcmapWrapper::s_ins_ = nullptr;
 }

@@ -4,23 +4,30 @@
 namespace {
 
 TEST(ProfileSelection, TakesAnIndexBelowTheCountAndBelowFifty) {
-  // List present, count, index, and the count that is reported; none: granted.
-  const std::tuple<int, uint32_t, uint32_t, std::string> rows[] = {
+  struct Row {
+    uint8_t list_present;
+    uint32_t count;
+    uint32_t index;
+    /// The count that the refusal names; empty: granted.
+    std::string refused;
+  };
+  const Row rows[] = {
       {1, 3, 2, ""},   {1, 3, 3, "3"},    {1, 0, 1, "0"},  {1, ~0u, 50, "4294967295"},
       {0, 3, 1, "0"},  {2, 3, 1, ""},     {1, 50, 49, ""}, {1, 1u << 31, ~1u, "2147483648"},
       {1, 51, 49, ""}, {1, 51, 50, "51"}, {1, ~0u, 49, ""}};
-  for (const auto& [valid, count, index, reported] : rows) {
+  for (const Row& row : rows) {
+    SCOPED_TRACE(Join("index", row.index, "of", row.count, "present:", +row.list_present));
     World world;
-    world.script.policy_list.policy_list_valid = static_cast<uint8_t>(valid);
-    world.script.policy_list.policy_list_len = count;
-    EXPECT_EQ(world.wrapper.ChangeWwanProfile(index), reported.empty());
+    world.script.policy_list.policy_list_valid = row.list_present;
+    world.script.policy_list.policy_list_len = row.count;
+    EXPECT_EQ(world.wrapper.ChangeWwanProfile(row.index), row.refused.empty());
     Lines requests = {"GetWWANPolicyList",
-                      "SetWWANProfileHandlePreference " + std::to_string(11 * index + 11)};
-    Lines log = {Line(
-        3, kSelection,
-        "Index should be less than " + reported + " or 50 index " + std::to_string(index) + "\n")};
-    reported.empty() ? log.clear() : requests.pop_back();
-    EXPECT_EQ(world.Sent(), requests) << "index " << index << " of " << count;
+                      Join("SetWWANProfileHandlePreference", 11 * row.index + 11)};
+    Lines log = {
+        Line(3, kSelection,
+             Join("Index should be less than", row.refused, "or 50 index", row.index) + "\n")};
+    row.refused.empty() ? log.clear() : requests.pop_back();
+    EXPECT_EQ(world.Sent(), requests);
     EXPECT_EQ(TakeLog(), log);
   }
 }
@@ -40,7 +47,7 @@ TEST(ProfileSelection, RemembersOnlyWhatSucceeded) {
   EXPECT_EQ(world.Sent(), (Lines{kSelectSecond[0], kSelectSecond[1], "DeleteWWANPolicy"}));
 }
 
-TEST(ProfileSelection, RefusedLeavesTheCallersFlagAsItWas) {
+TEST(ProfileSelection, FlagsAreCarriedAndARefusalLeavesTheCallersAsItWas) {
   World world;
   for (const auto get : {&QcmapWrapper::GetAutoConnect, &QcmapWrapper::GetRoaming,
                          &QcmapWrapper::GetIpv4State, &QcmapWrapper::GetIpv6State}) {
@@ -53,16 +60,22 @@ TEST(ProfileSelection, RefusedLeavesTheCallersFlagAsItWas) {
       EXPECT_EQ(enabled, value);
     }
   }
+  world.Forget();
+  EXPECT_TRUE(world.wrapper.SetAutoConnect(0, false) && world.wrapper.SetRoaming(0, true));
+  EXPECT_EQ(world.Sent(), (Lines{"SetAutoconnect 0", "SetRoaming 1"}));
 }
 
 TEST(ProfileSelection, HandleComesFromAListReadAfterwards) {
   World world;
   profile_handle_type_v01 handle = 1;
   EXPECT_TRUE(world.wrapper.GetProfileHandle(2, handle));
-  // Shorter since, absent, and absent with a stale count.
-  for (const auto& [valid, count] : {std::pair<uint8_t, uint32_t>{1, 2}, {1, 0}, {0, 3}}) {
-    world.script.policy_list.policy_list_valid = valid;
-    world.script.policy_list.policy_list_len = count;
+  struct Row {
+    bool present;
+    uint32_t count;
+  };
+  for (const Row& shorter : {Row{true, 2}, Row{true, 0}, Row{false, 3}}) {
+    world.script.policy_list.policy_list_valid = shorter.present;
+    world.script.policy_list.policy_list_len = shorter.count;
     EXPECT_FALSE(world.wrapper.GetProfileHandle(2, handle));
     EXPECT_EQ(handle, 33u);
   }

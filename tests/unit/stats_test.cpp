@@ -17,20 +17,20 @@ TEST(Stats, JudgesTheFamilyBeforeTheServer) {
         (Lines{Line(3, "mox::Result @Get" + parameters + ", WWANStatics&)",
                     "QCMAP_Client::Get" + text),
                Line(3, "mox::Result @Reset" + parameters + ")", "QCMAP_Client::Reset" + text)}));
-    EXPECT_TRUE(world.script.utility_calls.empty()) << "the server was looked for";
+    EXPECT_TRUE(world.script.utility_calls.empty()) << "the server is not looked for";
   }
 }
 
 TEST(Stats, CarriesCountersWholeOrNotAtAll) {
   World world;
-  QcmapWrapper::WWANStatics counters = {1, 2, 3, 4};
+  QcmapWrapper::WWANStatics counters = {5, 6, 7, 8};
   const auto text = [&] {
     return Join(counters.counter64_1, counters.counter64_2, counters.counter32_1,
                 counters.counter32_2);
   };
   world.script.Refuse("GetWWANStatistics");
   EXPECT_EQ(world.wrapper.GetWWANStatistics(0, IPFamily::IPV4, counters), Result::FAILURE);
-  EXPECT_EQ(text(), "1 2 3 4");
+  EXPECT_EQ(text(), "5 6 7 8");
   world.script.Grant("GetWWANStatistics");
   EXPECT_EQ(world.wrapper.GetWWANStatistics(0, IPFamily::IPV6, counters), Result::SUCCESS);
   EXPECT_EQ(text(), "1099511627776 2 3 4294967295");

@@ -6,51 +6,69 @@
 namespace {
 
 TEST(Vlan, JudgesTheIdBeforeTheMode) {
-  // Mode, id, what is sent (none: refused), whether the mode is refused.
-  const std::tuple<int, int, std::string, bool> rows[] = {
-      {1, 2, "rndis0 2", false}, {3, 100, "eth0 100", false}, {2, 4094, "ecm0 4094", false},
-      {3, 1, "", false},         {3, 4095, "", false},        {4, 4094, "", true},
-      {3, -1, "", false},        {0, 65538, "", false},       {0, 2000, "", true}};
-  for (const auto& [mode, id, sent, by_mode] : rows) {
+  enum class Verdict { SENT, BAD_ID, BAD_MODE };
+  struct Row {
+    int mode;
+    int id;
+    Verdict verdict;
+    std::string sent = "";
+  };
+  const Row rows[] = {{1, 2, Verdict::SENT, "rndis0 2"},
+                      {3, 100, Verdict::SENT, "eth0 100"},
+                      {2, 4094, Verdict::SENT, "ecm0 4094"},
+                      {3, 1, Verdict::BAD_ID},
+                      {3, 4095, Verdict::BAD_ID},
+                      {4, 4094, Verdict::BAD_MODE},
+                      {3, -1, Verdict::BAD_ID},
+                      {0, 65538, Verdict::BAD_ID},
+                      {0, 2000, Verdict::BAD_MODE}};
+  for (const Row& row : rows) {
+    SCOPED_TRACE(Join("mode", row.mode, "id", row.id));
     World world;
-    MobileapManager::VlanConfig vlan = {mode, id, 5};
-    EXPECT_EQ(world.wrapper.SetVlanConfig(vlan), !sent.empty());
-    EXPECT_EQ(world.wrapper.DeleteVlanConfig(vlan), !sent.empty());
-    const std::string bad_mode = "Cannot support tethering mode " + std::to_string(mode) + "\n";
-    const std::string bad_id = "Invalid vlan id [" + std::to_string(id) + "]";
+    MobileapManager::VlanConfig vlan = {row.mode, row.id, 5};
+    const bool is_sent = row.verdict == Verdict::SENT;
+    EXPECT_EQ(world.wrapper.SetVlanConfig(vlan), is_sent);
+    EXPECT_EQ(world.wrapper.DeleteVlanConfig(vlan), is_sent);
+    const bool by_mode = row.verdict == Verdict::BAD_MODE;
+    const std::string bad_mode = "Cannot support tethering mode " + std::to_string(row.mode) + "\n";
+    const std::string bad_id = "Invalid vlan id [" + std::to_string(row.id) + "]";
     const std::string rest = " remind vlan 0,1 and 4095 are reserved\n";
     const std::string parameter = "VlanConfig(mox::wwan::MobileapManager::VlanConfig&)";
-    Lines requests = {"SetVLANConfig " + sent + " 0", "DeleteVLANConfig " + sent};
+    Lines requests = {"SetVLANConfig " + row.sent + " 0", "DeleteVLANConfig " + row.sent};
     Lines log = {
         Line(3, "bool @Set" + parameter, by_mode ? bad_mode : bad_id + rest),
         Line(3, "bool @Delete" + parameter, by_mode ? bad_mode : bad_id + ", please" + rest)};
-    sent.empty() ? requests.clear() : log.clear();
-    EXPECT_EQ(world.Sent(), requests) << "mode " << mode << " id " << id;
+    is_sent ? log.clear() : requests.clear();
+    EXPECT_EQ(world.Sent(), requests);
     EXPECT_EQ(TakeLog(), log);
   }
 }
 
 TEST(Vlan, ReadsNamesWithinTheirField) {
-  const std::pair<const char*, int> names[] = {
-      {"rndis0", 1}, {"ecm0", 2}, {"eth0", 3}, {"rndis01", 0},         {"eth01", 0},
-      {"ETH0", 0},   {"", 0},     {"eth", 0},  {"0123456789abcdef", 0}};
+  struct Row {
+    const char* name;
+    int mode;
+  };
+  const Row rows[] = {{"rndis0", 1}, {"ecm0", 2}, {"eth0", 3}, {"rndis01", 0},         {"eth01", 0},
+                      {"ETH0", 0},   {"", 0},     {"eth", 0},  {"0123456789abcdef", 0}};
   World world;
   auto& list = world.script.vlans;
-  for (const auto& [name, mode] : names) {
+  for (const Row& row : rows) {
     auto& entry = list.vlan_config[list.vlan_config_len++];
-    std::memcpy(entry.iface_name, name, std::strlen(name));
-    entry.vlan_id = static_cast<int16_t>(mode - 1);
+    std::memcpy(entry.iface_name, row.name, std::strlen(row.name));
+    entry.vlan_id = static_cast<int16_t>(row.mode - 1);
   }
   list.vlan_config[2].iface_name[5] = 'x';  // behind the end of "eth0"
   std::vector<MobileapManager::VlanConfig> vlans(1);
   EXPECT_TRUE(world.wrapper.GetVlanConfigs(vlans));
   EXPECT_TRUE(world.wrapper.GetVlanConfigs(vlans));
-  ASSERT_EQ(vlans.size(), 1 + 2 * std::size(names)) << "appended, twice";
-  for (size_t i = 0; i < std::size(names); ++i) {
-    const auto& [name, mode] = names[i];
+  ASSERT_EQ(vlans.size(), 1 + 2 * std::size(rows)) << "appended, twice";
+  for (size_t i = 0; i < std::size(rows); ++i) {
+    const Row& row = rows[i];
     const auto& vlan = vlans[i + 1];
-    EXPECT_EQ(Join(vlan.tethering_mode, vlan.vlan_id, vlan.profile_index), Join(mode, mode - 1, -1))
-        << name;
+    EXPECT_EQ(Join("mode", vlan.tethering_mode, "id", vlan.vlan_id, "profile", vlan.profile_index),
+              Join("mode", row.mode, "id", row.mode - 1, "profile", -1))
+        << row.name;
   }
 }
 

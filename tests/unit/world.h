@@ -9,9 +9,22 @@
 #include <vector>
 
 #include "allocation.h"
+#include "enumerator_name.h"
 #include "log_capture.h"
 #include "mox/vendor/qcom/qcmap/subscription.h"
 #include "scripted_client.h"
+
+// How a failed comparison shows these.
+namespace mox {
+inline void PrintTo(Result result, std::ostream* out) {
+  *out << NameOf(result);
+}
+namespace wwan {
+inline void PrintTo(DataManager::ConnectStatus status, std::ostream* out) {
+  *out << NameOf(status);
+}
+}  // namespace wwan
+}  // namespace mox
 
 using mox::Result;
 using mox::util::EventDic;
