@@ -17,7 +17,7 @@ struct Refusal {
 struct Operation {
   std::string signature;
   /// Acts on profile 1, if on any.
-  std::function<int(QcmapWrapper&)> call;
+  std::function<Result(QcmapWrapper&)> call;
   /// How often it selects its profile.
   int selections;
   Lines requests;
@@ -31,21 +31,21 @@ void PrintTo(const Operation& operation, std::ostream* out) {
   *out << operation.signature;
 }
 
-int Code(bool success) {
-  return success ? 0 : 1;
+Result ToResult(bool success) {
+  return success ? Result::SUCCESS : Result::FAILURE;
 }
-int Code(Result result) {
-  return static_cast<int>(result);
+Result ToResult(Result result) {
+  return result;
 }
 
 template <typename Call>
 Operation Row(const std::string& signature, int selections, const Lines& requests, const Lines& log,
               const std::vector<Refusal>& refusals, Call call, int allocations = 0) {
-  const auto code = [call](QcmapWrapper& w) { return Code(call(w)); };
-  return {signature, code, selections, requests, log, refusals, allocations};
+  const auto result = [call](QcmapWrapper& wrapper) { return ToResult(call(wrapper)); };
+  return {signature, result, selections, requests, log, refusals, allocations};
 }
 
-/// An operation with one request, no trace, and a refusal told in one line.
+/// An operation with one request, no debug line, and one line for a refusal.
 template <typename Call>
 Operation Plain(const std::string& signature, int selections, const std::string& request,
                 const std::string& refusal, Call call, int allocations = 0) {
@@ -53,11 +53,12 @@ Operation Plain(const std::string& signature, int selections, const std::string&
   return Row(signature, selections, {request}, {}, {{name, {"3 " + refusal}}}, call, allocations);
 }
 
-/// Whose refusal is told in the common form.
+/// The same with a refusal in the form that most operations log: `name` is what it calls the
+/// request.
 template <typename Call>
 Operation Common(const std::string& signature, int selections, const std::string& request,
-                 const std::string& told, Call call, int allocations = 0) {
-  const std::string refusal = "QCMAP_Client::" + told + " error 59[0x3b]\n";
+                 const std::string& name, Call call, int allocations = 0) {
+  const std::string refusal = "QCMAP_Client::" + name + " error 59[0x3b]\n";
   return Plain(signature, selections, request, refusal, call, allocations);
 }
 
@@ -219,25 +220,14 @@ class Walk : public testing::TestWithParam<Operation> {};
 
 TEST_P(Walk, WithoutServerSendsNothing) {
   World world(-1);
-  EXPECT_EQ(GetParam().call(world.wrapper), 1);
+  EXPECT_EQ(GetParam().call(world.wrapper), Result::FAILURE);
   EXPECT_EQ(world.script.clients_made, 0);
   const std::string step = "bool @ConnectToQcmapIfNeeded()";
   EXPECT_EQ(TakeLog(), (Lines{Line(7, "bool @IsQcmapAlive()", "QCMAP_ConnectionManager pid -1\n"),
                               Line(4, step, "QCMAP server is not alive")}));
 }
 
-TEST_P(Walk, WithProfileRefusedSendsNoRequestOfItsOwn) {
-  const auto selections = static_cast<size_t>(GetParam().selections);
-  if (selections == 0) return;
-  World world;
-  world.script.Refuse("GetWWANPolicyList");
-  EXPECT_EQ(GetParam().call(world.wrapper), 1);
-  EXPECT_EQ(world.Sent(), Lines(selections, "GetWWANPolicyList"));
-  const std::string told = "QCMAP_Client::GetWWANPolicyList error 59[0x3b]\n";
-  EXPECT_EQ(TakeLog(), Lines(selections, Line(3, kSelection, told)));
-}
-
-TEST_P(Walk, RefusedTellsWhy) {
+TEST_P(Walk, RefusedLogsWhy) {
   for (const Refusal& refusal : GetParam().refusals) {
     SCOPED_TRACE("refused: " + refusal.request);
     World world;
@@ -245,7 +235,7 @@ TEST_P(Walk, RefusedTellsWhy) {
     ASSERT_TRUE(GetParam().selections == 0 || world.wrapper.ChangeWwanProfile(1));
     world.Forget();
     world.script.Refuse(refusal.request);
-    EXPECT_EQ(GetParam().call(world.wrapper), 1);
+    EXPECT_EQ(GetParam().call(world.wrapper), Result::FAILURE);
     Lines requests = GetParam().requests;
     const auto is_refused = [&](const std::string& request) {
       return request.substr(0, request.find(' ')) == refusal.request;
@@ -262,7 +252,7 @@ TEST_P(Walk, GrantedSendsItsRequestsInOrder) {
   int allocated = 0;
   {
     const Allocations allocations;
-    EXPECT_EQ(GetParam().call(world.wrapper), 0);
+    EXPECT_EQ(GetParam().call(world.wrapper), Result::SUCCESS);
     allocated = allocations.count();
   }
   EXPECT_LE(allocated, GetParam().allocations);
@@ -272,10 +262,33 @@ TEST_P(Walk, GrantedSendsItsRequestsInOrder) {
   EXPECT_EQ(TakeLog(), Prefixed(GetParam(), GetParam().log));
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Walk, testing::ValuesIn(Operations()), [](const auto& row) {
+class WalkOnAProfile : public Walk {};
+
+TEST_P(WalkOnAProfile, RefusedSelectionSendsNoRequestOfItsOwn) {
+  World world;
+  world.script.Refuse("GetWWANPolicyList");
+  EXPECT_EQ(GetParam().call(world.wrapper), Result::FAILURE);
+  const auto selections = static_cast<size_t>(GetParam().selections);
+  EXPECT_EQ(world.Sent(), Lines(selections, "GetWWANPolicyList"));
+  const std::string text = "QCMAP_Client::GetWWANPolicyList error 59[0x3b]\n";
+  EXPECT_EQ(TakeLog(), Lines(selections, Line(3, kSelection, text)));
+}
+
+std::vector<Operation> OperationsOnAProfile() {
+  std::vector<Operation> operations = Operations();
+  const auto acts_on_none = [](const Operation& operation) { return operation.selections == 0; };
+  operations.erase(std::remove_if(operations.begin(), operations.end(), acts_on_none),
+                   operations.end());
+  return operations;
+}
+
+std::string Name(const testing::TestParamInfo<Operation>& row) {
   const std::string& signature = row.param.signature;
   const size_t at = signature.find('@') + 1;
   return signature.substr(at, signature.find('(') - at);
-});
+}
+
+INSTANTIATE_TEST_SUITE_P(All, Walk, testing::ValuesIn(Operations()), Name);
+INSTANTIATE_TEST_SUITE_P(All, WalkOnAProfile, testing::ValuesIn(OperationsOnAProfile()), Name);
 
 }  // namespace
