@@ -24,35 +24,33 @@ TEST(Address, WritesAddressesAsText) {
 }
 
 TEST(Address, FailureLeavesTheTextsAndNoFamily) {
-  constexpr int kServer = 4711, kNoServer = -1;
   struct Row {
-    int server;
     IPFamily family;
     qmi_error_type_v01 error;
     Result result;
-    Lines requests;
+    /// Sent once the profile is selected, if anything.
+    std::string request = "";
   };
-  const Lines selects = kSelectSecond;
-  const auto asks = [&](int family) {
-    return Lines{selects[0], selects[1], Join("GetNetworkConfiguration", family)};
-  };
-  const Row rows[] = {
-      {kServer, IPFamily::IPV4, QMI_ERR_NO_NETWORK_FOUND_V01, Result::NO_NETWORK, asks(4)},
-      {kServer, IPFamily::IPV6, QMI_ERR_NO_NETWORK_FOUND_V01, Result::NO_NETWORK, asks(6)},
-      {kServer, IPFamily::IPV6, QMI_ERR_CALL_FAILED_V01, Result::FAILURE, asks(6)},
-      {kServer, IPFamily::IPV4, QMI_ERR_NONE_V01, Result::FAILURE, asks(4)},
-      {kServer, IPFamily::IPV4V6, QMI_ERR_NO_NETWORK_FOUND_V01, Result::FAILURE, selects},
-      {kServer, IPFamily::NONE, QMI_ERR_NO_NETWORK_FOUND_V01, Result::FAILURE, selects},
-      {kNoServer, IPFamily::IPV6, QMI_ERR_NO_NETWORK_FOUND_V01, Result::FAILURE, {}}};
+  const std::string v4 = "GetNetworkConfiguration 4", v6 = "GetNetworkConfiguration 6";
+  const Row rows[] = {{IPFamily::IPV4, QMI_ERR_NO_NETWORK_FOUND_V01, Result::NO_NETWORK, v4},
+                      {IPFamily::IPV6, QMI_ERR_CALL_FAILED_V01, Result::FAILURE, v6},
+                      {IPFamily::IPV4, QMI_ERR_NONE_V01, Result::FAILURE, v4},
+                      {IPFamily::IPV4V6, QMI_ERR_NO_NETWORK_FOUND_V01, Result::FAILURE},
+                      {IPFamily::NONE, QMI_ERR_NO_NETWORK_FOUND_V01, Result::FAILURE}};
   for (const Row& row : rows) {
     SCOPED_TRACE(Join("family", NameOf(row.family), "error", NameOf(row.error)));
-    World world(row.server);
+    World world;
     world.script.Refuse("GetNetworkConfiguration", row.error);
     DataManager::NetworkConfig config = {IPFamily::IPV6, "a", "b", "c"};
     EXPECT_EQ(world.wrapper.GetNetworkConfig(1, row.family, config), row.result);
     EXPECT_EQ(Text(config), "NONE a b c");
-    EXPECT_EQ(world.Sent(), row.requests);
+    Lines requests = kSelectSecond;
+    if (!row.request.empty()) requests.push_back(row.request);
+    EXPECT_EQ(world.Sent(), requests);
   }
+  DataManager::NetworkConfig config = {IPFamily::IPV6, "a", "b", "c"};
+  EXPECT_EQ(World(-1).wrapper.GetNetworkConfig(1, IPFamily::IPV6, config), Result::FAILURE);
+  EXPECT_EQ(Text(config), "NONE a b c") << "without a server";
 }
 
 }  // namespace

@@ -84,7 +84,6 @@ TEST(Call, DisconnectsUnlessDisconnected) {
   Check("DisconnectBackHaul", &QcmapWrapper::DisconnectBackhaul,
         {{IPFamily::IPV4, kV4Down, kV6Up, Request::NOT_SENT, Result::FAILURE},
          {IPFamily::IPV6, kV4Up, kV6Down, Request::NOT_SENT, Result::FAILURE},
-         {IPFamily::IPV6, kV4Down, kV6Up, Request::GRANTED},
          {IPFamily::IPV4, kV4Connecting, kV6Up, Request::GRANTED},
          {IPFamily::IPV4, kV4Up, kV6Up, Request::REFUSED, Result::INCOMPATIBLE_STATE},
          {IPFamily::IPV4, kV4Up, kV6Up, Request::GRANTED_WITH_ERROR, Result::INCOMPATIBLE_STATE},
