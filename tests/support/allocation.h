@@ -13,7 +13,7 @@ class Allocations {
   int count() const;
 };
 
-/// Takes what a double allocates for itself out of the count.
+/// Leaves what a double allocates for itself out of the count.
 class Untracked {
  public:
   Untracked();

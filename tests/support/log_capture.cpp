@@ -52,7 +52,7 @@ std::vector<Entry> entries;
   entries.push_back(entry);
 }
 
-/// Whether the call it came from stands at its number in some source.
+/// Whether some source has the call that logged it on the line of its number.
 bool IsWhereItSays(const Entry& entry) {
   std::string literal = entry.format.substr(7);
   if (!literal.empty() && literal.back() == '\n') literal.replace(literal.size() - 1, 1, "\\n");

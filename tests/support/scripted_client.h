@@ -18,7 +18,7 @@ constexpr int kError = 59;
 
 using Callback = void(qmi_client_struct*, unsigned int, void*, unsigned int, void*);
 
-/// The values with a blank between each two.
+/// The values, separated by blanks.
 template <typename... Values>
 std::string Join(const Values&... values) {
   std::ostringstream out;
@@ -27,10 +27,10 @@ std::string Join(const Values&... values) {
   return out.str();
 }
 
-/// All that lies beyond the seam while it lives; one at a time. As built, the server runs, grants
+/// Everything beyond the seam. Only one may exist at a time. At first, the server runs, grants
 /// every request and has three profiles, with the handles 11, 22 and 33. A refused request leaves
-/// garbage in its record, but nothing in a flag that belongs to the library's caller. Ends the
-/// program with a message when it lives for 30 seconds, so that a fault cannot make a test hang.
+/// garbage in its record, but does not touch a flag that belongs to the library's caller. A script
+/// that exists for 30 seconds ends the program with a message, so that no fault makes a test hang.
 class Script {
  public:
   /// `server_pid`: what the probe finds.
@@ -43,12 +43,12 @@ class Script {
   void Refuse(const std::string& request, int error = kError) { Settle(request, false, error); }
   void Grant(const std::string& request, int error = 0) { Settle(request, true, error); }
 
-  /// The requests since the last call, in order: name, then what was sent. Says so when an error
-  /// value or a record that must be cleared was not.
+  /// The requests since the last call, in order: name, then what was sent. Marks an error value or
+  /// a record that should have been cleared.
   std::vector<std::string> TakeRequests();
 
-  /// Has the latest client's callback receive `record`; false when there is no client. Deleting a
-  /// client waits for its indication under way.
+  /// Passes `record` to the latest client's callback; returns false when there is no client.
+  /// Deleting a client waits for a delivery in progress.
   template <typename Record>
   bool Indicate(uint32_t id, Record record) {
     return Deliver(id, &record, sizeof record);
@@ -77,7 +77,7 @@ class Script {
   std::vector<std::string> utility_calls;
   std::set<std::string> bad_addresses;
   bool range_fits = true;
-  /// Start and end that are derived; none lets the derivation fail.
+  /// The derived start and end; while it is empty, deriving them fails.
   std::vector<std::string> derived_range;
   bool is_mac = false;
 
@@ -88,7 +88,7 @@ class Script {
   std::atomic<int> clients_made{0};
   std::atomic<int> live_clients{0};
 
-  /// For the client class: notes a request and tells whether it is granted.
+  /// For the client class: notes a request and returns whether it is granted.
   bool Ask(const std::string& request, qmi_error_type_v01* error);
   void RunBefore(const std::string& request);
   void Connect(Callback* callback);
@@ -102,7 +102,7 @@ class Script {
   std::vector<std::string> requests_;
   /// Whether it is granted, and its error.
   std::map<std::string, std::pair<bool, int>> outcomes_;
-  /// Held while an indication is under way.
+  /// Held during the delivery of an indication.
   std::mutex indication_mutex_;
   Callback* callback_ = nullptr;
 };

@@ -44,7 +44,7 @@ TEST(Connection, AttemptsUntilOneSucceeds) {
       EXPECT_EQ(TakeLog(), made ? log : Lines());
       EXPECT_EQ(world.script.utility_calls,
                 made ? Lines{"GetPidByProcessName QCMAP_ConnectionManager 200"} : Lines());
-      // The status is asked for with the error value that the enable left.
+      // The status is requested with the error value that the enable request left.
       const Lines sent = {"EnableMobileAP",
                           connects ? "GetMobileAPStatus (error 59)" : "GetMobileAPStatus"};
       EXPECT_EQ(world.Sent(), made && row.pid >= 0 ? sent : Lines());
@@ -77,7 +77,7 @@ TEST(Connection, AttemptThatThrowsLeavesNoClient) {
   }
 }
 
-// With the attempt parked before it has a client, and after.
+// The attempt waits before it has a client, then after.
 TEST(ThreadsConnection, OneAttemptsAndTheOthersFailAtOnce) {
   for (const char* const step : {"GetPidByProcessName", "GetMobileAPStatus"}) {
     World world(-1);

@@ -19,7 +19,8 @@ qcmap_msgr_bring_up_wwan_ind_msg_v01 Call(int32_t status, uint8_t has_profile = 
   return {{handle, status, {}, has_profile, profile}, {}};
 }
 
-/// Delivers past any client. What is logged, as priority and text, without the trace line.
+/// Calls the callback directly. Returns the line that it logs after the trace line, as priority and
+/// text, or "nothing".
 template <typename Record>
 std::string Deliver(uint32_t id, Record record) {
   TakeLog();
@@ -34,7 +35,7 @@ std::string Deliver(uint32_t id, Record record) {
   return log[1].substr(0, 2) + text;
 }
 
-/// Event code, further word and parameters.
+/// The event's code, its extra word and its parameters.
 std::string Text(const EventDic& event) {
   const auto code = static_cast<EventCode>(event.event_);
   std::string text = Join(NameOf<BRING_UP_CONNECTED>(code), event.extra_);

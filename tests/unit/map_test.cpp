@@ -1,4 +1,4 @@
-/// Mapping of VLANs to profiles: both ways between index and handle, and hostile counts.
+/// Mapping of VLANs to profiles: both ways between index and handle, and counts out of range.
 #include <climits>
 
 #include "world.h"

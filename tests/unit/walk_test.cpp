@@ -1,4 +1,4 @@
-/// Every operation along its four paths: no server, profile refused, request refused, granted.
+/// Runs every operation along four paths: no server, profile refused, request refused, granted.
 #include <unistd.h>
 
 #include <algorithm>
@@ -70,7 +70,7 @@ Lines Prefixed(const Operation& operation, const Lines& log) {
   return lines;
 }
 
-/// An out-value of whatever type, as if new.
+/// A new out-value of any type.
 struct Anything {
   template <typename Value>
   operator Value&() const {

@@ -14,7 +14,7 @@
 #include "mox/vendor/qcom/qcmap/subscription.h"
 #include "scripted_client.h"
 
-// How a failed comparison shows these.
+// Failed comparisons show names, not numbers.
 namespace mox {
 inline void PrintTo(Result result, std::ostream* out) {
   *out << NameOf(result);
@@ -39,8 +39,8 @@ using Lines = std::vector<std::string>;
 constexpr char kSelection[] = "bool @ChangeWwanProfile(uint32_t)";
 const Lines kSelectSecond = {"GetWWANPolicyList", "SetWWANProfileHandlePreference 22"};
 
-/// The wrapper is connected, unless `server_pid` says that there is no server; what that took is
-/// forgotten.
+/// The wrapper is connected unless `server_pid` is negative, which means that no server runs. What
+/// connecting requested and logged has been discarded.
 struct World {
   explicit World(int server_pid = 4711) : script(server_pid) {
     QcmapWrapper::s_ins_ = &wrapper;
