@@ -3,20 +3,13 @@
 
 #include <qcmap_client.h>
 
+#include "anything.h"
+
 struct Request {
   const char* name;
   bool (*send)(QCMAP_Client&, qmi_error_type_v01*);
 };
 
-/// Room for whatever a request writes.
-struct Anything {
-  template <typename Record>
-  operator Record*() const {
-    static Record records[QCMAP_MSGR_MAX_MAPPINGS_V01];
-    return records;
-  }
-};
-constexpr Anything kOut;
 constexpr auto kCall4 = QCMAP_MSGR_WWAN_CALL_TYPE_V4_V01;
 constexpr auto kFamily4 = QCMAP_MSGR_IP_FAMILY_V4_V01;
 
@@ -28,40 +21,40 @@ constexpr auto kFamily4 = QCMAP_MSGR_IP_FAMILY_V4_V01;
 
 inline const Request kEveryRequest[] = {
     SENDS(EnableMobileAP, error),
-    SENDS(GetMobileAPStatus, kOut, error),
-    SENDS(GetWWANPolicyList, kOut, error),
+    SENDS(GetMobileAPStatus, kAnything, error),
+    SENDS(GetWWANPolicyList, kAnything, error),
     SENDS(SetWWANProfileHandlePreference, 101, error),
-    SENDS(GetWWANPolicy, kOut, error),
+    SENDS(GetWWANPolicy, kAnything, error),
     SENDS(SetWWANPolicy, {}, error),
     SENDS(UpdateWWANPolicy, {}, {}, error),
     SENDS(CreateWWANPolicy, {}, error),
     SENDS(DeleteWWANPolicy, error),
     SENDS(SetAutoconnect, 1, error),
-    SENDS(GetAutoconnect, kOut, error),
+    SENDS(GetAutoconnect, kAnything, error),
     SENDS(SetRoaming, 1, error),
-    SENDS(GetRoaming, kOut, error),
+    SENDS(GetRoaming, kAnything, error),
     SENDS(EnableIPV4, error),
     SENDS(DisableIPV4, error),
     SENDS(EnableIPV6, error),
     SENDS(DisableIPV6, error),
-    SENDS(GetIPv4State, kOut, error),
-    SENDS(GetIPv6State, kOut, error),
-    SENDS(GetWWANStatus, kOut, kOut, error),
+    SENDS(GetIPv4State, kAnything, error),
+    SENDS(GetIPv6State, kAnything, error),
+    SENDS(GetWWANStatus, kAnything, kAnything, error),
     SENDS(ConnectBackHaul, kCall4, error),
     SENDS(DisconnectBackHaul, kCall4, error),
-    SENDS(GetWWANStatistics, kFamily4, kOut, error),
+    SENDS(GetWWANStatistics, kFamily4, kAnything, error),
     SENDS(ResetWWANStatistics, kFamily4, error),
-    SENDS(GetNetworkConfiguration, kFamily4, kOut, error),
-    SENDS(GetLANConfig, kOut, error),
+    SENDS(GetNetworkConfiguration, kFamily4, kAnything, error),
+    SENDS(GetLANConfig, kAnything, error),
     SENDS(SetLANConfig, {}, error),
     SENDS(ActivateLAN, error),
-    SENDS(SetVLANConfig, {}, error, kOut),
+    SENDS(SetVLANConfig, {}, error, kAnything),
     SENDS(DeleteVLANConfig, {}, error),
-    SENDS(GetVLANConfig, kOut, error),
+    SENDS(GetVLANConfig, kAnything, error),
     SENDS(AddPDNToVLANMapping, 2, 101, error),
     SENDS(DeletePDNToVLANMapping, 2, 101, error),
-    SENDS(GetPDNtoVLANMappings, kOut, kOut, error),
-    SENDS(SetIPPassthroughConfig, {}, true, kOut, error),
-    SENDS(GetIPPassthroughConfig, kOut, kOut, error),
-    SENDS(GetIPPassthroughState, kOut, error),
+    SENDS(GetPDNtoVLANMappings, kAnything, kAnything, error),
+    SENDS(SetIPPassthroughConfig, {}, true, kAnything, error),
+    SENDS(GetIPPassthroughConfig, kAnything, kAnything, error),
+    SENDS(GetIPPassthroughState, kAnything, error),
 };
