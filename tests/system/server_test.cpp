@@ -51,15 +51,16 @@ TEST_F(Server, LeavesNothingBehindAndNeverTakesALivingServersSocket) {
 
 TEST_F(Server, TellsWhatIsWrongWithAConsoleLine) {
   Start({"--console"});
-  const std::pair<const char*, const char*> rows[] = {
-      {"bogus", "unknown command 'bogus'"},
-      {"network maybe", "usage: network on|off"},
-      {"drop 3", "there is no such profile"},
-      {"traffic 0 5 1 1", "usage: traffic"},
-      {"indicate 0x25 4294967296", "usage: indicate"},
-      {"raw 0x25 123", "usage: raw"},
-      {"sleep forever", "usage: sleep"},
-      {"fail Nothing", "there is no request 'Nothing'"}};
+  const struct {
+    const char *command, *message;
+  } rows[] = {{"bogus", "unknown command 'bogus'"},
+              {"network maybe", "usage: network on|off"},
+              {"drop 3", "there is no such profile"},
+              {"traffic 0 5 1 1", "usage: traffic"},
+              {"indicate 0x25 4294967296", "usage: indicate"},
+              {"raw 0x25 123", "usage: raw"},
+              {"sleep forever", "usage: sleep"},
+              {"fail Nothing", "there is no request 'Nothing'"}};
   int line = 0;
   for (const auto& [command, message] : rows) {
     server_->Write(std::string(command) + "\n");
@@ -90,49 +91,57 @@ TEST_F(Server, RefusesWhatAModemRefuses) {
   Start({"--call-time", "600000", "--console", "--profiles", "49"});
   QCMAP_Client client(nullptr);
   constexpr auto kCall6 = QCMAP_MSGR_WWAN_CALL_TYPE_V6_V01;
-  const auto policy = [](int family, uint8_t v4, uint8_t v6) {
-    return qcmap_msgr_net_policy_info_v01{
-        1, static_cast<qcmap_msgr_ip_family_enum_v01>(family), {v4, v4}, {v6, v6}};
-  };
-  const auto lan = [](uint32_t start) {
-    return qcmap_msgr_lan_config_v01{0x0A000001, 0xFFFFFF00, 1, start, 0x0A0000FE, 60};
-  };
+  qcmap_msgr_net_policy_info_v01 policy4{};
+  policy4.tech_pref = QCMAP_MSGR_TECH_PREF_3GPP_V01;
+  policy4.ip_family = QCMAP_MSGR_IP_FAMILY_V4_V01;
+  policy4.v4_profile_id[0] = policy4.v4_profile_id[1] = 24;
+  qcmap_msgr_net_policy_info_v01 wrong_policy4 = policy4;
+  wrong_policy4.v4_profile_id[1] = 25;
+  qcmap_msgr_vlan_config_v01 vlan{"eth0", 7, {}}, wrong_vlan{"eth0", 4095, {}};
+  qcmap_msgr_lan_config_v01 lan{};
+  lan.gw_ip = 0x0A000001;
+  lan.netmask = 0xFFFFFF00;
+  lan.enable_dhcp = 1;
+  lan.dhcp_start_ip = 0x0A000002;
+  lan.dhcp_end_ip = 0x0A0000FE;
+  qcmap_msgr_lan_config_v01 lan_with_gateway_in_range = lan;
+  lan_with_gateway_in_range.dhcp_start_ip = lan.gw_ip;
   qmi_error_type_v01 e{};
-  const auto expect = [&e](bool granted, int error, int line = __builtin_LINE()) {
-    EXPECT_EQ(granted, error == 0) << "line " << line;
+  const auto expect = [&e](bool granted, qmi_error_type_v01 error, int line = __builtin_LINE()) {
+    EXPECT_EQ(granted, error == QMI_ERR_NONE_V01) << "line " << line;
     EXPECT_EQ(e, error) << "line " << line;
   };
-  expect(client.SetWWANProfileHandlePreference(100, &e), 9);
-  expect(client.SetWWANProfileHandlePreference(149, &e), 0);
-  expect(client.CreateWWANPolicy(policy(4, 25, 0), &e), 48);
-  expect(client.CreateWWANPolicy(policy(4, 24, 0), &e), 0);
-  expect(client.CreateWWANPolicy(policy(6, 0, 1), &e), 51);
+  expect(client.SetWWANProfileHandlePreference(100, &e), QMI_ERR_INVALID_HANDLE_V01);
+  expect(client.SetWWANProfileHandlePreference(149, &e), QMI_ERR_NONE_V01);
+  expect(client.CreateWWANPolicy(wrong_policy4, &e), QMI_ERR_INVALID_ARG_V01);
+  expect(client.CreateWWANPolicy(policy4, &e), QMI_ERR_NONE_V01);
+  expect(client.CreateWWANPolicy(policy4, &e), QMI_ERR_NO_MEMORY_IN_LIST_V01);
   Console("network off");
-  expect(client.ConnectBackHaul(kCall4, &e), 13);
+  expect(client.ConnectBackHaul(kCall4, &e), QMI_ERR_NO_NETWORK_FOUND_V01);
   Console("network on\nroaming on");
-  expect(client.ConnectBackHaul(kCall4, &e), 14);
-  expect(client.SetRoaming(1, &e), 0);
-  expect(client.DisableIPV6(&e), 0);
-  expect(client.ConnectBackHaul(kCall6, &e), 14);
-  expect(client.ConnectBackHaul(kCall4, &e), 0);
-  expect(client.ConnectBackHaul(kCall4, &e), 26);
-  expect(client.DeleteWWANPolicy(&e), 90);
-  expect(client.DisconnectBackHaul(kCall4, &e), 0);
-  expect(client.DisconnectBackHaul(kCall4, &e), 26);
-  expect(client.SetWWANProfileHandlePreference(150, &e), 0);
+  expect(client.ConnectBackHaul(kCall4, &e), QMI_ERR_CALL_FAILED_V01);
+  expect(client.SetRoaming(1, &e), QMI_ERR_NONE_V01);
+  expect(client.DisableIPV6(&e), QMI_ERR_NONE_V01);
+  expect(client.ConnectBackHaul(kCall6, &e), QMI_ERR_CALL_FAILED_V01);
+  expect(client.ConnectBackHaul(kCall4, &e), QMI_ERR_NONE_V01);
+  expect(client.ConnectBackHaul(kCall4, &e), QMI_ERR_NO_EFFECT_V01);
+  expect(client.DeleteWWANPolicy(&e), QMI_ERR_INCOMPATIBLE_STATE_V01);
+  expect(client.DisconnectBackHaul(kCall4, &e), QMI_ERR_NONE_V01);
+  expect(client.DisconnectBackHaul(kCall4, &e), QMI_ERR_NO_EFFECT_V01);
+  expect(client.SetWWANProfileHandlePreference(150, &e), QMI_ERR_NONE_V01);
   Console("roaming off");
-  expect(client.ConnectBackHaul(kCall6, &e), 14);
-  expect(client.DeleteWWANPolicy(&e), 0);
-  expect(client.GetWWANPolicy(kAnything, &e), 9);
-  expect(client.DeleteVLANConfig({"eth0", 7, {}}, &e), 48);
-  expect(client.SetVLANConfig({"eth0", 4095, {}}, &e, kAnything), 48);
-  expect(client.SetVLANConfig({"eth0", 7, {}}, &e, kAnything), 0);
-  expect(client.AddPDNToVLANMapping(7, 150, &e), 9);
-  expect(client.AddPDNToVLANMapping(7, 101, &e), 0);
-  expect(client.AddPDNToVLANMapping(7, 102, &e), 90);
-  expect(client.DeletePDNToVLANMapping(7, 102, &e), 48);
-  expect(client.SetLANConfig(lan(0x0A000002), &e), 0);
-  expect(client.SetLANConfig(lan(0x0A000001), &e), 48);
+  expect(client.ConnectBackHaul(kCall6, &e), QMI_ERR_CALL_FAILED_V01);
+  expect(client.DeleteWWANPolicy(&e), QMI_ERR_NONE_V01);
+  expect(client.GetWWANPolicy(kAnything, &e), QMI_ERR_INVALID_HANDLE_V01);
+  expect(client.DeleteVLANConfig(vlan, &e), QMI_ERR_INVALID_ARG_V01);
+  expect(client.SetVLANConfig(wrong_vlan, &e, kAnything), QMI_ERR_INVALID_ARG_V01);
+  expect(client.SetVLANConfig(vlan, &e, kAnything), QMI_ERR_NONE_V01);
+  expect(client.AddPDNToVLANMapping(7, 150, &e), QMI_ERR_INVALID_HANDLE_V01);
+  expect(client.AddPDNToVLANMapping(7, 101, &e), QMI_ERR_NONE_V01);
+  expect(client.AddPDNToVLANMapping(7, 102, &e), QMI_ERR_INCOMPATIBLE_STATE_V01);
+  expect(client.DeletePDNToVLANMapping(7, 102, &e), QMI_ERR_INVALID_ARG_V01);
+  expect(client.SetLANConfig(lan, &e), QMI_ERR_NONE_V01);
+  expect(client.SetLANConfig(lan_with_gateway_in_range, &e), QMI_ERR_INVALID_ARG_V01);
 }
 
 }  // namespace

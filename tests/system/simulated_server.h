@@ -9,6 +9,7 @@
 #include <condition_variable>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -63,24 +64,21 @@ class SimulatedServer : public testing::Test {
   int commands_ = 0;
 };
 
-/// What a subscriber has received, as "CODE profile HANDLE ipv N".
+/// What a subscriber has received, for instance as "WWAN_CONNECTED 102 ipv4".
 class Events {
  public:
   explicit Events(QcmapWrapper& wrapper, std::function<void()> then = {}) : wrapper_(wrapper) {
     Subscribe(wrapper, this, [this, then](EventDic& event) {
       if (then) then();
-      char text[80];
-      std::snprintf(text, sizeof text, "%x profile %s ipv%s", event.event_,
-                    event.params_[EventDic::PROFILE_HANDLE].c_str(),
-                    event.params_[EventDic::IP_VERSION].c_str());
       const std::lock_guard<std::mutex> lock(mutex_);
-      received_.push_back(text);
+      received_.push_back(Name(event.event_) + " " + event.params_[EventDic::PROFILE_HANDLE] +
+                          " ipv" + event.params_[EventDic::IP_VERSION]);
       changed_.notify_all();
     });
   }
   ~Events() { Unsubscribe(wrapper_, this); }
 
-  /// Waits for as many events as expected, and returns all there are.
+  /// Waits until there are `count` events or time is up, and returns all there are.
   std::vector<std::string> WaitFor(size_t count) {
     std::unique_lock<std::mutex> lock(mutex_);
     changed_.wait_for(lock, kPatience, [&] { return received_.size() >= count; });
@@ -88,6 +86,19 @@ class Events {
   }
 
  private:
+  static std::string Name(uint32_t code) {
+    using namespace mox::vendor::qcom::qcmap;
+    static const std::map<uint32_t, std::string> names = {
+        {BRING_UP_CONNECTED, "BRING_UP_CONNECTED"},
+        {BRING_UP_CONNECTION_FAILED, "BRING_UP_CONNECTION_FAILED"},
+        {TEAR_DOWN_DISCONNECTED, "TEAR_DOWN_DISCONNECTED"},
+        {TEAR_DOWN_DISCONNECTION_FAILED, "TEAR_DOWN_DISCONNECTION_FAILED"},
+        {WWAN_CONNECTED, "WWAN_CONNECTED"},
+        {WWAN_DISCONNECTED, "WWAN_DISCONNECTED"}};
+    const auto name = names.find(code);
+    return name == names.end() ? "event " + std::to_string(code) : name->second;
+  }
+
   QcmapWrapper& wrapper_;
   std::mutex mutex_;
   std::condition_variable changed_;

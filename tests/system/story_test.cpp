@@ -10,6 +10,8 @@ using mox::wwan::MobileapManager;
 using Story = SimulatedServer;
 
 constexpr auto kSuccess = Result::SUCCESS;
+/// The tethering mode of that interface.
+constexpr int32_t kEth0 = 3;
 
 TEST_F(Story, CallComesUpAndGoesDownWithEventsAddressesAndCounters) {
   Start({"--call-time", "20", "--traffic", "0", "--console"});
@@ -43,10 +45,11 @@ TEST_F(Story, CallComesUpAndGoesDownWithEventsAddressesAndCounters) {
   EXPECT_EQ(events.WaitFor(6).size(), 6u);
   EXPECT_EQ(wrapper.DisconnectBackhaul(1, IPFamily::IPV4), Result::FAILURE);
   Console("drop 1 6");
-  const std::vector<std::string> expected = {"200 profile 102 ipv4", "204 profile 102 ipv4",
-                                             "200 profile 102 ipv6", "204 profile 102 ipv6",
-                                             "202 profile 102 ipv4", "205 profile 102 ipv4",
-                                             "205 profile 102 ipv6"};
+  const std::vector<std::string> expected = {
+      "BRING_UP_CONNECTED 102 ipv4",     "WWAN_CONNECTED 102 ipv4",
+      "BRING_UP_CONNECTED 102 ipv6",     "WWAN_CONNECTED 102 ipv6",
+      "TEAR_DOWN_DISCONNECTED 102 ipv4", "WWAN_DISCONNECTED 102 ipv4",
+      "WWAN_DISCONNECTED 102 ipv6"};
   EXPECT_EQ(events.WaitFor(7), expected);
   EXPECT_TRUE(Eventually([&] { return seen[1] == 7; })) << "each step up and down";
   EXPECT_EQ(seen[0], 0) << "what came of another session's requests";
@@ -65,9 +68,9 @@ TEST_F(Story, NetworkThatComesAndGoesIsFollowedByTheCalls) {
   EXPECT_EQ(events.WaitFor(2).size(), 2u);
   EXPECT_EQ(wrapper.ConnectBackhaul(0, IPFamily::IPV6), kSuccess);
   Console("network off");
-  const std::vector<std::string> expected = {"204 profile 103 ipv4", "204 profile 103 ipv6",
-                                             "201 profile 101 ipv6", "205 profile 103 ipv4",
-                                             "205 profile 103 ipv6"};
+  const std::vector<std::string> expected = {
+      "WWAN_CONNECTED 103 ipv4", "WWAN_CONNECTED 103 ipv6", "BRING_UP_CONNECTION_FAILED 101 ipv6",
+      "WWAN_DISCONNECTED 103 ipv4", "WWAN_DISCONNECTED 103 ipv6"};
   EXPECT_EQ(events.WaitFor(5), expected);
 }
 
@@ -78,7 +81,7 @@ TEST_F(Story, VlansAreMappedToTheirProfilesAndPassthroughToItsHost) {
   EXPECT_EQ(wrapper.ConnectBackhaul(0, IPFamily::IPV4), kSuccess);
   EXPECT_EQ(wrapper.ConnectBackhaul(2, IPFamily::IPV4), kSuccess);
   EXPECT_EQ(events.WaitFor(4).size(), 4u);
-  MobileapManager::VlanConfig vlans[] = {{3, 100, 0}, {3, 4094, 2}};
+  MobileapManager::VlanConfig vlans[] = {{kEth0, 100, 0}, {kEth0, 4094, 2}};
   for (auto& vlan : vlans) {
     EXPECT_FALSE(wrapper.SetPdnToVlanMapping(vlan)) << "no such VLAN yet";
     EXPECT_TRUE(wrapper.SetVlanConfig(vlan));
@@ -91,7 +94,7 @@ TEST_F(Story, VlansAreMappedToTheirProfilesAndPassthroughToItsHost) {
   ASSERT_TRUE(wrapper.GetPdnToVlanMapping(mappings));
   ASSERT_EQ(mappings.size(), 2u);
   Console("drop 2 4");
-  EXPECT_EQ(events.WaitFor(5).back(), "205 profile 103 ipv4");
+  EXPECT_EQ(events.WaitFor(5).back(), "WWAN_DISCONNECTED 103 ipv4");
   EXPECT_EQ(mappings[1].vlan_id, 4094);
   EXPECT_EQ(mappings[1].profile_index, 2);
   vlans[1].profile_index = -1;
