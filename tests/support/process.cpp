@@ -49,11 +49,13 @@ void Process::Write(const std::string& text) const {
 }
 
 bool Process::WaitForOutput(const std::string& text) {
+  const auto deadline = std::chrono::steady_clock::now() + kPatience;
   while (output_.find(text) == std::string::npos) {
+    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
+        deadline - std::chrono::steady_clock::now());
     pollfd waited{output_fd_, POLLIN, 0};
     char bytes[4096];
-    if (::poll(&waited, 1, static_cast<int>(kPatience / std::chrono::milliseconds(1))) <= 0)
-      return false;
+    if (left.count() <= 0 || ::poll(&waited, 1, static_cast<int>(left.count())) <= 0) return false;
     const ssize_t size = ::read(output_fd_, bytes, sizeof bytes);
     if (size <= 0) return false;
     output_.append(bytes, static_cast<size_t>(size));
@@ -64,6 +66,7 @@ bool Process::WaitForOutput(const std::string& text) {
 int Process::Wait() {
   int status = 0;
   WaitForOutput("\1 which no process prints");
-  ended_ = ::waitpid(pid_, &status, 0) == pid_;
+  ended_ = Eventually([&] { return ::waitpid(pid_, &status, WNOHANG) == pid_; });
+  if (!ended_) throw std::runtime_error("the process does not end");
   return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }

@@ -11,19 +11,22 @@
 /// How long a test waits for what must happen.
 constexpr std::chrono::seconds kPatience{10};
 
-/// Whether `condition` comes true.
+/// Waits until `condition` is true or time is up. Returns whether it is true.
 template <typename Condition>
 bool Eventually(Condition condition) {
   const auto deadline = std::chrono::steady_clock::now() + kPatience;
-  while (!condition() && std::chrono::steady_clock::now() < deadline) std::this_thread::yield();
+  while (std::chrono::steady_clock::now() < deadline) {
+    if (condition()) return true;
+    std::this_thread::yield();
+  }
   return condition();
 }
 
 class Process {
  public:
-  /// Runs `program`; the first of `arguments` is the name that it is to bear.
+  /// Runs `program`. The first of `arguments` is the name under which it appears.
   Process(const std::string& program, const std::vector<std::string>& arguments);
-  /// Kills it when it still runs.
+  /// Kills the process if it still runs.
   ~Process();
   Process(const Process&) = delete;
   Process& operator=(const Process&) = delete;
@@ -32,12 +35,13 @@ class Process {
   void Signal(int number) const;
   /// Feeds standard input.
   void Write(const std::string& text) const;
-  /// Reads on until standard output or error has shown `text`. False when they end or nothing
-  /// comes any more.
+  /// Reads on until `text` has appeared on standard output or error. Returns false if both end
+  /// first or time is up.
   bool WaitForOutput(const std::string& text);
-  /// What both have shown so far.
+  /// What has been read from both so far.
   const std::string& output() const { return output_; }
-  /// Reads both to their end. Returns the exit status, or -N after signal N.
+  /// Waits for the end of the process. Returns its exit status, or -N after signal N. Throws
+  /// if time is up.
   int Wait();
 
  private:
