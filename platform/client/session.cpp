@@ -134,13 +134,15 @@ qmi_error_type_v01 Session::Exchange(const Socket& socket, uint32_t id, const vo
   busy_ = true;
   lock.unlock();
 
-  const Header header{id, ++transaction_, 0, static_cast<uint32_t>(length)};
+  const Header header{
+      id, ++transaction_, 0, static_cast<uint32_t>(length), ToMonotonicTime(deadline), profile_, 0};
   qmi_error_type_v01 error = QMI_ERR_INTERNAL_V01;
   if (Send(socket.fd(), header, request, deadline)) {
     if (const auto answer = Receive(socket.fd(), header, deadline)) {
       if (answer->header.error != 0) {
         error = static_cast<qmi_error_type_v01>(answer->header.error);
       } else if (unpack(*answer, reply)) {
+        profile_ = answer->header.profile;
         error = QMI_ERR_NONE_V01;
       }
     }

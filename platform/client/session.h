@@ -89,6 +89,10 @@ class Session {
   bool busy_ = false;
   bool lost_ = false;
   uint32_t transaction_ = 0;
+  /// Handle of the profile on which the server has last confirmed to act. It is named in every
+  /// request, so a selection that was given up has no effect on later requests. 0 at first: the
+  /// first in the list.
+  profile_handle_type_v01 profile_ = 0;
   unsigned char reply_[kMaxDatagramBytes];
 
   uint32_t handle_ = 0;

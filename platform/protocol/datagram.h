@@ -1,6 +1,7 @@
 /// The datagrams between client and server: a header and the record that follows it.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -8,6 +9,14 @@
 #include <string>
 
 namespace sim {
+
+/// A time of CLOCK_MONOTONIC in nanoseconds, which means the same to both ends on one machine.
+using MonotonicTime = uint64_t;
+constexpr MonotonicTime kNoDeadline = UINT64_MAX;
+
+inline MonotonicTime ToMonotonicTime(std::chrono::steady_clock::time_point time) {
+  return static_cast<MonotonicTime>(std::chrono::nanoseconds(time.time_since_epoch()).count());
+}
 
 struct Header {
   /// A MessageId, or the id of an indication.
@@ -18,11 +27,20 @@ struct Header {
   int32_t error;
   /// Bytes of the record.
   uint32_t length;
+  /// In a request, when its caller gives up. The server does not carry it out from then on.
+  /// kNoDeadline in replies and indications.
+  MonotonicTime deadline;
+  /// In a request, handle of the profile that the client last had confirmed, or 0 for the first in
+  /// the list. In a reply, the one to name in the next request. 0 in an indication.
+  uint32_t profile;
+  uint32_t reserved;
 };
+static_assert(sizeof(Header) == 32, "32-bit programs use the same layout");
 
 inline std::string MakeDatagram(uint32_t id, uint32_t transaction, int32_t error,
-                                const std::string& record) {
-  const Header header{id, transaction, error, static_cast<uint32_t>(record.size())};
+                                const std::string& record, uint32_t profile = 0) {
+  const auto length = static_cast<uint32_t>(record.size());
+  const Header header{id, transaction, error, length, kNoDeadline, profile, 0};
   return std::string(reinterpret_cast<const char*>(&header), sizeof header) + record;
 }
 

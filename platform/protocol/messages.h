@@ -45,7 +45,7 @@ using VlanList = qcmap_msgr_vlan_conf_t;
   MESSAGE(SetWWANProfileHandlePreference, profile_handle_type_v01, Nothing) \
   MESSAGE(CreateWWANPolicy, qcmap_msgr_net_policy_info_v01, Nothing)
 
-// These act on the session's current profile.
+// These act on the profile that the header names.
 #define SIM_PROFILE_MESSAGES(MESSAGE) \
   MESSAGE(GetWWANPolicy, Nothing, qcmap_msgr_net_policy_info_v01) \
   MESSAGE(SetWWANPolicy, qcmap_msgr_net_policy_info_v01, Nothing) \
@@ -90,6 +90,11 @@ using VlanList = qcmap_msgr_vlan_conf_t;
 #define SIM_NUMBER(name, request, reply) name,
 enum class MessageId : uint32_t { SIM_MESSAGES(SIM_NUMBER) kCount };
 #undef SIM_NUMBER
+
+#define SIM_NAME(name, request, reply) #name,
+/// Indexed by MessageId.
+constexpr const char* kMessageNames[] = {SIM_MESSAGES(SIM_NAME)};
+#undef SIM_NAME
 
 namespace message {
 #define SIM_TYPE(name, request, reply)                           \

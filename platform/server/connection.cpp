@@ -1,6 +1,7 @@
 /// Receives a client's requests one by one and sends replies and indications.
 #include "server/connection.h"
 
+#include <poll.h>
 #include <sys/socket.h>
 
 namespace sim {
@@ -29,6 +30,7 @@ Connection::~Connection() {
 }
 
 void Connection::Start() {
+  if (hub_.ClosesAt(Step::kAccepted, message::OpenSession::kId)) return Close();
   SetTimeLimit("a client sent nothing");
   Receive();
 }
@@ -66,6 +68,9 @@ void Connection::OnDatagram(size_t size) {
   const auto datagram = ParseDatagram(received_.data(), size);
   if (!datagram || (received_flags_ & MSG_TRUNC) != 0)
     return CloseBecause("a datagram has an invalid size");
+  const uint32_t id = datagram->header.id;
+  if (hub_.ClosesAt(Step::kRead, id)) return Close();
+  if (IsGivenUp(datagram->header)) return Receive();
   if (client_ == nullptr) {
     if (!Open(*datagram)) CloseBecause("a client did not open its session");
     return;
@@ -73,11 +78,23 @@ void Connection::OnDatagram(size_t size) {
   if (gets_indications_)
     return CloseBecause("a client sent a request on its connection for indications");
   std::string reply = hub_.requests_->Answer(*client_, *datagram);
-  if (hub_.latency_.count() == 0) return Send(std::move(reply));
+  if (hub_.ClosesAt(Step::kCarriedOut, id)) return Close();
+  if (hub_.latency_.count() == 0) return Reply(id, std::move(reply));
   timer_.expires_after(hub_.latency_);
-  timer_.async_wait([self = shared_from_this(), reply](const asio::error_code& cancelled) {
-    if (!cancelled) self->Send(reply);
+  timer_.async_wait([self = shared_from_this(), id, reply](const asio::error_code& cancelled) {
+    if (!cancelled) self->Reply(id, reply);
   });
+}
+
+bool Connection::IsGivenUp(const Header& request) {
+  if (ToMonotonicTime(std::chrono::steady_clock::now()) >= request.deadline) return true;
+  pollfd peer{socket_.native_handle(), POLLRDHUP, 0};
+  return ::poll(&peer, 1, 0) > 0;
+}
+
+void Connection::Reply(uint32_t id, std::string reply) {
+  Send(std::move(reply));
+  if (hub_.ClosesAt(Step::kReplied, id)) Close();
 }
 
 bool Connection::Open(const Datagram& datagram) {
@@ -97,6 +114,7 @@ bool Connection::Open(const Datagram& datagram) {
   Send(MakeDatagram(
       datagram.header.id, datagram.header.transaction, QMI_ERR_NONE_V01,
       std::string(reinterpret_cast<const char*>(&client_->handle), sizeof client_->handle)));
+  if (!gets_indications_ && hub_.ClosesAt(Step::kOpened, datagram.header.id)) Close();
   return true;
 }
 

@@ -28,9 +28,13 @@ class Connection : public std::enable_shared_from_this<Connection> {
  private:
   void Receive();
   void OnDatagram(size_t size);
+  /// Whether the caller has given the request up or has gone. Then the request must not be carried
+  /// out, since the caller would not learn of it.
+  bool IsGivenUp(const Header& request);
   /// Answers the first datagram, which must open a session or join one. Returns false when it does
   /// neither.
   bool Open(const Datagram& datagram);
+  void Reply(uint32_t id, std::string reply);
   /// Sends as much as the socket takes, and continues when it takes more.
   void Flush();
   void CloseBecause(const char* reason);

@@ -4,10 +4,12 @@
 #include <asio/basic_socket_acceptor.hpp>
 #include <asio/generic/seq_packet_protocol.hpp>
 #include <asio/steady_timer.hpp>
+#include <memory>
 #include <set>
 #include <string>
 
 #include "server/requests.h"
+#include "server/step_hook.h"
 
 namespace sim {
 
@@ -37,6 +39,10 @@ class Hub {
   /// complaints that were left out.
   void Complain(const std::string& complaint);
   uint32_t NewHandle() { return next_handle_++; }
+  /// Whether a test wants the connection closed at this step.
+  bool ClosesAt(Step step, uint32_t request) {
+    return step_hook_ != nullptr && step_hook_->Reach(step, request);
+  }
 
   asio::io_context& io_;
   Requests* requests_ = nullptr;
@@ -44,6 +50,8 @@ class Hub {
   asio::basic_socket_acceptor<Protocol> acceptor_;
   asio::steady_timer pause_;
   std::set<Connection*> connections_;
+  /// Null except in tests.
+  const std::unique_ptr<StepHook> step_hook_ = StepHook::FromEnvironment();
   uint32_t next_handle_ = 5001;
   asio::steady_timer::time_point complained_{};
   unsigned complaints_left_out_ = 0;

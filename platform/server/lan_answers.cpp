@@ -30,7 +30,7 @@ bool IsValid(const Vlan& vlan) {
 
 class LanAnswers {
  public:
-  LanAnswers(Model& model, ClientState&)
+  LanAnswers(Model& model, Caller&)
       : lan_(model.lan), vlans_(lan_.vlans), mappings_(lan_.mappings), modem_(model.modem) {}
   explicit operator bool() const { return true; }
 

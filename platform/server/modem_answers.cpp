@@ -6,7 +6,7 @@ namespace {
 
 class ModemAnswers {
  public:
-  ModemAnswers(Model& model, ClientState& client) : modem_(model.modem), client_(client) {}
+  ModemAnswers(Model& model, Caller& caller) : modem_(model.modem), caller_(caller) {}
   explicit operator bool() const { return true; }
 
   Error EnableMobileAP(const Nothing&, Nothing&) {
@@ -26,7 +26,7 @@ class ModemAnswers {
   }
   Error SetWWANProfileHandlePreference(const profile_handle_type_v01& handle, Nothing&) {
     if (modem_.Find(handle) == nullptr) return QMI_ERR_INVALID_HANDLE_V01;
-    client_.profile = handle;
+    caller_.profile = handle;
     return kGranted;
   }
   Error CreateWWANPolicy(const qcmap_msgr_net_policy_info_v01& policy, Nothing&) {
@@ -39,7 +39,7 @@ class ModemAnswers {
 
  private:
   Modem& modem_;
-  ClientState& client_;
+  Caller& caller_;
 };
 
 }  // namespace

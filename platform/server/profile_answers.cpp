@@ -1,4 +1,4 @@
-/// Answers to the requests about the current profile: its policy, its switches and its calls.
+/// Answers to the requests about one profile: its policy, its switches and its calls.
 #include <arpa/inet.h>
 
 #include <algorithm>
@@ -20,14 +20,14 @@ Error Give(Value& reply, const Value& value) {
   return kGranted;
 }
 
-/// Answers for the client's current profile. The object converts to false when there is none.
+/// Answers for the profile that the request names. The object converts to false when there is none.
 class ProfileAnswers {
  public:
-  ProfileAnswers(Model& model, ClientState& client)
-      : modem_(model.modem), lan_(model.lan), client_(client) {
-    if (client_.profile == 0 && !modem_.profiles().empty())
-      client_.profile = modem_.profiles().front().handle;
-    profile_ = modem_.Find(client_.profile);
+  ProfileAnswers(Model& model, Caller& caller)
+      : modem_(model.modem), lan_(model.lan), caller_(caller) {
+    if (caller_.profile == 0 && !modem_.profiles().empty())
+      caller_.profile = modem_.profiles().front().handle;
+    profile_ = modem_.Find(caller_.profile);
   }
   explicit operator bool() const { return profile_ != nullptr; }
 
@@ -118,7 +118,7 @@ class ProfileAnswers {
   Error Order(CallType type, Error (Modem::*order)(Profile&, FamilyIndex, uint32_t)) {
     const bool is_v6 = type == QCMAP_MSGR_WWAN_CALL_TYPE_V6_V01;
     if (!is_v6 && type != QCMAP_MSGR_WWAN_CALL_TYPE_V4_V01) return QMI_ERR_INVALID_ARG_V01;
-    return (modem_.*order)(*profile_, is_v6 ? kIpv6 : kIpv4, client_.handle);
+    return (modem_.*order)(*profile_, is_v6 ? kIpv6 : kIpv4, caller_.handle);
   }
   template <typename Use>
   Error ForEach(IpFamily meant, Use use) {
@@ -132,7 +132,7 @@ class ProfileAnswers {
 
   Modem& modem_;
   Lan& lan_;
-  ClientState& client_;
+  Caller& caller_;
   Profile* profile_;
 };
 

@@ -6,16 +6,13 @@
 namespace sim {
 namespace {
 
-#define SIM_NAME(name, request, reply) #name,
-constexpr const char* kNames[] = {SIM_MESSAGES(SIM_NAME)};
-#undef SIM_NAME
-
 constexpr uint64_t kAlways = UINT64_MAX;
 
 }  // namespace
 
-std::string Requests::Answer(ClientState& client, const Datagram& request) {
+std::string Requests::Answer(const ClientState& client, const Datagram& request) {
   const Header& header = request.header;
+  Caller caller{client.handle, header.profile};
   std::string record;
   Error error = QMI_ERR_INVALID_ARG_V01;
   const auto failure = failures_.find(header.id);
@@ -27,9 +24,9 @@ std::string Requests::Answer(ClientState& client, const Datagram& request) {
     AnswerFunction answer = FindModemAnswer(header.id);
     if (answer == nullptr) answer = FindProfileAnswer(header.id);
     if (answer == nullptr) answer = FindLanAnswer(header.id);
-    if (answer != nullptr) error = answer(model_, client, request, record);
+    if (answer != nullptr) error = answer(model_, caller, request, record);
   }
-  return MakeDatagram(header.id, header.transaction, error, record);
+  return MakeDatagram(header.id, header.transaction, error, record, caller.profile);
 }
 
 std::string Requests::Fail(const std::string& text) {
@@ -44,7 +41,7 @@ std::string Requests::Fail(const std::string& text) {
       (!ParseNumber(text.substr(second + 1), kAlways - 1, count) || count == 0))
     return "the count of '" + text + "' is not a number above 0";
   for (uint32_t id = 0; id < message::OpenSession::kId; ++id) {
-    if (name != kNames[id]) continue;
+    if (name != kMessageNames[id]) continue;
     failures_[id] = {static_cast<Error>(error), count};
     return {};
   }

@@ -18,8 +18,16 @@ struct Model {
 
 constexpr Error kGranted = QMI_ERR_NONE_V01;
 
+/// Who sent a request, and which profile it is about.
+struct Caller {
+  /// The client's Mobile AP handle.
+  uint32_t handle;
+  /// Handle of a profile. 0 is replaced by the first in the list where a request needs a profile.
+  profile_handle_type_v01 profile;
+};
+
 /// Answers a request. When the request is granted, `record` becomes the record of the reply.
-using AnswerFunction = Error (*)(Model&, ClientState&, const Datagram&, std::string& record);
+using AnswerFunction = Error (*)(Model&, Caller&, const Datagram&, std::string& record);
 /// Each finds the answer to a message of its group in messages.h; null for any other message.
 AnswerFunction FindModemAnswer(uint32_t id);
 AnswerFunction FindProfileAnswer(uint32_t id);
@@ -28,11 +36,11 @@ AnswerFunction FindLanAnswer(uint32_t id);
 /// Decodes the request, has method `kAnswer` of a temporary `Answers` object answer it, and encodes
 /// the reply.
 template <typename Message, typename Answers, auto kAnswer>
-Error AnswerWith(Model& model, ClientState& client, const Datagram& datagram, std::string& record) {
+Error AnswerWith(Model& model, Caller& caller, const Datagram& datagram, std::string& record) {
   typename Message::Request request;
   typename Message::Reply reply{};
   if (!Unpack(datagram, request)) return QMI_ERR_INVALID_ARG_V01;
-  Answers answers(model, client);
+  Answers answers(model, caller);
   const Error error = answers ? (answers.*kAnswer)(request, reply) : QMI_ERR_INVALID_HANDLE_V01;
   if (error == kGranted) record.assign(reinterpret_cast<const char*>(&reply), WireSize(reply));
   return error;
@@ -43,7 +51,7 @@ class Requests {
   explicit Requests(Model& model) : model_(model) {}
 
   /// Returns the datagram of the reply.
-  std::string Answer(ClientState& client, const Datagram& request);
+  std::string Answer(const ClientState& client, const Datagram& request);
 
   /// Makes a request fail from now on. `text` is REQUEST[:ERROR[:COUNT]]. Returns what is wrong
   /// with the text, or an empty string.

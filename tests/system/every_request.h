@@ -12,6 +12,8 @@ struct Request {
 
 constexpr auto kCall4 = QCMAP_MSGR_WWAN_CALL_TYPE_V4_V01;
 constexpr auto kFamily4 = QCMAP_MSGR_IP_FAMILY_V4_V01;
+constexpr qcmap_msgr_net_policy_info_v01 kPolicy{1, kFamily4, {9, 9}, {9, 9}};
+constexpr qcmap_msgr_lan_config_v01 kLan{0x0A000001, 0xFFFFFF00, 0, 0, 0, 60};
 
 #define SENDS(name, ...)                                                                           \
   {                                                                                                \
@@ -25,9 +27,9 @@ inline const Request kEveryRequest[] = {
     SENDS(GetWWANPolicyList, kAnything, error),
     SENDS(SetWWANProfileHandlePreference, 101, error),
     SENDS(GetWWANPolicy, kAnything, error),
-    SENDS(SetWWANPolicy, {}, error),
-    SENDS(UpdateWWANPolicy, {}, {}, error),
-    SENDS(CreateWWANPolicy, {}, error),
+    SENDS(SetWWANPolicy, kPolicy, error),
+    SENDS(UpdateWWANPolicy, QCMAP_MSGR_UPDATE_PROFILE_V4_V01, kPolicy, error),
+    SENDS(CreateWWANPolicy, kPolicy, error),
     SENDS(DeleteWWANPolicy, error),
     SENDS(SetAutoconnect, 1, error),
     SENDS(GetAutoconnect, kAnything, error),
@@ -46,15 +48,15 @@ inline const Request kEveryRequest[] = {
     SENDS(ResetWWANStatistics, kFamily4, error),
     SENDS(GetNetworkConfiguration, kFamily4, kAnything, error),
     SENDS(GetLANConfig, kAnything, error),
-    SENDS(SetLANConfig, {}, error),
+    SENDS(SetLANConfig, kLan, error),
     SENDS(ActivateLAN, error),
-    SENDS(SetVLANConfig, {}, error, kAnything),
-    SENDS(DeleteVLANConfig, {}, error),
+    SENDS(SetVLANConfig, {"eth0", 8, {}}, error, kAnything),
+    SENDS(DeleteVLANConfig, {"eth0", 7, {}}, error),
     SENDS(GetVLANConfig, kAnything, error),
-    SENDS(AddPDNToVLANMapping, 2, 101, error),
-    SENDS(DeletePDNToVLANMapping, 2, 101, error),
+    SENDS(AddPDNToVLANMapping, 7, 103, error),
+    SENDS(DeletePDNToVLANMapping, 6, 103, error),
     SENDS(GetPDNtoVLANMappings, kAnything, kAnything, error),
-    SENDS(SetIPPassthroughConfig, {}, true, kAnything, error),
+    SENDS(SetIPPassthroughConfig, QCMAP_MSGR_IP_PASSTHROUGH_MODE_ENABLE_V01, true, kAnything, error),
     SENDS(GetIPPassthroughConfig, kAnything, kAnything, error),
     SENDS(GetIPPassthroughState, kAnything, error),
 };

@@ -117,6 +117,20 @@ TEST_F(Fault, HangingServerCostsNoMoreThanTheLimitAndIsUsableAfterwards) {
   EXPECT_EQ(error, QMI_ERR_INTERNAL_V01);
 }
 
+TEST_F(Fault, RequestOfAClientThatIsGoneIsNotCarriedOut) {
+  Start({"--console"});
+  const int leaving = RawSocket(path_, false);
+  Send(leaving, OpenSession());
+  EXPECT_FALSE(Receive(leaving).empty());
+  server_->Signal(SIGSTOP);
+  Send(leaving, sim::MakeDatagram(sim::message::SetAutoconnect::kId, 2, 0, "\1"));
+  ::close(leaving);
+  server_->Signal(SIGCONT);
+  EXPECT_TRUE(QCMAP_Client(nullptr).EnableMobileAP(kAnything));
+  Console("show");
+  EXPECT_EQ(server_->output().find("autoconnect on"), std::string::npos) << server_->output();
+}
+
 TEST_F(Fault, ProcessOfTheServersNameIsNoServer) {
   const Process sleeper("/bin/sleep", {"/somewhere/QCMAP_ConnectionManager", "60"});
   QcmapWrapper& wrapper = *QcmapWrapper::GetInstance();
