@@ -128,30 +128,18 @@ qmi_error_type_v01 Session::Exchange(const Socket& socket, uint32_t id, const vo
                                      size_t length, Unpacker unpack, void* reply) {
   // Both connections open within one time limit, which began with the constructor.
   const Deadline deadline = handle_ == 0 ? opening_deadline_ : steady_clock::now() + limit_;
-  std::unique_lock<std::mutex> lock(mutex_);
-  if (!idle_.wait_until(lock, deadline, [this] { return !busy_; }) || lost_)
-    return QMI_ERR_INTERNAL_V01;
-  busy_ = true;
-  lock.unlock();
+  const Turn turn(turns_, deadline);
+  if (!turn || lost_) return QMI_ERR_INTERNAL_V01;
 
   const Header header{
       id, ++transaction_, 0, static_cast<uint32_t>(length), ToMonotonicTime(deadline), profile_, 0};
-  qmi_error_type_v01 error = QMI_ERR_INTERNAL_V01;
-  if (Send(socket.fd(), header, request, deadline)) {
-    if (const auto answer = Receive(socket.fd(), header, deadline)) {
-      if (answer->header.error != 0) {
-        error = static_cast<qmi_error_type_v01>(answer->header.error);
-      } else if (unpack(*answer, reply)) {
-        profile_ = answer->header.profile;
-        error = QMI_ERR_NONE_V01;
-      }
-    }
-  }
-
-  lock.lock();
-  busy_ = false;
-  idle_.notify_one();
-  return error;
+  if (!Send(socket.fd(), header, request, deadline)) return QMI_ERR_INTERNAL_V01;
+  const auto answer = Receive(socket.fd(), header, deadline);
+  if (!answer) return QMI_ERR_INTERNAL_V01;
+  if (answer->header.error != 0) return static_cast<qmi_error_type_v01>(answer->header.error);
+  if (!unpack(*answer, reply)) return QMI_ERR_INTERNAL_V01;
+  profile_ = answer->header.profile;
+  return QMI_ERR_NONE_V01;
 }
 
 bool Session::Send(int fd, const Header& header, const void* record, Deadline deadline) {

@@ -5,12 +5,11 @@
 
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
 #include <optional>
 #include <thread>
 #include <type_traits>
 
+#include "client/turns.h"
 #include "protocol/messages.h"
 
 namespace sim {
@@ -30,10 +29,10 @@ class Socket {
   const int fd_;
 };
 
-/// Requests run on the caller's thread, one at a time. Each ends within its time limit, which
-/// includes the wait for other threads' requests. A session whose server has gone does not connect
-/// to a new one, because that server would not know which profile the caller has selected. All its
-/// requests then fail at once.
+/// Requests run on the caller's thread, one at a time and in the order of the calls. Each ends
+/// within its time limit, which includes the wait for other threads' requests. A session whose
+/// server has gone does not connect to a new one, because that server would not know which profile
+/// the caller has selected. All its requests then fail at once.
 class Session {
  public:
   using Callback = void (*)(qmi_client_struct*, unsigned int, void*, unsigned int, void*);
@@ -78,15 +77,8 @@ class Session {
   const Socket requests_;
   const Socket indications_;
 
-  /// Guards `busy_`. The members below belong to the request that has set `busy_`, until its reply
-  /// is in or its time is up.
-  ///
-  /// The mutex itself is not held during a round trip: a second caller could then not give up when
-  /// its own time limit passes. A std::timed_mutex could be held that long, but the ThreadSanitizer
-  /// of GCC 12 does not see its timed lock and reports races that do not exist.
-  std::mutex mutex_;
-  std::condition_variable idle_;
-  bool busy_ = false;
+  Turns turns_;
+  /// These belong to the request whose turn it is, until its reply is in or its time is up.
   bool lost_ = false;
   uint32_t transaction_ = 0;
   /// Handle of the profile on which the server has last confirmed to act. It is named in every

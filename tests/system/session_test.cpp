@@ -1,0 +1,86 @@
+/// What the threads and children of a program share: one session with the server.
+#include <sys/syscall.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <fstream>
+#include <future>
+
+#include "client/turns.h"
+#include "every_request.h"
+#include "simulated_server.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+class Threads : public SimulatedServer {
+ protected:
+  /// A client whose requests have this time limit.
+  static std::unique_ptr<QCMAP_Client> MakeClient(milliseconds limit) {
+    ::setenv("QCMAP_TIMEOUT_MS", std::to_string(limit.count()).c_str(), 1);
+    auto client = std::make_unique<QCMAP_Client>([](auto...) {});
+    ::unsetenv("QCMAP_TIMEOUT_MS");
+    return client;
+  }
+  static bool IsAsleep(pid_t thread) {
+    std::ifstream stat("/proc/self/task/" + std::to_string(thread) + "/stat");
+    std::string name;
+    char state = '?';
+    return std::getline(stat, name, ')') && stat >> state && state == 'S';
+  }
+};
+
+TEST_F(Threads, AreServedInTheOrderOfTheirCalls) {
+  constexpr uint8_t kThreads = 8;
+  Start({"--profiles", "0"});
+  const auto client = MakeClient(kPatience);
+  server_->Signal(SIGSTOP);
+  std::vector<std::future<void>> threads;
+  for (uint8_t number = 1; number <= kThreads; ++number) {
+    std::atomic<pid_t> id{0};
+    threads.push_back(std::async(std::launch::async, [&client, &id, number] {
+      id = static_cast<pid_t>(::syscall(SYS_gettid));
+      // Whoever asks again does so behind those that are waiting.
+      for (const uint8_t of_round : {number, static_cast<uint8_t>(number + kThreads)})
+        EXPECT_TRUE(client->CreateWWANPolicy({1, kFamily4, {of_round, of_round}, {}}, kAnything));
+    }));
+    ASSERT_TRUE(Eventually([&] { return id != 0 && IsAsleep(id); }));
+  }
+  server_->Signal(SIGCONT);
+  for (auto& thread : threads) thread.get();
+  qcmap_msgr_wwan_policy_list_resp_msg_v01 list{};
+  ASSERT_TRUE(client->GetWWANPolicyList(&list, kAnything));
+  ASSERT_EQ(list.policy_list_len, 2u * kThreads);
+  for (uint8_t i = 0; i < kThreads; ++i)
+    EXPECT_EQ(list.policy_list[i].policy.v4_profile_id[0], i + 1) << "served as number " << i + 1;
+}
+
+TEST_F(Threads, AllGiveUpWithinOneTimeLimitAndTheNextOneIsServed) {
+  constexpr milliseconds kLimit{500};
+  Start();
+  const auto client = MakeClient(kLimit);
+  server_->Signal(SIGSTOP);
+  const auto start = steady_clock::now();
+  std::vector<std::future<bool>> threads;
+  for (int i = 0; i < 32; ++i)
+    threads.push_back(std::async(std::launch::async, [&] { return client->ActivateLAN(kAnything); }));
+  for (auto& thread : threads) EXPECT_FALSE(thread.get());
+  EXPECT_LE(steady_clock::now() - start, 2 * kLimit);
+  server_->Signal(SIGCONT);
+  EXPECT_TRUE(client->ActivateLAN(kAnything));
+}
+
+TEST(Turns, CallerWhoseDeadlinePassesLeavesTheQueue) {
+  sim::Turns turns;
+  const auto later = steady_clock::now() + kPatience;
+  ASSERT_TRUE(turns.Take(later));
+  auto patient = std::async(std::launch::async, [&] { return bool(sim::Turn(turns, later)); });
+  EXPECT_FALSE(turns.Take(steady_clock::now() + milliseconds(20)));
+  turns.Pass();
+  EXPECT_TRUE(patient.get());
+  EXPECT_TRUE(turns.Take(later));
+}
+
+}  // namespace
