@@ -31,27 +31,29 @@ class Attempt {
   const bool granted_;
 };
 
-/// Creates the client of an attempt and deletes it again unless it is kept, even when a request
-/// throws. The member points to the client from the start, because indications may arrive at once.
+/// Creates the client of an attempt, and deletes it again unless the attempt has connected, even
+/// when a request throws. The member points to the client from the start, because indications may
+/// arrive at once.
 class AttemptedClient {
  public:
-  explicit AttemptedClient(QCMAP_Client*& member) : member_(&member) {
-    Store(member, new QCMAP_Client(&QcmapWrapper::EvtCb));
+  AttemptedClient(QCMAP_Client*& client, const bool& connected)
+      : client_(client), connected_(connected) {
+    Store(client_, new QCMAP_Client(&QcmapWrapper::EvtCb));
   }
-  ~AttemptedClient() { Delete(); }
+  ~AttemptedClient() {
+    if (!Load(connected_)) Delete();
+  }
   AttemptedClient(const AttemptedClient&) = delete;
   AttemptedClient& operator=(const AttemptedClient&) = delete;
 
-  void Keep() { member_ = nullptr; }
   void Delete() {
-    if (member_ == nullptr) return;
-    delete *member_;
-    Store(*member_, nullptr);
-    member_ = nullptr;
+    delete client_;
+    Store(client_, nullptr);
   }
 
  private:
-  QCMAP_Client** member_;
+  QCMAP_Client*& client_;
+  const bool& connected_;
 };
 
 }  // namespace
@@ -63,7 +65,8 @@ bool QcmapWrapper::IsQcmapAlive() {
 }
 
 bool QcmapWrapper::ConnectToQcmapIfNeeded() {
-  if (Load(connected_) || Load(client_) != nullptr) return Load(connected_);
+  if (Load(connected_)) return true;
+  if (Load(client_) != nullptr) return Load(connected_);
 
   const Attempt attempt;
   if (!attempt.IsGranted()) return false;
@@ -75,7 +78,7 @@ bool QcmapWrapper::ConnectToQcmapIfNeeded() {
     return false;
   }
 
-  AttemptedClient client(client_);
+  AttemptedClient client(client_, connected_);
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->EnableMobileAP(&error)) {
     SYSLOG(LOG_ERR, "MobileAP Enable failed err [%d]\n", error);
@@ -92,7 +95,6 @@ bool QcmapWrapper::ConnectToQcmapIfNeeded() {
     return false;
   }
 
-  client.Keep();
   SYSLOG(LOG_DEBUG, "Mobile AP is %s\n", "Connected");
   return true;
 }

@@ -13,12 +13,17 @@ namespace mox::vendor::qcom::qcmap {
   return ntohl(::inet_addr(address.c_str()));
 }
 
-/// The text of an address in host byte order. It has at most 15 bytes, which std::string holds
-/// without allocating.
-[[nodiscard]] inline std::string ToDottedQuad(uint32_t address) {
+/// The text of an address.
+struct DottedQuad {
+  char text[INET_ADDRSTRLEN];
+};
+
+/// The text of an address in host byte order.
+[[nodiscard]] inline DottedQuad ToDottedQuad(uint32_t address) {
   const in_addr network_order = {htonl(address)};
-  char text[INET_ADDRSTRLEN] = {};
-  return ::inet_ntop(AF_INET, &network_order, text, sizeof(text)) != nullptr ? text : "";
+  DottedQuad quad = {};
+  ::inet_ntop(AF_INET, &network_order, quad.text, sizeof(quad.text));
+  return quad;
 }
 
 }  // namespace mox::vendor::qcom::qcmap

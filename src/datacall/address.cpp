@@ -9,6 +9,7 @@
 #include <qcmap_client.h>
 
 #include "core/dotted_quad.h"
+#include "core/first_step.h"
 #include "core/log.h"
 
 namespace mox::vendor::qcom::qcmap {
@@ -26,9 +27,9 @@ std::optional<qcmap_msgr_ip_family_enum_v01> ToVendor(IPFamily family) {
 
 void FromVendorV4(const qcmap_nw_params_t& params, mox::wwan::DataManager::NetworkConfig& config) {
   config.ip_family = IPFamily::IPV4;
-  config.address_1 = ToDottedQuad(params.v4[0]);
-  config.address_2 = ToDottedQuad(params.v4[1]);
-  config.address_3 = ToDottedQuad(params.v4[2]);
+  config.address_1 = ToDottedQuad(params.v4[0]).text;
+  config.address_2 = ToDottedQuad(params.v4[1]).text;
+  config.address_3 = ToDottedQuad(params.v4[2]).text;
 }
 
 /// An address that cannot be converted leaves its text unchanged.
@@ -46,7 +47,7 @@ mox::Result QcmapWrapper::GetNetworkConfig(uint32_t index, mox::util::IPFamily f
                                            mox::wwan::DataManager::NetworkConfig& config) {
   const std::lock_guard<Mutex> lock(op_mutex_);
   config.ip_family = IPFamily::NONE;
-  if (!ChangeWwanProfile(index)) return mox::Result::FAILURE;
+  if (!Select(index)) return mox::Result::FAILURE;
 
   const auto vendor_family = ToVendor(family);
   if (!vendor_family) return mox::Result::FAILURE;

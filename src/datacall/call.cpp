@@ -7,6 +7,7 @@
 
 #include <qcmap_client.h>
 
+#include "core/first_step.h"
 #include "core/log.h"
 
 namespace mox::vendor::qcom::qcmap {
@@ -48,7 +49,7 @@ std::optional<qcmap_msgr_wwan_call_type_v01> ToVendor(IPFamily family) {
 bool QcmapWrapper::GetWwanConnectStatus(uint32_t index,
                                         mox::wwan::DataManager::ConnectStatus& v4_status,
                                         mox::wwan::DataManager::ConnectStatus& v6_status) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qcmap_msgr_wwan_status_enum_v01 v4_code = {};
   qcmap_msgr_wwan_status_enum_v01 v6_code = {};
@@ -64,7 +65,7 @@ bool QcmapWrapper::GetWwanConnectStatus(uint32_t index,
 
 mox::Result QcmapWrapper::ConnectBackhaul(uint32_t index, mox::util::IPFamily family) {
   // Checked here, because the result of reading the state is ignored.
-  if (!ConnectToQcmapIfNeeded()) return mox::Result::FAILURE;
+  if (!Connect()) return mox::Result::FAILURE;
 
   // If the state cannot be read, it counts as down and the call is requested.
   auto v4_status = ConnectStatus::DISCONNECTED;
@@ -77,7 +78,7 @@ mox::Result QcmapWrapper::ConnectBackhaul(uint32_t index, mox::util::IPFamily fa
 
   // Not redundant: reading the state selected the profile too, but whether that worked was ignored.
   // Without this, a refused selection would bring up the call of the profile selected before.
-  if (!ChangeWwanProfile(index)) return mox::Result::FAILURE;
+  if (!Select(index)) return mox::Result::FAILURE;
   const auto call_type = ToVendor(family);
   if (!call_type) {
     SYSLOG(LOG_ERR, "unsupporetd IPFamily [%d]\n", static_cast<int>(family));
@@ -94,7 +95,7 @@ mox::Result QcmapWrapper::ConnectBackhaul(uint32_t index, mox::util::IPFamily fa
 }
 
 mox::Result QcmapWrapper::DisconnectBackhaul(uint32_t index, mox::util::IPFamily family) {
-  if (!ChangeWwanProfile(index)) return mox::Result::FAILURE;
+  if (!Select(index)) return mox::Result::FAILURE;
 
   // If the state cannot be read, it counts as down and nothing is requested.
   auto v4_status = ConnectStatus::DISCONNECTED;

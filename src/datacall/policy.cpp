@@ -5,6 +5,7 @@
 
 #include <qcmap_client.h>
 
+#include "core/first_step.h"
 #include "core/log.h"
 #include "core/policy_list.h"
 
@@ -78,7 +79,7 @@ qcmap_msgr_update_profile_enum_v01 UpdateRequest(bool v4_differs, bool v6_differ
 
 bool QcmapWrapper::SetWwanPolicy(uint32_t index, mox::wwan::Tech tech, mox::util::IPFamily family,
                                  int profile_1, int profile_2) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qcmap_msgr_net_policy_info_v01 record = {};
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
@@ -132,7 +133,7 @@ bool QcmapWrapper::SetWwanPolicy(uint32_t index, mox::wwan::Tech tech, mox::util
 
 bool QcmapWrapper::CreateWwanPolicy(mox::wwan::Tech tech, mox::util::IPFamily family,
                                     uint8_t profile_1, uint8_t profile_2) {
-  if (!ConnectToQcmapIfNeeded()) return false;
+  if (!Connect()) return false;
 
   const auto record = ToVendor(tech, family, profile_1, profile_2);
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
@@ -144,7 +145,7 @@ bool QcmapWrapper::CreateWwanPolicy(mox::wwan::Tech tech, mox::util::IPFamily fa
 }
 
 bool QcmapWrapper::DeleteWwanPolicy(uint8_t index) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->DeleteWWANPolicy(&error)) {
@@ -155,7 +156,7 @@ bool QcmapWrapper::DeleteWwanPolicy(uint8_t index) {
 }
 
 bool QcmapWrapper::GetWwanPolicy(uint32_t index, mox::wwan::DataManager::WwanPolicy& policy) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qcmap_msgr_net_policy_info_v01 record = {};
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
@@ -170,7 +171,7 @@ bool QcmapWrapper::GetWwanPolicy(uint32_t index, mox::wwan::DataManager::WwanPol
 bool QcmapWrapper::GetWwanPolicies(std::vector<mox::wwan::DataManager::WwanPolicy>& policies) {
   const std::lock_guard<Mutex> lock(op_mutex_);
   policies.clear();
-  if (!ConnectToQcmapIfNeeded()) return false;
+  if (!Connect()) return false;
 
   qcmap_msgr_wwan_policy_list_resp_msg_v01 list = {};
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;

@@ -3,6 +3,7 @@
 
 #include <qcmap_client.h>
 
+#include "core/first_step.h"
 #include "core/log.h"
 #include "core/policy_list.h"
 #include "core/unlocked.h"
@@ -10,7 +11,7 @@
 namespace mox::vendor::qcom::qcmap {
 
 bool QcmapWrapper::ChangeWwanProfile(uint32_t index) {
-  if (!ConnectToQcmapIfNeeded()) return false;
+  if (!Connect()) return false;
   if (index == Load(profile_index_)) return true;
 
   qcmap_msgr_wwan_policy_list_resp_msg_v01 list = {};
@@ -34,7 +35,7 @@ bool QcmapWrapper::ChangeWwanProfile(uint32_t index) {
 }
 
 bool QcmapWrapper::GetProfileHandle(uint32_t index, profile_handle_type_v01& handle) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qcmap_msgr_wwan_policy_list_resp_msg_v01 list = {};
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;

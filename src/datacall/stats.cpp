@@ -5,6 +5,7 @@
 
 #include <qcmap_client.h>
 
+#include "core/first_step.h"
 #include "core/log.h"
 
 namespace mox::vendor::qcom::qcmap {
@@ -38,7 +39,7 @@ mox::Result QcmapWrapper::GetWWANStatistics(uint32_t index, mox::util::IPFamily 
            static_cast<int>(family));
     return mox::Result::INVALID_ARGUMENT;
   }
-  if (!ChangeWwanProfile(index)) return mox::Result::FAILURE;
+  if (!Select(index)) return mox::Result::FAILURE;
 
   qcmap_msgr_wwan_statistics_type_v01 record = {};
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
@@ -60,7 +61,7 @@ mox::Result QcmapWrapper::ResetWWANStatistics(uint32_t index, mox::util::IPFamil
            static_cast<int>(family));
     return mox::Result::INVALID_ARGUMENT;
   }
-  if (!ChangeWwanProfile(index)) return mox::Result::FAILURE;
+  if (!Select(index)) return mox::Result::FAILURE;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->ResetWWANStatistics(*vendor_family, &error)) {

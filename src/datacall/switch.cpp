@@ -3,6 +3,7 @@
 
 #include <qcmap_client.h>
 
+#include "core/first_step.h"
 #include "core/log.h"
 
 namespace mox::vendor::qcom::qcmap {
@@ -14,7 +15,7 @@ namespace mox::vendor::qcom::qcmap {
 static_assert(sizeof(bool) == sizeof(unsigned char), "");
 
 bool QcmapWrapper::SetAutoConnect(uint32_t index, bool enable) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->SetAutoconnect(enable ? 1 : 0, &error)) {
@@ -25,7 +26,7 @@ bool QcmapWrapper::SetAutoConnect(uint32_t index, bool enable) {
 }
 
 bool QcmapWrapper::GetAutoConnect(uint32_t index, bool& enabled) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->GetAutoconnect(reinterpret_cast<unsigned char*>(&enabled), &error)) {
@@ -36,7 +37,7 @@ bool QcmapWrapper::GetAutoConnect(uint32_t index, bool& enabled) {
 }
 
 bool QcmapWrapper::SetRoaming(uint32_t index, bool enable) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->SetRoaming(enable ? 1 : 0, &error)) {
@@ -47,7 +48,7 @@ bool QcmapWrapper::SetRoaming(uint32_t index, bool enable) {
 }
 
 bool QcmapWrapper::GetRoaming(uint32_t index, bool& enabled) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->GetRoaming(reinterpret_cast<unsigned char*>(&enabled), &error)) {
@@ -58,7 +59,7 @@ bool QcmapWrapper::GetRoaming(uint32_t index, bool& enabled) {
 }
 
 bool QcmapWrapper::EnableIpv4(uint32_t index) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->EnableIPV4(&error)) {
@@ -69,7 +70,7 @@ bool QcmapWrapper::EnableIpv4(uint32_t index) {
 }
 
 bool QcmapWrapper::DisableIpv4(uint32_t index) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->DisableIPV4(&error)) {
@@ -80,7 +81,7 @@ bool QcmapWrapper::DisableIpv4(uint32_t index) {
 }
 
 bool QcmapWrapper::EnableIpv6(uint32_t index) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->EnableIPV6(&error)) {
@@ -91,7 +92,7 @@ bool QcmapWrapper::EnableIpv6(uint32_t index) {
 }
 
 bool QcmapWrapper::DisableIpv6(uint32_t index) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->DisableIPV6(&error)) {
@@ -102,7 +103,7 @@ bool QcmapWrapper::DisableIpv6(uint32_t index) {
 }
 
 bool QcmapWrapper::GetIpv4State(uint32_t index, bool& enabled) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->GetIPv4State(reinterpret_cast<unsigned char*>(&enabled), &error)) {
@@ -113,7 +114,7 @@ bool QcmapWrapper::GetIpv4State(uint32_t index, bool& enabled) {
 }
 
 bool QcmapWrapper::GetIpv6State(uint32_t index, bool& enabled) {
-  if (!ChangeWwanProfile(index)) return false;
+  if (!Select(index)) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->GetIPv6State(reinterpret_cast<unsigned char*>(&enabled), &error)) {

@@ -37,28 +37,28 @@ constexpr uint32_t kAddressAssignmentFailed = 4;
 struct CallStatus {
   int32_t status;
   const char* text;
-  const char* ip_version;
+  char ip_version;
   uint32_t bring_up_event;
   uint32_t tear_down_event;
   uint32_t wwan_event;
 };
 
 constexpr CallStatus kCallStatuses[] = {
-    {QCMAP_MSGR_WWAN_STATUS_CONNECTED_V01, "V4 CONNECTED", "4", BRING_UP_CONNECTED, kNoEvent,
+    {QCMAP_MSGR_WWAN_STATUS_CONNECTED_V01, "V4 CONNECTED", '4', BRING_UP_CONNECTED, kNoEvent,
      WWAN_CONNECTED},
-    {QCMAP_MSGR_WWAN_STATUS_CONNECTING_FAIL_V01, "V4 CONNECTION FAILED", "4",
+    {QCMAP_MSGR_WWAN_STATUS_CONNECTING_FAIL_V01, "V4 CONNECTION FAILED", '4',
      BRING_UP_CONNECTION_FAILED, kNoEvent, kNoEvent},
-    {QCMAP_MSGR_WWAN_STATUS_DISCONNECTED_V01, "V4 DISCONNECTED", "4", kNoEvent,
+    {QCMAP_MSGR_WWAN_STATUS_DISCONNECTED_V01, "V4 DISCONNECTED", '4', kNoEvent,
      TEAR_DOWN_DISCONNECTED, WWAN_DISCONNECTED},
-    {QCMAP_MSGR_WWAN_STATUS_DISCONNECTING_FAIL_V01, "V4 DISCONNECTION FAILED", "4", kNoEvent,
+    {QCMAP_MSGR_WWAN_STATUS_DISCONNECTING_FAIL_V01, "V4 DISCONNECTION FAILED", '4', kNoEvent,
      TEAR_DOWN_DISCONNECTION_FAILED, kNoEvent},
-    {QCMAP_MSGR_WWAN_STATUS_IPV6_CONNECTED_V01, "V6 CONNECTED", "6", BRING_UP_CONNECTED, kNoEvent,
+    {QCMAP_MSGR_WWAN_STATUS_IPV6_CONNECTED_V01, "V6 CONNECTED", '6', BRING_UP_CONNECTED, kNoEvent,
      WWAN_CONNECTED},
-    {QCMAP_MSGR_WWAN_STATUS_IPV6_CONNECTING_FAIL_V01, "V6 CONNECTION FAILED", "6",
+    {QCMAP_MSGR_WWAN_STATUS_IPV6_CONNECTING_FAIL_V01, "V6 CONNECTION FAILED", '6',
      BRING_UP_CONNECTION_FAILED, kNoEvent, kNoEvent},
-    {QCMAP_MSGR_WWAN_STATUS_IPV6_DISCONNECTED_V01, "V6 DISCONNECTED", "6", kNoEvent,
+    {QCMAP_MSGR_WWAN_STATUS_IPV6_DISCONNECTED_V01, "V6 DISCONNECTED", '6', kNoEvent,
      TEAR_DOWN_DISCONNECTED, WWAN_DISCONNECTED},
-    {QCMAP_MSGR_WWAN_STATUS_IPV6_DISCONNECTING_FAIL_V01, "V6 DISCONNECTION FAILED", "6", kNoEvent,
+    {QCMAP_MSGR_WWAN_STATUS_IPV6_DISCONNECTING_FAIL_V01, "V6 DISCONNECTION FAILED", '6', kNoEvent,
      TEAR_DOWN_DISCONNECTION_FAILED, kNoEvent},
 };
 
@@ -76,13 +76,14 @@ const CallStatus* Find(int32_t status) {
   return nullptr;
 }
 
-/// The event of an indication; its code is kNoEvent if the indication is only logged.
-mox::util::EventDic ToEvent(uint32_t message_id, const CallRecord& record) {
+/// The event of an indication, whose status is `known` or null; its code is kNoEvent if the
+/// indication is only logged.
+mox::util::EventDic ToEvent(uint32_t message_id, const CallRecord& record,
+                            const CallStatus* known) {
   mox::util::EventDic event;
   if (record.profile_handle_valid != 0) {
     event.AddParam(mox::util::EventDic::PROFILE_HANDLE, std::to_string(record.profile_handle));
   }
-  const CallStatus* const known = Find(record.conn_status);
   if (known == nullptr) return event;
 
   const uint32_t code = message_id == kBringUp    ? known->bring_up_event
@@ -90,21 +91,15 @@ mox::util::EventDic ToEvent(uint32_t message_id, const CallRecord& record) {
                                                   : known->wwan_event;
   if (code != kNoEvent) {
     event.event_ = code;
-    event.AddParam(mox::util::EventDic::IP_VERSION, known->ip_version);
+    event.AddParam(mox::util::EventDic::IP_VERSION, std::string(1, known->ip_version));
   }
   return event;
 }
 
-std::string ToText(uint32_t message_id, const CallRecord& record) {
-  std::string text = message_id == kBringUp    ? "[BRING_UP] "
-                     : message_id == kTearDown ? "[TEAR_DOWN] "
-                                               : "[WWAN_INDICATION] ";
-  if (record.profile_handle_valid != 0) {
-    text += "profile_handle: " + std::to_string(record.profile_handle) + " ";
-  }
-  const CallStatus* const known = Find(record.conn_status);
-  if (known != nullptr) text += known->text;
-  return text;
+const char* KindOf(uint32_t message_id) {
+  return message_id == kBringUp    ? "[BRING_UP]"
+         : message_id == kTearDown ? "[TEAR_DOWN]"
+                                   : "[WWAN_INDICATION]";
 }
 
 }  // namespace
@@ -166,8 +161,15 @@ void QcmapWrapper::EvtCb(qmi_client_type client, uint32_t message_id, void* byte
     return;
   }
 
-  mox::util::EventDic event = ToEvent(message_id, *record);
-  SYSLOG(LOG_DEBUG, "%s\n", ToText(message_id, *record).c_str());
+  const CallStatus* const known = Find(record->conn_status);
+  const char* const text = known != nullptr ? known->text : "";
+  mox::util::EventDic event = ToEvent(message_id, *record, known);
+  if (record->profile_handle_valid != 0) {
+    SYSLOG(LOG_DEBUG, "%s profile_handle: %u %s\n", KindOf(message_id), record->profile_handle,
+           text);
+  } else {
+    SYSLOG(LOG_DEBUG, "%s %s\n", KindOf(message_id), text);
+  }
   if (event.event_ == kNoEvent) return;
 
   const Delivery delivery;

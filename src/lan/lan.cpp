@@ -5,6 +5,7 @@
 #include <qcmap_client.h>
 
 #include "core/dotted_quad.h"
+#include "core/first_step.h"
 #include "core/log.h"
 
 namespace mox::vendor::qcom::qcmap {
@@ -18,7 +19,7 @@ using mox::util::NetworkManager;
 bool QcmapWrapper::GetLanConfig(std::string& gw_ip, std::string& netmask, bool& enable_dhcp,
                                 std::string& dhcp_start_ip, std::string& dhcp_end_ip,
                                 int& lease_time) {
-  if (!ConnectToQcmapIfNeeded()) return false;
+  if (!Connect()) return false;
 
   qcmap_msgr_lan_config_v01 record = {};
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
@@ -26,11 +27,11 @@ bool QcmapWrapper::GetLanConfig(std::string& gw_ip, std::string& netmask, bool& 
     SYSLOG(LOG_ERR, "QCMAP_Client::GetLANConfig error %d[%x]\n", error, error);
     return false;
   }
-  gw_ip = ToDottedQuad(record.gw_ip);
-  netmask = ToDottedQuad(record.netmask);
+  gw_ip = ToDottedQuad(record.gw_ip).text;
+  netmask = ToDottedQuad(record.netmask).text;
   enable_dhcp = record.enable_dhcp != 0;
-  dhcp_start_ip = ToDottedQuad(record.dhcp_start_ip);
-  dhcp_end_ip = ToDottedQuad(record.dhcp_end_ip);
+  dhcp_start_ip = ToDottedQuad(record.dhcp_start_ip).text;
+  dhcp_end_ip = ToDottedQuad(record.dhcp_end_ip).text;
   lease_time = static_cast<int>(record.lease_time);
   SYSLOG(LOG_DEBUG, "gw [%s] nm [%s] denable [%d] dstart [%s] dend [%s] lease_time [%d]\n",
          gw_ip.c_str(), netmask.c_str(), enable_dhcp, dhcp_start_ip.c_str(), dhcp_end_ip.c_str(),
@@ -41,7 +42,7 @@ bool QcmapWrapper::GetLanConfig(std::string& gw_ip, std::string& netmask, bool& 
 bool QcmapWrapper::SetLanConfig(std::string gw_ip, std::string netmask, bool enable_dhcp,
                                 std::string dhcp_start_ip, std::string dhcp_end_ip,
                                 uint32_t lease_time) {
-  if (!ConnectToQcmapIfNeeded()) return false;
+  if (!Connect()) return false;
   SYSLOG(LOG_DEBUG, "dhcp_start_ip %s dhcp_end_ip %s\n", dhcp_start_ip.c_str(),
          dhcp_end_ip.c_str());
 
@@ -96,7 +97,7 @@ bool QcmapWrapper::SetLanConfig(std::string gw_ip, std::string netmask, bool ena
 }
 
 bool QcmapWrapper::ActivateLan() {
-  if (!ConnectToQcmapIfNeeded()) return false;
+  if (!Connect()) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->ActivateLAN(&error)) {

@@ -5,6 +5,7 @@
 
 #include <qcmap_client.h>
 
+#include "core/first_step.h"
 #include "core/log.h"
 #include "core/policy_list.h"
 
@@ -18,11 +19,11 @@ constexpr int32_t kNoIndex = -1;
 /// The index of the first policy with that handle, or kNoIndex.
 int32_t IndexOf(profile_handle_type_v01 handle,
                 const qcmap_msgr_wwan_policy_list_resp_msg_v01& list) {
-  const int32_t count = ReadableSignedCount(list);
-  for (int32_t index = 0; index < count; ++index) {
-    if (list.policy_list[index].profile_handle == handle) return index;
-  }
-  return kNoIndex;
+  const auto* const begin = list.policy_list;
+  const auto* const end = begin + ReadableSignedCount(list);
+  const auto* const found = std::find_if(
+      begin, end, [handle](const auto& entry) { return entry.profile_handle == handle; });
+  return found != end ? static_cast<int32_t>(found - begin) : kNoIndex;
 }
 
 struct MappingList {
@@ -47,7 +48,7 @@ int32_t IndexOfVlan(int32_t vlan_id, const MappingList& mappings,
 }  // namespace
 
 bool QcmapWrapper::SetPdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig& vlan) {
-  if (!ConnectToQcmapIfNeeded()) return false;
+  if (!Connect()) return false;
   if (vlan.profile_index < 0) return false;
 
   qcmap_msgr_wwan_policy_list_resp_msg_v01 list = {};
@@ -67,7 +68,7 @@ bool QcmapWrapper::SetPdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig& v
 }
 
 bool QcmapWrapper::DeletePdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig& vlan) {
-  if (!ConnectToQcmapIfNeeded()) return false;
+  if (!Connect()) return false;
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   int32_t index = vlan.profile_index;
@@ -104,7 +105,7 @@ bool QcmapWrapper::DeletePdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig
 
 bool QcmapWrapper::GetPdnToVlanMapping(
     std::vector<mox::wwan::MobileapManager::VlanMapping>& mappings) {
-  if (!ConnectToQcmapIfNeeded()) return false;
+  if (!Connect()) return false;
 
   MappingList reported;
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;

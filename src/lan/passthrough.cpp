@@ -2,10 +2,12 @@
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 
 #include <cstring>
+#include <string_view>
 
 #include <mox/util/network_manager.h>
 #include <qcmap_client.h>
 
+#include "core/first_step.h"
 #include "core/log.h"
 
 namespace mox::vendor::qcom::qcmap {
@@ -26,15 +28,15 @@ qcmap_msgr_ip_passthrough_config_v01 ToVendor(const std::string& name) {
 }
 
 /// The name in `record`, whose field may lack a terminator.
-std::string FromVendor(const qcmap_msgr_ip_passthrough_config_v01& record) {
-  return std::string(record.device_name, ::strnlen(record.device_name, sizeof(record.device_name)));
+std::string_view FromVendor(const qcmap_msgr_ip_passthrough_config_v01& record) {
+  return {record.device_name, ::strnlen(record.device_name, sizeof(record.device_name))};
 }
 
 }  // namespace
 
 bool QcmapWrapper::SetIpPassthrough(bool enable,
                                     mox::wwan::MobileapManager::IpPassthroughConfig& config) {
-  if (!ConnectToQcmapIfNeeded()) return false;
+  if (!Connect()) return false;
 
   qcmap_msgr_ip_passthrough_config_v01 record = {};
   if (enable) {
@@ -62,7 +64,7 @@ bool QcmapWrapper::SetIpPassthrough(bool enable,
 
 bool QcmapWrapper::GetIpPassthrough(bool& enabled,
                                     mox::wwan::MobileapManager::IpPassthroughConfig& config) {
-  if (!ConnectToQcmapIfNeeded()) return false;
+  if (!Connect()) return false;
 
   qcmap_msgr_ip_passthrough_mode_enum_v01 mode = QCMAP_MSGR_IP_PASSTHROUGH_MODE_DISABLE_V01;
   qcmap_msgr_ip_passthrough_config_v01 record = {};

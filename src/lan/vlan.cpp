@@ -6,6 +6,7 @@
 
 #include <qcmap_client.h>
 
+#include "core/first_step.h"
 #include "core/log.h"
 
 namespace mox::vendor::qcom::qcmap {
@@ -15,30 +16,35 @@ namespace {
 constexpr int kMinVlanId = 2;
 constexpr int kMaxVlanId = 4094;
 
-struct TetheringInterface {
-  int32_t mode;
-  char name[sizeof(qcmap_msgr_vlan_config_v01::iface_name)];
-};
+constexpr int32_t kUnknownMode = 0;
 
-constexpr TetheringInterface kTetheringInterfaces[] = {{1, "rndis0"}, {2, "ecm0"}, {3, "eth0"}};
-
-/// Writes the interface's name into `record`. Returns false if the mode has no interface.
-[[nodiscard]] bool ToVendor(int32_t tethering_mode, qcmap_msgr_vlan_config_v01& record) {
-  for (const auto& interface : kTetheringInterfaces) {
-    if (interface.mode != tethering_mode) continue;
-    std::memcpy(record.iface_name, interface.name, sizeof(record.iface_name));
-    return true;
+/// The name of the mode's interface; null if it has none.
+const char* ToVendor(int32_t tethering_mode) {
+  switch (tethering_mode) {
+    case 1:
+      return "rndis0";
+    case 2:
+      return "ecm0";
+    case 3:
+      return "eth0";
+    default:
+      return nullptr;
   }
-  return false;
+}
+
+/// Whether the interface has that name. What follows the terminator in the record does not matter.
+template <size_t kSize>
+bool IsNamed(const qcmap_msgr_vlan_config_v01& record, const char (&name)[kSize]) {
+  static_assert(kSize <= sizeof(record.iface_name), "");
+  return std::memcmp(record.iface_name, name, kSize) == 0;
 }
 
 mox::wwan::MobileapManager::VlanConfig FromVendor(const qcmap_msgr_vlan_config_v01& record) {
-  mox::wwan::MobileapManager::VlanConfig vlan;  // defaults: unknown interface, no profile
-  for (const auto& interface : kTetheringInterfaces) {
-    if (std::strncmp(record.iface_name, interface.name, sizeof(record.iface_name)) == 0) {
-      vlan.tethering_mode = interface.mode;
-    }
-  }
+  mox::wwan::MobileapManager::VlanConfig vlan;  // no profile
+  vlan.tethering_mode = IsNamed(record, "rndis0") ? 1
+                        : IsNamed(record, "ecm0") ? 2
+                        : IsNamed(record, "eth0") ? 3
+                                                  : kUnknownMode;
   vlan.vlan_id = record.vlan_id;
   return vlan;
 }
@@ -50,7 +56,7 @@ bool IsUsable(int32_t vlan_id) {
 }  // namespace
 
 bool QcmapWrapper::SetVlanConfig(mox::wwan::MobileapManager::VlanConfig& vlan) {
-  if (!ConnectToQcmapIfNeeded()) return false;
+  if (!Connect()) return false;
 
   qcmap_msgr_vlan_config_v01 record = {};
   if (!IsUsable(vlan.vlan_id)) {
@@ -58,10 +64,12 @@ bool QcmapWrapper::SetVlanConfig(mox::wwan::MobileapManager::VlanConfig& vlan) {
     return false;
   }
   record.vlan_id = static_cast<int16_t>(vlan.vlan_id);
-  if (!ToVendor(vlan.tethering_mode, record)) {
+  const char* const interface = ToVendor(vlan.tethering_mode);
+  if (interface == nullptr) {
     SYSLOG(LOG_ERR, "Cannot support tethering mode %d\n", vlan.tethering_mode);
     return false;
   }
+  std::strncpy(record.iface_name, interface, sizeof(record.iface_name) - 1);
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   bool unused_flag = false;
@@ -73,7 +81,7 @@ bool QcmapWrapper::SetVlanConfig(mox::wwan::MobileapManager::VlanConfig& vlan) {
 }
 
 bool QcmapWrapper::DeleteVlanConfig(mox::wwan::MobileapManager::VlanConfig& vlan) {
-  if (!ConnectToQcmapIfNeeded()) return false;
+  if (!Connect()) return false;
 
   qcmap_msgr_vlan_config_v01 record = {};
   if (!IsUsable(vlan.vlan_id)) {
@@ -82,10 +90,12 @@ bool QcmapWrapper::DeleteVlanConfig(mox::wwan::MobileapManager::VlanConfig& vlan
     return false;
   }
   record.vlan_id = static_cast<int16_t>(vlan.vlan_id);
-  if (!ToVendor(vlan.tethering_mode, record)) {
+  const char* const interface = ToVendor(vlan.tethering_mode);
+  if (interface == nullptr) {
     SYSLOG(LOG_ERR, "Cannot support tethering mode %d\n", vlan.tethering_mode);
     return false;
   }
+  std::strncpy(record.iface_name, interface, sizeof(record.iface_name) - 1);
 
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   if (!client_->DeleteVLANConfig(record, &error)) {
@@ -96,7 +106,7 @@ bool QcmapWrapper::DeleteVlanConfig(mox::wwan::MobileapManager::VlanConfig& vlan
 }
 
 bool QcmapWrapper::GetVlanConfigs(std::vector<mox::wwan::MobileapManager::VlanConfig>& vlans) {
-  if (!ConnectToQcmapIfNeeded()) return false;
+  if (!Connect()) return false;
 
   qcmap_msgr_vlan_conf_t list = {};
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;

@@ -381,6 +381,11 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
                         std::function<void(mox::util::EventDic&)> callback);
   friend void Unsubscribe(QcmapWrapper& wrapper, void* subscriber);
 
+  /// ConnectToQcmapIfNeeded and ChangeWwanProfile, but without a call in the usual case: connected,
+  /// and the profile is selected already.
+  MVQ_QCMAP_HIDDEN bool Connect();
+  MVQ_QCMAP_HIDDEN bool Select(uint32_t index);
+
   /// The subscribers' callbacks, called in the order of their keys.
   std::map<void*, std::function<void(mox::util::EventDic&)>> event_callbacks_;
   /// Guards `event_callbacks_`. Held while an event is delivered, including all its callbacks.
