@@ -64,7 +64,7 @@ std::string Receive(int fd) {
 /// Hands all short forms of `bytes`, longer ones, and some with one byte changed to `use`.
 void ForEachMutant(const std::string& bytes, const std::function<void(const std::string&)>& use) {
   for (size_t size = 1; size < bytes.size(); ++size) use(bytes.substr(0, size));
-  for (const size_t more : {1, 4, 500, 5000}) use(bytes + std::string(more, '\1'));
+  for (const size_t more : {1u, 4u, 500u, 5000u}) use(bytes + std::string(more, '\1'));
   for (size_t i = 0; i < 5 * bytes.size(); ++i) {
     std::string mutant = bytes;
     mutant[i / 5] = static_cast<char>(mutant[i / 5] ^ "\x01\x02\x10\x80\xFF"[i % 5]);
