@@ -20,7 +20,7 @@ using std::chrono::steady_clock;
 using Deadline = steady_clock::time_point;
 
 constexpr uint64_t kDefaultLimitMs = 2000;
-constexpr uint64_t kMaxLimitMs = 3600 * 1000;
+constexpr uint64_t kMaxLimitMs = uint64_t{3600} * 1000;
 constexpr size_t kMaxIndicationBytes = 4096;
 
 /// QCMAP_TIMEOUT_MS when it is a valid number of milliseconds, otherwise the default.
