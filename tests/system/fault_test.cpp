@@ -1,4 +1,4 @@
-/// Servers that die, hang or lie, clients that lie, and who is unharmed by it.
+/// Servers that die, hang or send nonsense, clients that send nonsense, and the damage to others.
 #include <sys/socket.h>
 #include <sys/un.h>
 
@@ -42,7 +42,7 @@ int RawSocket(const std::string& path, bool listens) {
   return fd;
 }
 
-/// The datagram that opens a session. With a session's handle it opens the second connection.
+/// The datagram that opens a session or, with a session's handle, its second connection.
 std::string OpenSession(uint32_t handle = 0) {
   return sim::MakeDatagram(sim::message::OpenSession::kId, 1, 0,
                            {reinterpret_cast<const char*>(&handle), sizeof handle});
@@ -52,7 +52,7 @@ void Send(int fd, const std::string& bytes) {
   ::send(fd, bytes.data(), bytes.size(), MSG_NOSIGNAL);
 }
 
-/// Empty when the connection was closed.
+/// Returns one datagram. It is empty if the connection was closed.
 std::string Receive(int fd) {
   std::string bytes(sim::kMaxDatagramBytes, '\0');
   const ssize_t size = ::recv(fd, bytes.data(), bytes.size(), 0);
@@ -61,7 +61,8 @@ std::string Receive(int fd) {
   return bytes;
 }
 
-/// Hands all short forms of `bytes`, longer ones, and some with one byte changed to `use`.
+/// Calls `use` with every shorter form of `bytes`, with longer ones, and with some that differ in
+/// one byte.
 void ForEachMutant(const std::string& bytes, const std::function<void(const std::string&)>& use) {
   for (size_t size = 1; size < bytes.size(); ++size) use(bytes.substr(0, size));
   for (const size_t more : {1u, 4u, 500u, 5000u}) use(bytes + std::string(more, '\1'));
@@ -77,7 +78,7 @@ TEST_F(Fault, EveryRequestFailsWithoutAServerAndAtOnceAfterItsEnd) {
   Start();
   QCMAP_Client left_alone(nullptr);
   server_.reset();
-  Start();  // a new server is another one: it is not looked for
+  Start();  // No client connects to a server that was started after it.
   for (QCMAP_Client* client : {&never_connected, &left_alone}) {
     for (const Request& request : kEveryRequest) {
       const auto start = steady_clock::now();
@@ -103,7 +104,7 @@ TEST_F(Fault, HangingServerCostsNoMoreThanTheLimitAndIsUsableAfterwards) {
   EXPECT_GE(Since(start), kLimit);
   EXPECT_LE(Since(start), kLimit * 3 / 2) << "the wait for the other request counts";
   server_->Signal(SIGCONT);
-  // The late replies are there first, and are not taken for these.
+  // The late replies arrive first. The client must not take them for those to its new requests.
   EXPECT_TRUE(client.EnableMobileAP(&error));
   ASSERT_TRUE(client.GetMobileAPStatus(&status, &error));
   EXPECT_EQ(status, QCMAP_MSGR_MOBILE_AP_STATUS_CONNECTED_V01);
@@ -207,8 +208,8 @@ TEST_F(Fault, SilentAndDeafClientsAreCutAndOthersUnharmed) {
   for (const int fd : deaf) ::close(fd);
 }
 
-/// Opens one session, then answers each of its requests with `answer`, which it has also sent as
-/// an indication; the reply gets the request's transaction number.
+/// Accepts one session. It sends the answer to each request twice: as an indication, and with the
+/// request's transaction number as the reply.
 class LyingServer {
  public:
   explicit LyingServer(const std::string& path)

@@ -1,4 +1,4 @@
-/// A world of its own for each test: a private socket, and a simulated server on it.
+/// Gives each test a socket of its own and a simulated server that listens on it.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -42,7 +42,7 @@ class SimulatedServer : public testing::Test {
     options.insert(options.begin(), "QCMAP_ConnectionManager");
     return std::make_unique<Process>(MVQ_QCMAP_SERVER, options);
   }
-  /// A server that ends at once, with `status`, and says why.
+  /// Expects that a server with these options ends with `status` and prints `message`.
   static void ExpectEnd(const std::vector<std::string>& options, int status,
                         const std::string& message) {
     const auto server = Run(options);
@@ -53,7 +53,7 @@ class SimulatedServer : public testing::Test {
     server_ = Run(options);
     ASSERT_TRUE(server_->WaitForOutput("listening on " + path_ + "\n")) << server_->output();
   }
-  /// Carries out console commands, and waits until they are done.
+  /// Sends commands to the server's console and waits until it has carried them out.
   void Console(const std::string& commands) {
     server_->Write(commands + "\nend" + std::to_string(++commands_) + "\n");
     ASSERT_TRUE(server_->WaitForOutput("'end" + std::to_string(commands_) + "'"));

@@ -52,7 +52,7 @@ TEST_F(Story, CallComesUpAndGoesDownWithEventsAddressesAndCounters) {
       "WWAN_DISCONNECTED 102 ipv6"};
   EXPECT_EQ(events.WaitFor(7), expected);
   EXPECT_TRUE(Eventually([&] { return seen[1] == 7; })) << "each step up and down";
-  EXPECT_EQ(seen[0], 0) << "what came of another session's requests";
+  EXPECT_EQ(seen[0], 0) << "outcomes of another session's requests";
 }
 
 TEST_F(Story, NetworkThatComesAndGoesIsFollowedByTheCalls) {
@@ -112,7 +112,7 @@ TEST_F(Story, VlansAreMappedToTheirProfilesAndPassthroughToItsHost) {
   EXPECT_TRUE(wrapper.GetIpPassthrough(enabled, read));
   EXPECT_TRUE(enabled);
   EXPECT_EQ(read.host_device_name, host.host_device_name);
-  EXPECT_EQ(read.pt_state, 2) << "handed through, while profile 0 has a call";
+  EXPECT_EQ(read.pt_state, 2) << "active, since profile 0 has a call";
 }
 
 TEST_F(Story, ThreadsAndCallbacksWorkAtTheSameTime) {
