@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <system_error>
 
 #include "client/session.h"
 
@@ -44,11 +43,7 @@ QCMAP_Client::QCMAP_Client(sim::Session::Callback callback) : mobile_ap_handle(0
   auto session = std::make_unique<sim::Session>();
   if (session->HandleOrZero() == 0) return;
   mobile_ap_handle = session->HandleOrZero();
-  try {
-    if (callback != nullptr) session->Deliver(callback);
-    state_ = session.release();
-  } catch (const std::system_error&) {
-  }
+  if (callback == nullptr || session->Deliver(callback)) state_ = session.release();
 }
 
 QCMAP_Client::~QCMAP_Client() {

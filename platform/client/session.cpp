@@ -105,16 +105,23 @@ Session::Session()
 }
 
 Session::~Session() {
+  if (!thread_ || IsInForkedChild()) return;
   stopping_ = true;
-  if (thread_.joinable()) {
-    ::shutdown(indications_.fd(), SHUT_RDWR);
-    thread_.join();
-  }
+  ::shutdown(indications_.fd(), SHUT_RDWR);
+  ::pthread_join(*thread_, nullptr);
 }
 
-void Session::Deliver(Callback callback) {
+bool Session::Deliver(Callback callback) {
+  const auto run = [](void* session) -> void* {
+    static_cast<Session*>(session)->ReceiveIndications();
+    return nullptr;
+  };
   const AllSignalsBlocked blocked;
-  thread_ = std::thread(&Session::ReceiveIndications, this, callback);
+  callback_ = callback;
+  pthread_t thread;
+  if (::pthread_create(&thread, nullptr, run, this) != 0) return false;
+  thread_ = thread;
+  return true;
 }
 
 uint32_t Session::Open(const Socket& socket, uint32_t handle) {
@@ -126,6 +133,7 @@ uint32_t Session::Open(const Socket& socket, uint32_t handle) {
 
 qmi_error_type_v01 Session::Exchange(const Socket& socket, uint32_t id, const void* request,
                                      size_t length, Unpacker unpack, void* reply) {
+  if (IsInForkedChild()) return QMI_ERR_INTERNAL_V01;
   // Both connections open within one time limit, which began with the constructor.
   const Deadline deadline = handle_ == 0 ? opening_deadline_ : steady_clock::now() + limit_;
   const Turn turn(turns_, deadline);
@@ -178,7 +186,7 @@ std::optional<Datagram> Session::Receive(int fd, const Header& request, Deadline
   return std::nullopt;
 }
 
-void Session::ReceiveIndications(Callback callback) {
+void Session::ReceiveIndications() {
   unsigned char bytes[kMaxIndicationBytes];
   while (!stopping_) {
     const ssize_t received = ::recv(indications_.fd(), bytes, sizeof bytes, MSG_TRUNC);
@@ -188,8 +196,8 @@ void Session::ReceiveIndications(Callback callback) {
     if (size > sizeof bytes || stopping_) continue;
     const auto indication = ParseDatagram(bytes, size);
     if (!indication || !indication->IsWhole()) continue;
-    callback(reinterpret_cast<qmi_client_struct*>(this), indication->header.id, indication->record,
-             indication->header.length, nullptr);
+    callback_(reinterpret_cast<qmi_client_struct*>(this), indication->header.id, indication->record,
+              indication->header.length, nullptr);
   }
 }
 

@@ -1,12 +1,13 @@
 /// A client's session with the server: two connections and an indication thread.
 #pragma once
 
+#include <pthread.h>
+#include <sys/types.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <chrono>
 #include <optional>
-#include <thread>
 #include <type_traits>
 
 #include "client/turns.h"
@@ -33,6 +34,10 @@ class Socket {
 /// within its time limit, which includes the wait for other threads' requests. A session whose
 /// server has gone does not connect to a new one, because that server would not know which profile
 /// the caller has selected. All its requests then fail at once.
+///
+/// A session belongs to the process that opened it. In a forked child, every request fails at once
+/// and the destructor only closes the child's descriptors. Neither touches the connections or a
+/// mutex, which a thread of the parent may have held at the moment of the fork.
 class Session {
  public:
   using Callback = void (*)(qmi_client_struct*, unsigned int, void*, unsigned int, void*);
@@ -43,8 +48,8 @@ class Session {
   ~Session();
 
   uint32_t HandleOrZero() const { return handle_; }
-  /// Starts the indication thread. Throws std::system_error when no thread can be started.
-  void Deliver(Callback callback);
+  /// Starts the indication thread. Returns false when no thread can be started.
+  [[nodiscard]] bool Deliver(Callback callback);
 
   /// Sends a request and waits for its reply. Returns QMI_ERR_NONE_V01 when the request was
   /// granted; after any other result the content of `reply` is unspecified.
@@ -70,8 +75,10 @@ class Session {
                               Unpacker unpack, void* reply);
   bool Send(int fd, const Header& header, const void* record, Deadline deadline);
   std::optional<Datagram> Receive(int fd, const Header& request, Deadline deadline);
-  void ReceiveIndications(Callback callback);
+  bool IsInForkedChild() const { return ::getpid() != process_; }
+  void ReceiveIndications();
 
+  const pid_t process_ = ::getpid();
   const std::chrono::milliseconds limit_;
   const Deadline opening_deadline_;
   const Socket requests_;
@@ -89,7 +96,9 @@ class Session {
 
   uint32_t handle_ = 0;
   std::atomic<bool> stopping_{false};
-  std::thread thread_;
+  Callback callback_ = nullptr;
+  /// Not a std::thread, because a forked child can neither join nor detach its parent's thread.
+  std::optional<pthread_t> thread_;
 };
 
 }  // namespace sim

@@ -205,6 +205,11 @@ static_assert(offsetof(qcmap_msgr_status_ind_msg_v01, status) == 4, "");
 /// the reason to `*error`. A granted request may leave `*error` as it is. Requests that name no
 /// profile act on the session's current one. The parameters called `flag` have a meaning on the
 /// device only; the simulated platform does not use them.
+///
+/// A session belongs to the process that constructed the client. After a fork, every request in the
+/// child fails at once with QMI_ERR_INTERNAL_V01, and the callback is never called there. The
+/// destructor in the child only closes descriptors. The parent and its session are not affected. A
+/// program that runs in the background must therefore construct its client after its last fork.
 class __attribute__((visibility("default"))) QCMAP_Client {
  public:
   /// `callback` receives every indication, on a thread that belongs to the client.

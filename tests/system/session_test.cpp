@@ -1,5 +1,6 @@
 /// What the threads and children of a program share: one session with the server.
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -44,7 +45,7 @@ TEST_F(Threads, AreServedInTheOrderOfTheirCalls) {
       id = static_cast<pid_t>(::syscall(SYS_gettid));
       // Whoever asks again does so behind those that are waiting.
       for (const uint8_t of_round : {number, static_cast<uint8_t>(number + kThreads)})
-        EXPECT_TRUE(client->CreateWWANPolicy({1, kFamily4, {of_round, of_round}, {}}, kAnything));
+        EXPECT_TRUE(client->CreateWWANPolicy({1, kFamily4, {of_round, of_round}, {}}, nullptr));
     }));
     ASSERT_TRUE(Eventually([&] { return id != 0 && IsAsleep(id); }));
   }
@@ -65,11 +66,62 @@ TEST_F(Threads, AllGiveUpWithinOneTimeLimitAndTheNextOneIsServed) {
   const auto start = steady_clock::now();
   std::vector<std::future<bool>> threads;
   for (int i = 0; i < 32; ++i)
-    threads.push_back(std::async(std::launch::async, [&] { return client->ActivateLAN(kAnything); }));
+    threads.push_back(std::async(std::launch::async, [&] { return client->ActivateLAN(nullptr); }));
   for (auto& thread : threads) EXPECT_FALSE(thread.get());
   EXPECT_LE(steady_clock::now() - start, 2 * kLimit);
   server_->Signal(SIGCONT);
-  EXPECT_TRUE(client->ActivateLAN(kAnything));
+  EXPECT_TRUE(client->ActivateLAN(nullptr));
+}
+
+/// What a forked child reports by its exit status.
+enum Child : int { kAsDocumented = 0, kRequestDidNotFail, kWrongError, kTooSlow };
+
+Child UseInChild(std::unique_ptr<QCMAP_Client>& client) {
+  const auto start = steady_clock::now();
+  for (const Request& request : kEveryRequest) {
+    qmi_error_type_v01 error{};
+    if (request.send(*client, &error)) return kRequestDidNotFail;
+    if (error != QMI_ERR_INTERNAL_V01) return kWrongError;
+  }
+  client.reset();
+  return steady_clock::now() - start > std::chrono::seconds(1) ? kTooSlow : kAsDocumented;
+}
+
+TEST_F(Threads, AreUnharmedByForkedChildrenThatUseTheSession) {
+  Start({"--console"});
+  static std::atomic<int> received{0};
+  auto client = std::make_unique<QCMAP_Client>([](auto...) { ++received; });
+  std::atomic<bool> forking{true};
+  std::atomic<int> failures{0}, requests{0};
+  std::vector<std::future<void>> threads;
+  for (int i = 0; i < 4; ++i)
+    threads.push_back(std::async(std::launch::async, [&] {
+      for (; forking; ++requests)
+        if (!client->ActivateLAN(nullptr)) ++failures;
+    }));
+  for (int round = 1; round <= 100 && !HasFailure(); ++round) {
+    const int before = requests;
+    const pid_t child = ::fork();
+    if (child == 0) {
+      const Child outcome = UseInChild(client);
+      if (round % 2 == 0)
+        ::execl("/bin/sh", "sh", "-c", "exit $0", std::to_string(outcome).c_str(), nullptr);
+      ::_exit(outcome);
+    }
+    int status = -1;
+    if (!Eventually([&] { return ::waitpid(child, &status, WNOHANG) == child; })) {
+      ::kill(child, SIGKILL);
+      ::waitpid(child, &status, 0);
+    }
+    EXPECT_EQ(WIFEXITED(status) ? WEXITSTATUS(status) : -status, kAsDocumented)
+        << "round " << round;
+    EXPECT_TRUE(Eventually([&] { return requests > before; })) << "round " << round;
+  }
+  forking = false;
+  for (auto& thread : threads) thread.get();
+  EXPECT_EQ(failures, 0);
+  Console("indicate 0x5e 1");
+  EXPECT_TRUE(Eventually([&] { return received == 1; }));
 }
 
 TEST(Turns, CallerWhoseDeadlinePassesLeavesTheQueue) {
