@@ -5,6 +5,7 @@
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/time.h>
+#include <syslog.h>
 
 #include <cerrno>
 #include <cstdlib>
@@ -59,8 +60,9 @@ bool WaitUntilReady(int fd, short events, Deadline deadline) {
 
 /// Returns -1 when no trusted server accepts before the deadline.
 int Connect(Deadline deadline) {
+  const std::string path = DefaultSocketPath();
   sockaddr_un address;
-  if (!ToAddress(DefaultSocketPath(), address)) return -1;
+  if (!ToAddress(path, address)) return -1;
   const int fd = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
   if (fd < 0) return -1;
   int result;
@@ -73,6 +75,9 @@ int Connect(Deadline deadline) {
     if (!limited) errno = ETIMEDOUT;
   } while (result != 0 && errno == EINTR);
   if (result == 0 && IsTrustedPeer(fd)) return fd;
+  if (result == 0)
+    ::syslog(LOG_ERR, "QCMAP_Client: the server at %s belongs to user %u and is not used\n",
+             path.c_str(), PeerUser(fd));
   ::close(fd);
   return -1;
 }
@@ -191,7 +196,11 @@ void Session::ReceiveIndications() {
   while (!stopping_) {
     const ssize_t received = ::recv(indications_.fd(), bytes, sizeof bytes, MSG_TRUNC);
     if (received < 0 && errno == EINTR) continue;
-    if (received <= 0) return;
+    if (received <= 0) {
+      if (!stopping_)
+        ::syslog(LOG_ERR, "QCMAP_Client: lost the server, every request fails from now on\n");
+      return;
+    }
     const auto size = static_cast<size_t>(received);
     if (size > sizeof bytes || stopping_) continue;
     const auto indication = ParseDatagram(bytes, size);

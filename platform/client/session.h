@@ -34,6 +34,7 @@ class Socket {
 /// within its time limit, which includes the wait for other threads' requests. A session whose
 /// server has gone does not connect to a new one, because that server would not know which profile
 /// the caller has selected. All its requests then fail at once.
+/// The indication thread reports the loss in the system log.
 ///
 /// A session belongs to the process that opened it. In a forked child, every request fails at once
 /// and the destructor only closes the child's descriptors. Neither touches the connections or a

@@ -29,12 +29,19 @@ inline bool ToAddress(const std::string& path, sockaddr_un& address) {
   return true;
 }
 
-/// Whether the process at the other end belongs to this user or to root.
-inline bool IsTrustedPeer(int socket) {
+/// The user that owns the process at the other end. An unknown owner is reported as the user id
+/// that nobody has.
+inline uid_t PeerUser(int socket) {
   ucred peer{};
   socklen_t size = sizeof peer;
-  return ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 &&
-         (peer.uid == ::geteuid() || peer.uid == 0);
+  return ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.uid
+                                                                          : static_cast<uid_t>(-1);
+}
+
+/// Whether the process at the other end belongs to this user or to root.
+inline bool IsTrustedPeer(int socket) {
+  const uid_t user = PeerUser(socket);
+  return user == ::geteuid() || user == 0;
 }
 
 }  // namespace sim
