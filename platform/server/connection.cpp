@@ -42,7 +42,7 @@ void Connection::Close() {
 }
 
 void Connection::CloseBecause(const char* reason) {
-  hub_.Complain(std::string(reason) + ", connection closed");
+  hub_.complaints_.Add(std::string(reason) + ", connection closed");
   Close();
 }
 

@@ -1,88 +1,95 @@
 /// Waits for lines on standard input and runs them one after the other.
 #include "server/console.h"
 
+#include <fcntl.h>
+#include <sys/epoll.h>
 #include <unistd.h>
 
-#include <cstdio>
+#include <algorithm>
+#include <cerrno>
 
 namespace sim {
 namespace {
 
 constexpr size_t kMaxLineBytes = 4096;
+constexpr size_t kReadBytes = 4096;
 
 }  // namespace
 
-// The descriptor is a copy. It stays in blocking mode, because other programs may share that mode,
-// and so it is only read when there is something to read.
-Console::Console(asio::io_context& io, ConsoleCommands& commands)
-    : io_(io), commands_(commands), input_(io), pause_(io) {
-  const int fd = ::dup(STDIN_FILENO);
-  if (fd >= 0) input_.assign(fd);
+Console::Console(asio::io_context& io, ConsoleCommands& commands, Output& output,
+                 Complaints& complaints)
+    : io_(io),
+      commands_(commands),
+      output_(output),
+      complaints_(complaints),
+      own_fd_(ReopenWithoutBlocking(STDIN_FILENO, O_RDONLY)),
+      input_(io, STDIN_FILENO, EPOLLIN),
+      next_line_(io, [this] { RunLine(); }) {
+  unread_.reserve(kMaxLineBytes + kReadBytes + 1);
 }
 
-void Console::Stop() {
-  paused_ = true;
-  input_.close();
+Console::~Console() {
+  if (own_fd_ >= 0) ::close(own_fd_);
 }
 
-void Console::WaitForInput() {
-  if (!input_.is_open()) return;
-  input_.async_wait(asio::posix::stream_descriptor::wait_read,
-                    [this](const asio::error_code& error) {
-                      // A plain file cannot be waited for, but it can always be read.
-                      if (!error || error == asio::error::operation_not_supported) ReadInput();
-                    });
+void Console::Arm() {
+  if (unread_.find('\n') != std::string::npos) {
+    next_line_.Set(next_line_at_);
+  } else if (!has_ended_) {
+    input_.Wait([this] { Read(); });
+  }
 }
 
-void Console::ReadInput() {
-  char bytes[1024];
-  const ssize_t size = ::read(input_.native_handle(), bytes, sizeof bytes);
+void Console::Read() {
+  char bytes[kReadBytes];
+  const ssize_t size = ::read(own_fd_ >= 0 ? own_fd_ : STDIN_FILENO, bytes, sizeof bytes);
   if (size > 0) {
     unread_.append(bytes, static_cast<size_t>(size));
-  } else {
-    input_.close();
-    if (!unread_.empty()) unread_ += '\n';
+  } else if (size == 0 || (errno != EAGAIN && errno != EINTR)) {
+    has_ended_ = true;
+    if (!unread_.empty() || discards_line_) unread_ += '\n';
   }
-  RunLines();
+  DiscardLongLine();
 }
 
-void Console::RunLines() {
-  size_t end;
-  while (!paused_ && (end = unread_.find('\n')) != std::string::npos) {
-    const std::string line = unread_.substr(0, end);
-    unread_.erase(0, end + 1);
-    ++line_number_;
-    RunLine(line);
+void Console::DiscardLongLine() {
+  const size_t end = unread_.find('\n');
+  if (!discards_line_ && std::min(end, unread_.size()) > kMaxLineBytes) {
+    Complain("is too long");
+    discards_line_ = true;
   }
-  if (paused_) return;
-  if (unread_.size() > kMaxLineBytes) {
-    std::fprintf(stderr, "console: line %u is too long, no more is read\n", line_number_ + 1);
-    input_.close();
-  }
-  WaitForInput();
+  if (!discards_line_) return;
+  discards_line_ = end == std::string::npos;
+  if (!discards_line_) ++line_number_;
+  unread_.erase(0, discards_line_ ? end : end + 1);
 }
 
-void Console::RunLine(const std::string& line) {
+void Console::RunLine() {
+  const size_t end = unread_.find('\n');
+  try {
+    Run(unread_.substr(0, end));
+  } catch (...) {
+    Complain("could not be carried out");
+  }
+  ++line_number_;
+  unread_.erase(0, end + 1);
+  DiscardLongLine();
+}
+
+void Console::Run(const std::string& line) {
   const CommandResult result = commands_.Run(line);
-  if (!result.error.empty())
-    std::fprintf(stderr, "console: line %u: %s\n", line_number_, result.error.c_str());
-  std::fputs(result.output.c_str(), stdout);
-  std::fflush(stdout);
-  if (result.pause) Sleep(*result.pause);
-  if (result.quits) {
-    Stop();
-    io_.stop();
-  }
+  if (!result.error.empty()) Complain(result.error);
+  output_.Print(result.output);
+  if (result.pause) next_line_at_ = Clock::now() + *result.pause;
+  if (result.quits) io_.stop();
 }
 
-void Console::Sleep(Milliseconds time) {
-  paused_ = true;
-  pause_.expires_after(time);
-  pause_.async_wait([this](const asio::error_code& stopped) {
-    if (stopped) return;
-    paused_ = false;
-    RunLines();
-  });
+void Console::Complain(std::string_view what) noexcept {
+  try {
+    complaints_.Add("line " + std::to_string(line_number_) + ": " + std::string(what));
+  } catch (const std::bad_alloc&) {
+    complaints_.Add("out of memory");
+  }
 }
 
 }  // namespace sim

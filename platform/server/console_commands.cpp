@@ -5,6 +5,7 @@
 #include <sstream>
 
 #include "numbers/parse_number.h"
+#include "server/printable.h"
 
 namespace sim {
 namespace {
@@ -51,6 +52,7 @@ const ConsoleCommands::Command ConsoleCommands::kCommands[] = {
     {"indicate", "ID STATUS [PROFILE-HANDLE [MOBILE-AP-HANDLE]]", 2, 4, &ConsoleCommands::Indicate},
     {"raw", "ID [HEXADECIMAL-BYTES]", 1, 2, &ConsoleCommands::IndicateRaw},
     {"sleep", "MILLISECONDS", 1, 1, &ConsoleCommands::Sleep},
+    {"echo", "WORDS", 1, SIZE_MAX, &ConsoleCommands::Echo},
     {"show", "", 0, 0, &ConsoleCommands::Show},
     {"quit", "", 0, 0, &ConsoleCommands::Quit},
     {"help", "", 0, 0, &ConsoleCommands::Help},
@@ -148,6 +150,13 @@ CommandResult ConsoleCommands::Sleep(const Words& words) {
   return result;
 }
 
+CommandResult ConsoleCommands::Echo(const Words& words) {
+  CommandResult result;
+  for (const std::string& word : words) result.output += (&word == &words[0] ? "" : " ") + word;
+  result.output += '\n';
+  return result;
+}
+
 CommandResult ConsoleCommands::Show(const Words& /*words*/) {
   std::ostringstream out;
   Modem& modem = model_.modem;
@@ -167,11 +176,11 @@ CommandResult ConsoleCommands::Show(const Words& /*words*/) {
       << ", dhcp " << OnOff(lan.config.enable_dhcp) << ", " << (lan.active ? "active" : "pending")
       << '\n';
   for (const auto& vlan : lan.vlans)
-    out << "vlan " << vlan.vlan_id << " on " << vlan.iface_name << '\n';
+    out << "vlan " << vlan.vlan_id << " on " << Printable(vlan.iface_name) << '\n';
   for (const auto& mapping : lan.mappings)
     out << "vlan " << mapping.vlan_id << " mapped to handle " << mapping.profile_handle << '\n';
   out << "passthrough: mode " << lan.passthrough.mode << ", host '"
-      << lan.passthrough.config.device_name << "'\n";
+      << Printable(lan.passthrough.config.device_name) << "'\n";
   return {{}, out.str()};
 }
 

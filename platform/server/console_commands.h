@@ -42,6 +42,7 @@ class ConsoleCommands {
   CommandResult Indicate(const Words& words);
   CommandResult IndicateRaw(const Words& words);
   CommandResult Sleep(const Words& words);
+  CommandResult Echo(const Words& words);
   CommandResult Show(const Words& words);
   CommandResult Quit(const Words& words);
   CommandResult Help(const Words& words);

@@ -4,8 +4,6 @@
 #include <fcntl.h>
 #include <sys/socket.h>
 
-#include <cstdio>
-
 #include "protocol/socket_path.h"
 #include "server/connection.h"
 
@@ -14,12 +12,11 @@ namespace {
 
 constexpr size_t kMaxConnections = 256;
 constexpr Milliseconds kAcceptPause{100};
-constexpr std::chrono::seconds kComplaintInterval{1};
 
 }  // namespace
 
-Hub::Hub(asio::io_context& io, Milliseconds latency)
-    : io_(io), latency_(latency), acceptor_(io), pause_(io) {}
+Hub::Hub(asio::io_context& io, Milliseconds latency, Complaints& complaints)
+    : io_(io), complaints_(complaints), latency_(latency), acceptor_(io), pause_(io) {}
 
 void Hub::Accept(int listening_fd, Requests& requests) {
   requests_ = &requests;
@@ -38,7 +35,7 @@ void Hub::AcceptNext() {
   acceptor_.async_accept([this](const asio::error_code& error, Protocol::socket socket) {
     if (error == asio::error::operation_aborted) return;
     if (error) {  // most likely out of descriptors, so trying again at once would not help
-      Complain("cannot accept: " + error.message());
+      complaints_.Add("cannot accept: " + error.message());
       pause_.expires_after(kAcceptPause);
       pause_.async_wait([this](const asio::error_code& stopped) {
         if (!stopped) AcceptNext();
@@ -47,9 +44,9 @@ void Hub::AcceptNext() {
     }
     AcceptNext();
     if (connections_.size() >= kMaxConnections) {
-      Complain("too many connections, one refused");
+      complaints_.Add("too many connections, one refused");
     } else if (!IsTrustedPeer(socket.native_handle())) {
-      Complain("another user's connection refused");
+      complaints_.Add("another user's connection refused");
     } else {
       ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
       std::make_shared<Connection>(*this, std::move(socket))->Start();
@@ -68,19 +65,6 @@ void Hub::Indicate(uint32_t receiver, const Indication& indication) {
 void Hub::IndicateRaw(uint32_t id, const std::string& elements) {
   for (Connection* connection : connections_)
     if (connection->IndicatedHandle() != 0) connection->Send(MakeIndication(id, elements));
-}
-
-void Hub::Complain(const std::string& complaint) {
-  const auto now = asio::steady_timer::clock_type::now();
-  if (now - complained_ < kComplaintInterval) {
-    ++complaints_left_out_;
-    return;
-  }
-  std::fprintf(stderr, "QCMAP_ConnectionManager: %s", complaint.c_str());
-  if (complaints_left_out_ > 0) std::fprintf(stderr, " (and %u more)", complaints_left_out_);
-  std::fputc('\n', stderr);
-  complained_ = now;
-  complaints_left_out_ = 0;
 }
 
 }  // namespace sim

@@ -8,6 +8,7 @@
 #include <set>
 #include <string>
 
+#include "server/complaints.h"
 #include "server/requests.h"
 #include "server/step_hook.h"
 
@@ -21,7 +22,7 @@ class Hub {
  public:
   using Protocol = asio::generic::seq_packet_protocol;
 
-  Hub(asio::io_context& io, Milliseconds latency);
+  Hub(asio::io_context& io, Milliseconds latency, Complaints& complaints);
 
   /// Accepts clients on `listening_fd`, which it takes over, and has `requests` answer them.
   void Accept(int listening_fd, Requests& requests);
@@ -35,9 +36,6 @@ class Hub {
  private:
   friend class Connection;
   void AcceptNext();
-  /// Reports a bad client on stderr. It prints at most one line a second, with the number of
-  /// complaints that were left out.
-  void Complain(const std::string& complaint);
   uint32_t NewHandle() { return next_handle_++; }
   /// Whether a test wants the connection closed at this step.
   bool ClosesAt(Step step, uint32_t request) {
@@ -45,6 +43,7 @@ class Hub {
   }
 
   asio::io_context& io_;
+  Complaints& complaints_;
   Requests* requests_ = nullptr;
   const Milliseconds latency_;
   asio::basic_socket_acceptor<Protocol> acceptor_;
@@ -53,8 +52,6 @@ class Hub {
   /// Null except in tests.
   const std::unique_ptr<StepHook> step_hook_ = StepHook::FromEnvironment();
   uint32_t next_handle_ = 5001;
-  asio::steady_timer::time_point complained_{};
-  unsigned complaints_left_out_ = 0;
 };
 
 }  // namespace sim

@@ -1,11 +1,11 @@
 /// The simulated Mobile AP server, for development without a modem.
 #include <signal.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <asio/io_context.hpp>
 #include <asio/signal_set.hpp>
 #include <cstdio>
-#include <new>
 
 #include "protocol/socket_path.h"
 #include "server/console.h"
@@ -61,30 +61,41 @@ sim::Modem::Settings Settings(const Options& options) {
           options.network == "on", static_cast<uint64_t>(options.traffic)};
 }
 
+/// The parts that write to the standard streams.
+struct Streams {
+  explicit Streams(asio::io_context& io)
+      : output(io, STDOUT_FILENO),
+        errors(io, STDERR_FILENO),
+        about_clients(io, errors, "QCMAP_ConnectionManager"),
+        about_lines(io, errors, "console") {}
+  ~Streams() {
+    about_clients.ReportTheRest();
+    about_lines.ReportTheRest();
+    output.Finish();
+    errors.Finish();
+  }
+
+  sim::Output output, errors;
+  sim::Complaints about_clients, about_lines;
+};
+
 /// Serves until a signal or the console ends it.
-void Serve(const Options& options, asio::io_context& io, sim::Requests& requests, sim::Hub& hub,
-           sim::Model& model) {
+void Serve(const Options& options, asio::io_context& io, Streams& streams, sim::Requests& requests,
+           sim::Hub& hub, sim::Model& model) {
   asio::signal_set signals(io, SIGINT, SIGTERM, SIGHUP);
   signals.async_wait([&io](const asio::error_code& error, int) {
     if (!error) io.stop();
   });
   sim::ListeningSocket listening(options.socket);
   hub.Accept(listening.fd(), requests);
-  std::printf("listening on %s\n", options.socket.c_str());
-  std::fflush(stdout);
+  streams.output.Print("listening on " + options.socket + "\n");
 
   sim::ConsoleCommands commands(model, requests, hub);
-  sim::Console console(io, commands);
-  if (options.console) console.Start();
-  while (!io.stopped()) {
-    try {
-      io.run();
-    } catch (const std::bad_alloc&) {
-      // The operation is abandoned, and the connection that asked for it is closed.
-      std::fputs("QCMAP_ConnectionManager: out of memory, connection closed\n", stderr);
-    }
-  }
-  console.Stop();
+  sim::Console console(io, commands, streams.output, streams.about_lines);
+  std::vector<sim::Activity*> activities = {&streams.output, &streams.errors,
+                                            &streams.about_clients, &streams.about_lines};
+  if (options.console) activities.push_back(&console);
+  sim::RunEventLoop(io, activities);
   hub.Close();
 }
 
@@ -99,7 +110,8 @@ int Run(int argc, char** argv) {
   }
 
   asio::io_context io(1);
-  sim::Hub hub(io, sim::Milliseconds(options.latency_ms));
+  Streams streams(io);
+  sim::Hub hub(io, sim::Milliseconds(options.latency_ms), streams.about_clients);
   sim::Model model{sim::Modem(io, Settings(options),
                               [&hub](uint32_t receiver, const sim::Indication& indication) {
                                 hub.Indicate(receiver, indication);
@@ -112,7 +124,7 @@ int Run(int argc, char** argv) {
     std::fprintf(stderr, "--fail: %s\n", wrong.c_str());
     return kUsageError;
   }
-  Serve(options, io, requests, hub, model);
+  Serve(options, io, streams, requests, hub, model);
   return 0;
 }
 

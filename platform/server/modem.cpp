@@ -113,7 +113,7 @@ Error Modem::Disconnect(Profile& profile, FamilyIndex family, uint32_t asker) {
   return QMI_ERR_NONE_V01;
 }
 
-void Modem::Drop(Profile& profile, const std::vector<FamilyIndex>& families) {
+void Modem::Drop(Profile& profile, std::initializer_list<FamilyIndex> families) {
   for (const FamilyIndex family : families) EndCall(profile, family);
   AutoConnect(profile);
 }

@@ -6,6 +6,7 @@
 #include <asio/steady_timer.hpp>
 #include <chrono>
 #include <functional>
+#include <initializer_list>
 #include <vector>
 
 #include "protocol/indication.h"
@@ -84,7 +85,7 @@ class Modem {
   Error Connect(Profile& profile, FamilyIndex family, uint32_t asker);
   Error Disconnect(Profile& profile, FamilyIndex family, uint32_t asker);
   /// Ends calls and attempts to connect as the network would. Then autoconnect tries again.
-  void Drop(Profile& profile, const std::vector<FamilyIndex>& families);
+  void Drop(Profile& profile, std::initializer_list<FamilyIndex> families);
   /// Connects every family that autoconnect should bring up.
   void AutoConnect(Profile& profile);
 

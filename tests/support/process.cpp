@@ -26,6 +26,7 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
   ::close(input[0]);
   ::close(output[1]);
   input_ = input[1];
+  ::fcntl(input_, F_SETFL, O_NONBLOCK);
   output_fd_ = output[0];
   if (error != 0) throw std::runtime_error("cannot run " + program);
 }
@@ -44,8 +45,13 @@ void Process::Signal(int number) const {
 }
 
 void Process::Write(const std::string& text) const {
-  if (::write(input_, text.data(), text.size()) != static_cast<ssize_t>(text.size()))
-    throw std::runtime_error("the process does not read");
+  size_t written = 0;
+  const bool all = Eventually([&] {
+    const ssize_t size = ::write(input_, text.data() + written, text.size() - written);
+    if (size > 0) written += static_cast<size_t>(size);
+    return written == text.size();
+  });
+  if (!all) throw std::runtime_error("the process does not read");
 }
 
 bool Process::WaitForOutput(const std::string& text) {

@@ -55,8 +55,8 @@ class SimulatedServer : public testing::Test {
   }
   /// Sends commands to the server's console and waits until it has carried them out.
   void Console(const std::string& commands) {
-    server_->Write(commands + "\nend" + std::to_string(++commands_) + "\n");
-    ASSERT_TRUE(server_->WaitForOutput("'end" + std::to_string(commands_) + "'"));
+    server_->Write(commands + "\necho end" + std::to_string(++commands_) + "\n");
+    ASSERT_TRUE(server_->WaitForOutput("end" + std::to_string(commands_) + "\n"));
   }
 
   std::string directory_, path_;

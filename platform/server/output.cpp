@@ -1,0 +1,104 @@
+/// Prints lines without waiting.
+#include "server/output.h"
+
+#include <fcntl.h>
+#include <limits.h>
+#include <poll.h>
+#include <sys/epoll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <cstdio>
+
+namespace sim {
+namespace {
+
+/// Holds the largest model that `show` can print.
+constexpr size_t kMaxBytes = 512 * 1024;
+constexpr size_t kMaxNoteBytes = 64;
+constexpr std::chrono::milliseconds kPatienceAtTheEnd{250};
+
+}  // namespace
+
+Output::Output(asio::io_context& io, int fd)
+    : fd_(fd), own_fd_(ReopenWithoutBlocking(fd, O_WRONLY)), writable_(io, fd, EPOLLOUT) {
+  struct stat status {};
+  ::fstat(fd, &status);
+  is_socket_ = S_ISSOCK(status.st_mode);
+  is_plain_file_ = S_ISREG(status.st_mode);
+  unsent_.reserve(kMaxBytes + kMaxNoteBytes);
+}
+
+Output::~Output() {
+  if (own_fd_ >= 0) ::close(own_fd_);
+}
+
+void Output::Print(std::string_view lines) noexcept {
+  while (!lines.empty()) {
+    const size_t size = std::min(lines.find('\n'), lines.size() - 1) + 1;
+    if (lines_left_out_ > 0 || unsent_.size() + size > kMaxBytes) {
+      ++lines_left_out_;
+    } else {
+      unsent_.append(lines.substr(0, size));
+    }
+    lines.remove_prefix(size);
+  }
+  Flush();
+}
+
+void Output::Arm() {
+  if (!unsent_.empty()) writable_.Wait([this] { Flush(); });
+}
+
+void Output::Flush() noexcept {
+  for (;;) {
+    if (unsent_.empty() && lines_left_out_ > 0) {
+      char note[kMaxNoteBytes];
+      std::snprintf(note, sizeof note, "%u lines left out\n", lines_left_out_);
+      unsent_ = note;
+      lines_left_out_ = 0;
+    }
+    if (unsent_.empty()) return;
+    const ssize_t written = WriteSome();
+    if (written >= 0) {
+      unsent_.erase(0, static_cast<size_t>(written));
+    } else if (errno == EAGAIN) {
+      return;
+    } else if (errno != EINTR) {
+      // The reader has gone, or the disk is full. The next line makes another attempt.
+      lines_left_out_ += static_cast<unsigned>(std::count(unsent_.begin(), unsent_.end(), '\n'));
+      unsent_.clear();
+      return;
+    }
+  }
+}
+
+// After poll, a pipe takes PIPE_BUF bytes without blocking, unless another program has written to
+// it in between. Only a pipe that cannot be reopened runs that risk.
+ssize_t Output::WriteSome() {
+  if (own_fd_ >= 0) return ::write(own_fd_, unsent_.data(), unsent_.size());
+  if (is_socket_) return ::send(fd_, unsent_.data(), unsent_.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
+  if (is_plain_file_) return ::write(fd_, unsent_.data(), unsent_.size());
+  pollfd waited{fd_, POLLOUT, 0};
+  if (::poll(&waited, 1, 0) > 0)
+    return ::write(fd_, unsent_.data(), std::min<size_t>(unsent_.size(), PIPE_BUF));
+  errno = EAGAIN;
+  return -1;
+}
+
+void Output::Finish() noexcept {
+  using std::chrono::milliseconds;
+  const auto end = std::chrono::steady_clock::now() + kPatienceAtTheEnd;
+  for (Flush(); !unsent_.empty(); Flush()) {
+    const auto left =
+        std::chrono::duration_cast<milliseconds>(end - std::chrono::steady_clock::now());
+    pollfd waited{fd_, POLLOUT, 0};
+    if (left.count() <= 0 || ::poll(&waited, 1, static_cast<int>(left.count())) <= 0) return;
+  }
+}
+
+}  // namespace sim

@@ -1,0 +1,52 @@
+/// Watches descriptors through an epoll instance.
+#include "server/readiness.h"
+
+#include <fcntl.h>
+#include <sys/epoll.h>
+#include <sys/stat.h>
+
+#include <asio/post.hpp>
+#include <cerrno>
+#include <string>
+#include <system_error>
+
+namespace sim {
+
+int ReopenWithoutBlocking(int fd, int access) {
+  struct stat status;
+  if (::fstat(fd, &status) != 0 || !(S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode)))
+    return -1;
+  const std::string path = "/proc/self/fd/" + std::to_string(fd);
+  return ::open(path.c_str(), access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+}
+
+Readiness::Readiness(asio::io_context& io, int fd, uint32_t event) : watch_(io) {
+  const int watch = ::epoll_create1(EPOLL_CLOEXEC);
+  if (watch < 0) throw std::system_error(errno, std::generic_category(), "epoll");
+  watch_.assign(watch);
+  epoll_event events{};
+  events.events = event;
+  is_plain_file_ = ::epoll_ctl(watch, EPOLL_CTL_ADD, fd, &events) != 0;
+}
+
+void Readiness::Wait(std::function<void()> ready) {
+  if (waiting_ || !watch_.is_open()) return;
+  auto handler = [this, ready = std::move(ready)](const asio::error_code& error) {
+    if (error == asio::error::operation_aborted) return;
+    waiting_ = false;
+    if (watch_.is_open()) ready();
+  };
+  if (is_plain_file_) {
+    asio::post(watch_.get_executor(), [handler = std::move(handler)] { handler({}); });
+  } else {
+    watch_.async_wait(asio::posix::stream_descriptor::wait_read, std::move(handler));
+  }
+  waiting_ = true;
+}
+
+void Readiness::Stop() {
+  asio::error_code ignored;
+  watch_.close(ignored);
+}
+
+}  // namespace sim

@@ -1,0 +1,31 @@
+/// Waits until a descriptor that other programs may share can be read or written.
+#pragma once
+
+#include <asio/posix/stream_descriptor.hpp>
+#include <functional>
+
+namespace sim {
+
+/// Returns a new descriptor for the pipe, terminal or device behind `fd`, opened with `access`
+/// (O_RDONLY or O_WRONLY) in a non-blocking mode of its own. Returns -1 where that is not possible.
+int ReopenWithoutBlocking(int fd, int access);
+
+/// Asio would switch the descriptor to non-blocking mode for every program that shares it. So Asio
+/// waits for an epoll instance instead, which in turn watches the descriptor.
+class Readiness {
+ public:
+  /// `event` is EPOLLIN or EPOLLOUT. Throws std::system_error when there are no descriptors left.
+  Readiness(asio::io_context& io, int fd, uint32_t event);
+
+  /// Calls `ready` once the descriptor is ready. Does nothing while it is waited for already. A
+  /// plain file is always ready.
+  void Wait(std::function<void()> ready);
+  void Stop();
+
+ private:
+  asio::posix::stream_descriptor watch_;
+  bool is_plain_file_ = false;
+  bool waiting_ = false;
+};
+
+}  // namespace sim

@@ -1,0 +1,64 @@
+/// What the server prints when nobody reads it, and lines that are not commands.
+#include <fcntl.h>
+#include <sys/wait.h>
+
+#include <fstream>
+
+#include "simulated_server.h"
+
+namespace {
+
+using Output = SimulatedServer;
+
+std::string Repeat(const std::string& text, int times) {
+  std::string repeated;
+  while (times-- > 0) repeated += text;
+  return repeated;
+}
+
+TEST_F(Output, ThatNobodyReadsStopsNeitherTheServerNorItsWriter) {
+  const struct {
+    const char* what;
+    std::string lines;
+    const char* note;
+  } rows[] = {
+      {"a full standard output", Repeat("show\n", 300), " lines left out\n"},
+      {"wrong lines", Repeat("bogus\n", 3000), "\nconsole: 2999 more complaints left out\n"},
+      {"an endless line", std::string(1000000, 'x') + "\n", "console: line 1: is too long\n"},
+      {"an escape sequence", "\x1b[2J\n", "unknown command '\\x1b[2J'"}};
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    Start({"--console", "--profiles", "50"});
+    server_->Write(row.lines);
+    EXPECT_TRUE(QCMAP_Client(nullptr).EnableMobileAP(nullptr));
+    EXPECT_TRUE(server_->WaitForOutput(row.note)) << server_->output().substr(0, 1000);
+    Console("");  // the lines after it are carried out, and printed again
+
+    server_->Write(row.lines);
+    EXPECT_TRUE(QCMAP_Client(nullptr).EnableMobileAP(nullptr));
+    server_->Signal(SIGTERM);
+    const auto start = std::chrono::steady_clock::now();
+    siginfo_t ended{};
+    EXPECT_TRUE(Eventually([&] {
+      ::waitid(P_PID, static_cast<id_t>(server_->pid()), &ended, WEXITED | WNOHANG | WNOWAIT);
+      return ended.si_pid != 0;
+    }));
+    EXPECT_LE(std::chrono::steady_clock::now() - start, std::chrono::seconds(1));
+    EXPECT_EQ(server_->Wait(), 0);
+  }
+}
+
+TEST_F(Output, LeavesTheModeOfSharedDescriptorsAlone) {
+  Start({"--console"});
+  Console("show");
+  for (const char* descriptor : {"0", "1", "2"}) {
+    std::ifstream info("/proc/" + std::to_string(server_->pid()) + "/fdinfo/" + descriptor);
+    std::string word;
+    unsigned flags = O_NONBLOCK;
+    while (info >> word && word != "flags:") continue;
+    info >> std::oct >> flags;
+    EXPECT_EQ(flags & O_NONBLOCK, 0u) << "descriptor " << descriptor;
+  }
+}
+
+}  // namespace
