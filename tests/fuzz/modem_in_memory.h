@@ -1,0 +1,49 @@
+/// The simulated server without its sockets.
+#pragma once
+
+#include <unistd.h>
+
+#include <asio/io_context.hpp>
+
+#include "server/complaints.h"
+#include "server/console_commands.h"
+#include "server/hub.h"
+#include "server/output.h"
+#include "server/requests.h"
+
+/// Calls take no time here, but they make progress only in Proceed().
+struct ModemInMemory {
+  explicit ModemInMemory(size_t profiles)
+      : errors(Io(), STDERR_FILENO),
+        complaints(Io(), errors, ""),
+        hub(Io(), {}, complaints),
+        model{sim::Modem(Io(), {profiles, {}, true, 0},
+                         [this](uint32_t receiver, const sim::Indication& indication) {
+                           hub.Indicate(receiver, indication);
+                         }),
+              {}},
+        requests(model),
+        commands(model, requests, hub) {}
+  /// Ends all calls while what they refer to still exists.
+  ~ModemInMemory() {
+    model.modem.profiles().clear();
+    Proceed();
+  }
+
+  static void Proceed() {
+    Io().restart();
+    Io().poll();
+  }
+  /// One for all inputs, because it takes long to make.
+  static asio::io_context& Io() {
+    static asio::io_context io(1);
+    return io;
+  }
+
+  sim::Output errors;
+  sim::Complaints complaints;
+  sim::Hub hub;
+  sim::Model model;
+  sim::Requests requests;
+  sim::ConsoleCommands commands;
+};
