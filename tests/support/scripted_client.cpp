@@ -80,11 +80,11 @@ void NoteUtility(const Arguments&... arguments) {
 Script::Script(int server_pid) : pid(server_pid) {
   current = this;
   std::signal(SIGALRM, [](int) {
-    constexpr char text[] = "The test did not end within 30 seconds.\n";
-    static_cast<void>(!write(STDERR_FILENO, text, sizeof text - 1));
+    constexpr char kText[] = "The test did not end within 60 seconds.\n";
+    static_cast<void>(!write(STDERR_FILENO, kText, sizeof kText - 1));
     std::_Exit(EXIT_FAILURE);
   });
-  alarm(30);
+  alarm(60);
   policy_list.policy_list_valid = 1;
   policy_list.policy_list_len = 3;
   for (uint32_t i = 0; i < QCMAP_MSGR_MAX_WWAN_POLICY_V01; ++i) {

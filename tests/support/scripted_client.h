@@ -30,7 +30,7 @@ std::string Join(const Values&... values) {
 /// Everything beyond the seam. Only one may exist at a time. At first, the server runs, grants
 /// every request and has three profiles, with the handles 11, 22 and 33. A refused request leaves
 /// garbage in its record, but does not touch a flag that belongs to the library's caller. A script
-/// that exists for 30 seconds ends the program with a message, so that no fault makes a test hang.
+/// that exists for 60 seconds ends the program with a message, so that no fault makes a test hang.
 class Script {
  public:
   /// `server_pid`: what the probe finds.
