@@ -8,12 +8,12 @@
 struct Anything {
   template <typename Value>
   operator Value&() const {
-    static Value value;
+    static thread_local Value value;
     return value = Value();
   }
   template <typename Record>
   operator Record*() const {
-    static Record records[QCMAP_MSGR_MAX_MAPPINGS_V01];
+    static thread_local Record records[QCMAP_MSGR_MAX_MAPPINGS_V01];
     return records;
   }
 };

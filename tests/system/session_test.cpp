@@ -68,7 +68,7 @@ TEST_F(Threads, AllGiveUpWithinOneTimeLimitAndTheNextOneIsServed) {
   for (int i = 0; i < 32; ++i)
     threads.push_back(std::async(std::launch::async, [&] { return client->ActivateLAN(nullptr); }));
   for (auto& thread : threads) EXPECT_FALSE(thread.get());
-  EXPECT_LE(steady_clock::now() - start, 2 * kLimit);
+  EXPECT_LE(steady_clock::now() - start, 4 * kLimit) << "a wait for each would take 32";
   server_->Signal(SIGCONT);
   EXPECT_TRUE(client->ActivateLAN(nullptr));
 }

@@ -88,7 +88,7 @@ TEST(Steps, RequestTakesNoEffectAfterItsCallerGaveUp) {
   using std::chrono::milliseconds;
   const std::string unchanged = StoppingServer("", "", milliseconds(2000)).Model();
   const Step steps[] = {{"read", milliseconds(500), false, 0},
-                        {"carried-out", milliseconds(1000), false, 18},
+                        {"carried-out", milliseconds(2000), false, 18},
                         {"replied", milliseconds(10000), true, 18}};
   for (const Step& step : steps) {
     struct Round {
