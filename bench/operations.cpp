@@ -123,7 +123,10 @@ int main() {
   Measure("ConnectToQcmapIfNeeded, connected", 5, [&] { qcmap.ConnectToQcmapIfNeeded(); });
   Measure("ChangeWwanProfile, same", 17, [&] { qcmap.ChangeWwanProfile(0); });
   uint32_t other = 0;
-  MeasureBoth("ChangeWwanProfile, other", 45, 37, [&] { qcmap.ChangeWwanProfile(other ^= 1); });
+  Measure("ChangeWwanProfile, other", 45, [&] { qcmap.ChangeWwanProfile(other ^= 1); });
+  refuses_requests = true;
+  Measure("ChangeWwanProfile, other, refused", 37, [&] { qcmap.ChangeWwanProfile(other ^ 1); });
+  refuses_requests = false;
   Measure("ChangeWwanProfile, out of range", 46, [&] { qcmap.ChangeWwanProfile(50); });
   qcmap.ChangeWwanProfile(0);
   MeasureBoth("GetProfileHandle", 35, 38, [&] { qcmap.GetProfileHandle(0, handle); });
