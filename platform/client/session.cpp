@@ -105,8 +105,8 @@ Session::Session()
       requests_(Connect(opening_deadline_)),
       indications_(requests_.fd() < 0 ? -1 : Connect(opening_deadline_)) {
   if (indications_.fd() < 0) return;
-  const uint32_t handle = Open(requests_, 0);
-  if (handle != 0 && Open(indications_, handle) == handle) handle_ = handle;
+  const auto ticket = Open(requests_, {});
+  if (ticket && Open(indications_, *ticket)) handle_ = ticket->handle;
 }
 
 Session::~Session() {
@@ -129,11 +129,12 @@ bool Session::Deliver(Callback callback) {
   return true;
 }
 
-uint32_t Session::Open(const Socket& socket, uint32_t handle) {
-  uint32_t opened;
-  const qmi_error_type_v01 error = Exchange(socket, message::OpenSession::kId, &handle,
-                                            sizeof handle, UnpackInto<uint32_t>, &opened);
-  return error == QMI_ERR_NONE_V01 ? opened : 0;
+std::optional<SessionTicket> Session::Open(const Socket& socket, const SessionTicket& ticket) {
+  SessionTicket opened;
+  const qmi_error_type_v01 error = Exchange(socket, message::OpenSession::kId, &ticket,
+                                            sizeof ticket, UnpackInto<SessionTicket>, &opened);
+  if (error != QMI_ERR_NONE_V01 || opened.handle == 0) return std::nullopt;
+  return opened;
 }
 
 qmi_error_type_v01 Session::Exchange(const Socket& socket, uint32_t id, const void* request,

@@ -71,7 +71,8 @@ class Session {
   static bool UnpackInto(const Datagram& datagram, void* record) {
     return Unpack(datagram, *static_cast<Record*>(record));
   }
-  uint32_t Open(const Socket& socket, uint32_t handle);
+  /// Opens a session, or joins the one with this ticket. Empty when that fails.
+  std::optional<SessionTicket> Open(const Socket& socket, const SessionTicket& ticket);
   qmi_error_type_v01 Exchange(const Socket& socket, uint32_t id, const void* request, size_t length,
                               Unpacker unpack, void* reply);
   bool Send(int fd, const Header& header, const void* record, Deadline deadline);

@@ -15,6 +15,14 @@
 namespace sim {
 
 struct Nothing {};
+/// Names a session. Only its owner knows the key, which the server chooses.
+struct SessionTicket {
+  uint32_t handle;
+  uint32_t key[2];
+};
+inline bool operator==(const SessionTicket& a, const SessionTicket& b) {
+  return a.handle == b.handle && a.key[0] == b.key[0] && a.key[1] == b.key[1];
+}
 struct PolicyUpdate {
   qcmap_msgr_update_profile_enum_v01 update;
   qcmap_msgr_net_policy_info_v01 policy;
@@ -35,8 +43,8 @@ using PolicyList = qcmap_msgr_wwan_policy_list_resp_msg_v01;
 using VlanList = qcmap_msgr_vlan_conf_t;
 
 // A session has two connections, and the first message on each is OpenSession. On the first
-// connection it sends 0, and the reply is the session's Mobile AP handle. On the second connection,
-// which receives the indications, it sends that handle.
+// connection its handle is 0, and the reply is the session's ticket, with its Mobile AP handle. On
+// the second connection, which receives the indications, it sends that ticket and gets it back.
 // clang-format off
 #define SIM_MODEM_MESSAGES(MESSAGE) \
   MESSAGE(EnableMobileAP, Nothing, Nothing) \
@@ -84,7 +92,7 @@ using VlanList = qcmap_msgr_vlan_conf_t;
 
 #define SIM_MESSAGES(MESSAGE) \
   SIM_MODEM_MESSAGES(MESSAGE) SIM_PROFILE_MESSAGES(MESSAGE) SIM_LAN_MESSAGES(MESSAGE) \
-  MESSAGE(OpenSession, uint32_t, uint32_t)
+  MESSAGE(OpenSession, SessionTicket, SessionTicket)
 // clang-format on
 
 #define SIM_NUMBER(name, request, reply) name,

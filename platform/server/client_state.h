@@ -1,13 +1,15 @@
 /// What the server remembers of one client.
 #pragma once
 
-#include <cstdint>
+#include "protocol/messages.h"
 
 namespace sim {
 
+/// Shared by the client's two connections.
 struct ClientState {
-  /// The Mobile AP handle, never 0.
-  uint32_t handle;
+  /// Its handle is never 0.
+  SessionTicket ticket;
+  bool has_both_connections = false;
 };
 
 }  // namespace sim

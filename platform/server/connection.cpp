@@ -2,148 +2,180 @@
 #include "server/connection.h"
 
 #include <poll.h>
+#include <sys/random.h>
 #include <sys/socket.h>
+
+#include <cerrno>
 
 namespace sim {
 namespace {
 
-/// How long a client may take to send its first datagram, and to read a reply.
+/// How long a client may take to send its first datagram, to open its second connection, and to
+/// read a reply.
 constexpr std::chrono::seconds kTimeLimit{5};
-/// More than a busy modem indicates in a minute.
-constexpr size_t kMaxUnsent = 8192;
+
+bool IsReady(int fd, short event) {
+  pollfd polled{fd, event, 0};
+  return ::poll(&polled, 1, 0) > 0;
+}
 
 }  // namespace
 
 Connection::Connection(Hub& hub, Hub::Protocol::socket socket)
-    : hub_(hub), socket_(std::move(socket)), timer_(hub.io_) {
-  socket_.non_blocking(true);
-  hub_.connections_.insert(this);
+    : hub_(hub), socket_(std::move(socket)) {}
+
+void Connection::Guard(Handler handler) noexcept {
+  if (!IsOpen()) return;
+  try {
+    (this->*handler)();
+  } catch (...) {
+    CloseBecause("a client could not be served");
+  }
 }
 
-Connection::~Connection() {
-  hub_.connections_.erase(this);
-  if (client_ == nullptr) return;
-  asio::error_code ignored;
-  for (Connection* other : hub_.connections_)
-    if (other->client_ == client_)
-      other->socket_.shutdown(asio::socket_base::shutdown_both, ignored);
+void Connection::Await(asio::socket_base::wait_type type, Handler handler) {
+  socket_.async_wait(type, [weak = weak_from_this(), handler](const asio::error_code& error) {
+    const auto self = weak.lock();
+    if (self && !error) self->Guard(handler);
+  });
 }
 
-void Connection::Start() {
-  if (hub_.ClosesAt(Step::kAccepted, message::OpenSession::kId)) return Close();
-  SetTimeLimit("a client sent nothing");
-  Receive();
-}
-
-void Connection::Close() {
+void Connection::Close() noexcept {
+  if (!IsOpen()) return;
   asio::error_code ignored;
   socket_.close(ignored);
-  timer_.cancel();
+  limit_ = answer_at_ = kNever;
+  hub_.OnClose(client_.get());
 }
 
-void Connection::CloseBecause(const char* reason) {
-  hub_.complaints_.Add(std::string(reason) + ", connection closed");
+void Connection::CloseBecause(const char* reason) noexcept {
+  char complaint[128];
+  std::snprintf(complaint, sizeof complaint, "%s, connection closed", reason);
+  hub_.complaints_.Add(complaint);
   Close();
 }
 
 void Connection::SetTimeLimit(const char* reason) {
-  timer_.expires_after(kTimeLimit);
-  timer_.async_wait([weak = weak_from_this(), reason](const asio::error_code& cancelled) {
-    const auto self = weak.lock();
-    if (!cancelled && self) self->CloseBecause(reason);
-  });
+  limit_ = Clock::now() + kTimeLimit;
+  limit_reason_ = reason;
+  hub_.WakeAt(limit_);
+}
+
+void Connection::OnTime(Clock::time_point now) noexcept {
+  if (now >= limit_) return CloseBecause(limit_reason_);
+  if (now < answer_at_) return;
+  answer_at_ = kNever;
+  Guard(&Connection::Answer);
+}
+
+void Connection::Begin() {
+  if (hub_.ClosesAt(Step::kAccepted, message::OpenSession::kId)) return Close();
+  SetTimeLimit("a client sent nothing");
+  // A client that has gone is noticed at once, even while nothing is received from it.
+  Await(asio::socket_base::wait_error, &Connection::Close);
+  AwaitRequest();
 }
 
 void Connection::Receive() {
-  receiving_ = true;
-  socket_.async_receive(asio::buffer(received_), received_flags_,
-                        [self = shared_from_this()](const asio::error_code& error, size_t size) {
-                          self->receiving_ = false;
-                          if (error || size == 0) return self->Close();
-                          self->OnDatagram(size);
-                        });
+  const int fd = socket_.native_handle();
+  if (!gets_indications_ && !IsReady(fd, POLLOUT)) {
+    if (limit_ == kNever) SetTimeLimit("a client does not read its replies");
+    return Await(asio::socket_base::wait_write, &Connection::Receive);
+  }
+  if (client_ != nullptr && client_->has_both_connections) limit_ = kNever;
+  const ssize_t size = ::recv(fd, received_.data(), received_.size(), MSG_DONTWAIT | MSG_TRUNC);
+  if (size < 0 && (errno == EAGAIN || errno == EINTR)) return AwaitRequest();
+  if (size <= 0) return Close();
+  received_size_ = static_cast<size_t>(size);
+  const auto datagram = ParseDatagram(received_.data(), std::min(received_size_, received_.size()));
+  if (!datagram || received_size_ > received_.size())
+    return CloseBecause("a datagram has an invalid size");
+  OnDatagram(*datagram);
 }
 
-void Connection::OnDatagram(size_t size) {
-  const auto datagram = ParseDatagram(received_.data(), size);
-  if (!datagram || (received_flags_ & MSG_TRUNC) != 0)
-    return CloseBecause("a datagram has an invalid size");
-  const uint32_t id = datagram->header.id;
-  if (hub_.ClosesAt(Step::kRead, id)) return Close();
-  if (IsGivenUp(datagram->header)) return Receive();
-  if (client_ == nullptr) {
-    if (!Open(*datagram)) CloseBecause("a client did not open its session");
-    return;
-  }
+void Connection::OnDatagram(const Datagram& datagram) {
+  if (hub_.ClosesAt(Step::kRead, datagram.header.id)) return Close();
   if (gets_indications_)
     return CloseBecause("a client sent a request on its connection for indications");
-  std::string reply = hub_.requests_->Answer(*client_, *datagram);
-  if (hub_.ClosesAt(Step::kCarriedOut, id)) return Close();
-  if (hub_.latency_.count() == 0) return Reply(id, std::move(reply));
-  timer_.expires_after(hub_.latency_);
-  timer_.async_wait([self = shared_from_this(), id, reply](const asio::error_code& cancelled) {
-    if (!cancelled) self->Reply(id, reply);
-  });
+  if (client_ == nullptr) {
+    if (IsGivenUp(datagram.header)) return AwaitRequest();
+    return Open(datagram);
+  }
+  if (hub_.latency_.count() == 0) return Answer();
+  answer_at_ = Clock::now() + hub_.latency_;
+  hub_.WakeAt(answer_at_);
 }
 
 bool Connection::IsGivenUp(const Header& request) {
-  if (ToMonotonicTime(std::chrono::steady_clock::now()) >= request.deadline) return true;
-  pollfd peer{socket_.native_handle(), POLLRDHUP, 0};
-  return ::poll(&peer, 1, 0) > 0;
+  return ToMonotonicTime(std::chrono::steady_clock::now()) >= request.deadline ||
+         IsReady(socket_.native_handle(), POLLRDHUP);
 }
 
-void Connection::Reply(uint32_t id, std::string reply) {
-  Send(std::move(reply));
-  if (hub_.ClosesAt(Step::kReplied, id)) Close();
-}
-
-bool Connection::Open(const Datagram& datagram) {
-  uint32_t handle;
-  if (datagram.header.id != message::OpenSession::kId || !Unpack(datagram, handle)) return false;
-  std::shared_ptr<ClientState> joined;
-  for (const Connection* other : hub_.connections_) {
-    if (handle == 0 || !other->client_ || other->client_->handle != handle) continue;
-    if (joined != nullptr) return false;  // this client already has both its connections
-    joined = other->client_;
-  }
-  if (handle != 0 && joined == nullptr) return false;
-  gets_indications_ = joined != nullptr;
-  client_ =
-      joined != nullptr ? joined : std::make_shared<ClientState>(ClientState{hub_.NewHandle()});
-  timer_.cancel();
-  Send(MakeDatagram(
-      datagram.header.id, datagram.header.transaction, QMI_ERR_NONE_V01,
-      std::string(reinterpret_cast<const char*>(&client_->handle), sizeof client_->handle)));
-  if (!gets_indications_ && hub_.ClosesAt(Step::kOpened, datagram.header.id)) Close();
-  return true;
-}
-
-void Connection::Send(std::string datagram) {
-  if (!socket_.is_open()) return;
-  if (unsent_.size() == kMaxUnsent) return CloseBecause("a client does not read its indications");
-  unsent_.push_back(std::move(datagram));
-  if (unsent_.size() == 1) Flush();
-}
-
-// The next request is received only when the reply to the last one has been sent.
-void Connection::Flush() {
-  asio::error_code error;
-  while (!unsent_.empty() && !error) {
-    socket_.send(asio::buffer(unsent_.front()), 0, error);
-    if (!error) unsent_.pop_front();
-  }
-  if (error == asio::error::would_block) {
-    if (!gets_indications_) SetTimeLimit("a client does not read its replies");
-    socket_.async_wait(asio::socket_base::wait_write,
-                       [self = shared_from_this()](const asio::error_code& closed) {
-                         if (!closed) self->Flush();
-                       });
-  } else if (error) {
-    Close();
+void Connection::Open(const Datagram& datagram) {
+  SessionTicket ticket;
+  if (datagram.header.id != message::OpenSession::kId || !Unpack(datagram, ticket))
+    return CloseBecause("a client did not open its session");
+  if (ticket.handle == 0) {
+    client_ = std::make_shared<ClientState>();
+    client_->ticket.handle = hub_.NewHandle();
+    if (::getrandom(client_->ticket.key, sizeof client_->ticket.key, 0) < 0)
+      return CloseBecause("there are no random numbers");
+    SetTimeLimit("a client did not open its second connection");
   } else {
-    timer_.cancel();
-    if (!receiving_) Receive();
+    client_ = hub_.Join(ticket);
+    if (client_ == nullptr) return CloseBecause("a client opened a session that is not its own");
+    gets_indications_ = true;
+    position_ = hub_.log_.end();
+    limit_ = kNever;
   }
+  if (Send(MakeDatagram(datagram.header.id, datagram.header.transaction, QMI_ERR_NONE_V01,
+                        {reinterpret_cast<const char*>(&client_->ticket), sizeof ticket})) < 0)
+    return Close();
+  if (!gets_indications_ && hub_.ClosesAt(Step::kOpened, datagram.header.id)) return Close();
+  AwaitRequest();
+}
+
+void Connection::Answer() {
+  const auto datagram = ParseDatagram(received_.data(), received_size_);
+  if (IsGivenUp(datagram->header)) return AwaitRequest();
+  const uint32_t id = datagram->header.id;
+  const std::string reply = hub_.requests_->Answer(client_->ticket.handle, *datagram);
+  if (hub_.ClosesAt(Step::kCarriedOut, id)) return Close();
+  if (Send(reply) < 0 || hub_.ClosesAt(Step::kReplied, id)) return Close();
+  AwaitRequest();
+}
+
+void Connection::FlushIndications() {
+  if (!gets_indications_) return;
+  if (hub_.log_.IsLost(position_)) return CloseBecause("a client does not read its indications");
+  if (awaits_room_) return;
+  while (position_ != hub_.log_.end()) {
+    auto next = position_;
+    const auto entry = hub_.log_.Next(next);
+    const uint32_t handle = client_->ticket.handle;
+    if (entry.receiver == 0 || entry.receiver == handle) {
+      const bool is_sent =
+          Send(entry.has_elements ? MakeIndication(entry.indication.id, std::string(entry.elements))
+                                  : MakeIndication(entry.indication, handle)) >= 0;
+      if (!is_sent && errno != EAGAIN) return Close();
+      if (!is_sent) {
+        Await(asio::socket_base::wait_write, &Connection::OnRoom);
+        awaits_room_ = true;
+        return;
+      }
+    }
+    position_ = next;
+  }
+}
+
+void Connection::OnRoom() {
+  awaits_room_ = false;
+  FlushIndications();
+}
+
+ssize_t Connection::Send(const std::string& datagram) {
+  return ::send(socket_.native_handle(), datagram.data(), datagram.size(),
+                MSG_DONTWAIT | MSG_NOSIGNAL);
 }
 
 }  // namespace sim

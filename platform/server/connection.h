@@ -1,9 +1,8 @@
 /// One connection of a client.
 #pragma once
 
+#include <algorithm>
 #include <array>
-#include <asio/steady_timer.hpp>
-#include <deque>
 #include <memory>
 #include <string>
 
@@ -11,46 +10,64 @@
 
 namespace sim {
 
-/// Carries either a client's requests and their replies, or its indications.
+/// Carries either a client's requests and their replies, or its indications. Whatever goes wrong
+/// ends the connection, and with it the client's other one. Nothing thrown leaves it, except by the
+/// constructor.
+///
+/// Replies are never queued: the next request is read when there is room for its reply. Indications
+/// that the socket does not take stay in the hub's log, for as long as that has room for them.
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
   Connection(Hub& hub, Hub::Protocol::socket socket);
-  /// Also ends the client's other connection.
-  ~Connection();
 
-  void Start();
-  /// Queues a datagram. Closes the connection of a client that leaves too many datagrams unread.
-  void Send(std::string datagram);
-  void Close();
-  /// Handle of the client whose indications go here; 0 when this connection carries requests.
-  uint32_t IndicatedHandle() const { return gets_indications_ ? client_->handle : 0; }
+  void Start() noexcept { Guard(&Connection::Begin); }
+  /// Sends what is new in the hub's log.
+  void SendIndications() noexcept { Guard(&Connection::FlushIndications); }
+  /// Whether it has sent everything in the hub's log that it is to send.
+  bool HasSentAll() const { return !gets_indications_ || position_ == hub_.log_.end(); }
+  /// Does what is due.
+  void OnTime(Clock::time_point now) noexcept;
+  /// When OnTime() is to be called.
+  Clock::time_point NextTime() const { return std::min(limit_, answer_at_); }
+  void Close() noexcept;
+  bool IsOpen() const { return socket_.is_open(); }
 
  private:
+  friend class Hub;
+  using Handler = void (Connection::*)();
+  /// Closes the connection when `handler` throws.
+  void Guard(Handler handler) noexcept;
+  void Await(asio::socket_base::wait_type type, Handler handler);
+
+  void Begin();
   void Receive();
-  void OnDatagram(size_t size);
+  void AwaitRequest() { Await(asio::socket_base::wait_read, &Connection::Receive); }
+  void OnDatagram(const Datagram& datagram);
   /// Whether the caller has given the request up or has gone. Then the request must not be carried
   /// out, since the caller would not learn of it.
   bool IsGivenUp(const Header& request);
-  /// Answers the first datagram, which must open a session or join one. Returns false when it does
-  /// neither.
-  bool Open(const Datagram& datagram);
-  void Reply(uint32_t id, std::string reply);
-  /// Sends as much as the socket takes, and continues when it takes more.
-  void Flush();
-  void CloseBecause(const char* reason);
-  /// Closes the connection after the time limit, unless the timer is reset or cancelled first.
+  /// Answers the first datagram, which must open a session or join one.
+  void Open(const Datagram& datagram);
+  void Answer();
+  void FlushIndications();
+  void OnRoom();
+  ssize_t Send(const std::string& datagram);
+  void CloseBecause(const char* reason) noexcept;
+  /// Closes the connection after the time limit.
   void SetTimeLimit(const char* reason);
 
   Hub& hub_;
   Hub::Protocol::socket socket_;
-  asio::steady_timer timer_;
-  /// Shared by the client's two connections; null until the session is opened.
+  Clock::time_point limit_ = kNever;
+  const char* limit_reason_ = nullptr;
+  /// Null until the session is opened.
   std::shared_ptr<ClientState> client_;
-  bool gets_indications_ = false;
-  bool receiving_ = false;
-  asio::socket_base::message_flags received_flags_ = 0;
   std::array<unsigned char, 512> received_;
-  std::deque<std::string> unsent_;
+  size_t received_size_ = 0;
+  Clock::time_point answer_at_ = kNever;
+  bool gets_indications_ = false;
+  bool awaits_room_ = false;
+  IndicationLog::Position position_ = 0;
 };
 
 }  // namespace sim

@@ -13,6 +13,8 @@ namespace {
 
 constexpr size_t kMaxLineBytes = 4096;
 constexpr size_t kReadBytes = 4096;
+/// How long clients may have to wait for the lines of a script, apart from the last one.
+constexpr Milliseconds kMaxTurn{1};
 
 }  // namespace
 
@@ -24,7 +26,7 @@ Console::Console(asio::io_context& io, ConsoleCommands& commands, Output& output
       complaints_(complaints),
       own_fd_(ReopenWithoutBlocking(STDIN_FILENO, O_RDONLY)),
       input_(io, STDIN_FILENO, EPOLLIN),
-      next_line_(io, [this] { RunLine(); }) {
+      next_line_(io, [this] { RunLines(); }) {
   unread_.reserve(kMaxLineBytes + kReadBytes + 1);
 }
 
@@ -64,8 +66,15 @@ void Console::DiscardLongLine() {
   unread_.erase(0, discards_line_ ? end : end + 1);
 }
 
-void Console::RunLine() {
-  const size_t end = unread_.find('\n');
+void Console::RunLines() {
+  const auto start = Clock::now();
+  size_t end;
+  while ((end = unread_.find('\n')) != std::string::npos && next_line_at_ <= start &&
+         !io_.stopped() && Clock::now() - start < kMaxTurn)
+    RunLine(end);
+}
+
+void Console::RunLine(size_t end) {
   try {
     Run(unread_.substr(0, end));
   } catch (...) {

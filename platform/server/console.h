@@ -12,7 +12,7 @@ namespace sim {
 
 /// Carries out one command for each line. An error goes to stderr, with the number of its line. A
 /// `sleep` holds back the lines after it, but not the server, which also runs on when the input
-/// ends. Between two lines the server does everything else that is due.
+/// ends.
 class Console : public Activity {
  public:
   Console(asio::io_context& io, ConsoleCommands& commands, Output& output, Complaints& complaints);
@@ -27,7 +27,8 @@ class Console : public Activity {
   /// Discards what has been read of a line that is too long. The rest of it is discarded as well
   /// when it comes.
   void DiscardLongLine();
-  void RunLine();
+  void RunLines();
+  void RunLine(size_t end);
   void Run(const std::string& line);
   void Complain(std::string_view what) noexcept;
 

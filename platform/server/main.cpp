@@ -44,7 +44,7 @@ void Declare(CLI::App& app, Options& options) {
                  "Bytes that each connected family receives in a second")
       ->check(CLI::Range(int64_t{0}, kMaxTraffic))
       ->capture_default_str();
-  app.add_option("--latency", options.latency_ms, "Milliseconds before each reply")
+  app.add_option("--latency", options.latency_ms, "Milliseconds before each request is carried out")
       ->check(any_time)
       ->capture_default_str();
   app.add_option("--fail", options.failures,
@@ -88,15 +88,14 @@ void Serve(const Options& options, asio::io_context& io, Streams& streams, sim::
   });
   sim::ListeningSocket listening(options.socket);
   hub.Accept(listening.fd(), requests);
-  streams.output.Print("listening on " + options.socket + "\n");
-
   sim::ConsoleCommands commands(model, requests, hub);
   sim::Console console(io, commands, streams.output, streams.about_lines);
-  std::vector<sim::Activity*> activities = {&streams.output, &streams.errors,
-                                            &streams.about_clients, &streams.about_lines};
+  std::vector<sim::Activity*> activities = {
+      &streams.output, &streams.errors,        &hub,
+      &model.modem,    &streams.about_clients, &streams.about_lines};
   if (options.console) activities.push_back(&console);
+  streams.output.Print("listening on " + options.socket + "\n");
   sim::RunEventLoop(io, activities);
-  hub.Close();
 }
 
 int Run(int argc, char** argv) {

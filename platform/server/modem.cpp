@@ -44,7 +44,10 @@ qcmap_msgr_wwan_status_enum_v01 Profile::Status(FamilyIndex family) const {
 }
 
 Modem::Modem(asio::io_context& io, const Settings& settings, Indicate indicate)
-    : io_(io), settings_(settings), indicate_(std::move(indicate)), network_(settings.network) {
+    : alarm_(io, [this] { FinishPhases(); }),
+      settings_(settings),
+      indicate_(std::move(indicate)),
+      network_(settings.network) {
   for (size_t i = 0; i < settings.profiles; ++i) {
     const auto number = static_cast<uint8_t>(i + 1);
     Add({QCMAP_MSGR_TECH_PREF_3GPP_V01,
@@ -61,10 +64,8 @@ Profile* Modem::Find(profile_handle_type_v01 handle) {
 }
 
 void Modem::Add(const qcmap_msgr_net_policy_info_v01& policy) {
-  const auto family = [this] {
-    return Family{true, kDisconnected, 0, asio::steady_timer(io_), {}, {}};
-  };
-  profiles_.push_back({next_handle_++, policy, false, false, {family(), family()}});
+  profiles_.push_back({next_handle_, policy, false, false, {}});
+  ++next_handle_;
 }
 
 void Modem::EnableMobileAp() {
@@ -98,7 +99,7 @@ Error Modem::Connect(Profile& profile, FamilyIndex family, uint32_t asker) {
   if (!network_) return QMI_ERR_NO_NETWORK_FOUND_V01;
   if (!MayCarry(profile, family)) return QMI_ERR_CALL_FAILED_V01;
   profile.families[family].asker = asker;
-  EnterAndFinish(profile, family, kBringUp, kConnecting, kConnected);
+  Begin(profile, family, kConnecting);
   return QMI_ERR_NONE_V01;
 }
 
@@ -109,7 +110,7 @@ Error Modem::Disconnect(Profile& profile, FamilyIndex family, uint32_t asker) {
   if (profile.families[family].phase == kConnecting)
     Report(profile, family, kBringUp, kConnectingFailed);
   profile.families[family].asker = asker;
-  EnterAndFinish(profile, family, kTearDown, kDisconnecting, kDisconnected);
+  Begin(profile, family, kDisconnecting);
   return QMI_ERR_NONE_V01;
 }
 
@@ -140,26 +141,45 @@ bool Modem::MayCarry(const Profile& profile, FamilyIndex family) const {
 
 void Modem::Enter(Profile& profile, FamilyIndex family, qcmap_msgr_wwan_status_enum_v01 phase) {
   Family& entered = profile.families[family];
-  entered.timer.cancel();
+  entered.phase_ends = kNever;
   SetCounters(entered, Count(entered));
   entered.phase = phase;
   indicate_(0, {QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01, profile.Status(family), profile.handle});
 }
 
-// The handler looks the profile up again, because it may have moved in the list by then.
-void Modem::EnterAndFinish(Profile& profile, FamilyIndex family, uint32_t indication,
-                           qcmap_msgr_wwan_status_enum_v01 phase,
-                           qcmap_msgr_wwan_status_enum_v01 outcome) {
+void Modem::Begin(Profile& profile, FamilyIndex family, qcmap_msgr_wwan_status_enum_v01 phase) {
   Enter(profile, family, phase);
-  asio::steady_timer& timer = profile.families[family].timer;
-  timer.expires_after(settings_.call_time);
-  timer.async_wait([this, handle = profile.handle, family, indication, phase,
-                    outcome](const asio::error_code& cancelled) {
-    Profile* const found = Find(handle);
-    if (cancelled || found == nullptr || found->families[family].phase != phase) return;
-    Report(*found, family, indication, outcome);
-    Enter(*found, family, outcome);
-  });
+  profile.families[family].phase_ends = Clock::now() + settings_.call_time;
+}
+
+std::pair<Profile*, FamilyIndex> Modem::NextToFinish() {
+  std::pair<Profile*, FamilyIndex> next{nullptr, kIpv4};
+  auto earliest = kNever;
+  for (Profile& profile : profiles_) {
+    for (const FamilyIndex family : kFamilies) {
+      if (profile.families[family].phase_ends >= earliest) continue;
+      earliest = profile.families[family].phase_ends;
+      next = {&profile, family};
+    }
+  }
+  return next;
+}
+
+void Modem::Arm() {
+  const auto [profile, family] = NextToFinish();
+  alarm_.Set(profile == nullptr ? kNever : profile->families[family].phase_ends);
+}
+
+void Modem::FinishPhases() {
+  const auto now = Clock::now();
+  for (;;) {
+    const auto [profile, family] = NextToFinish();
+    if (profile == nullptr || profile->families[family].phase_ends > now) return;
+    const bool connects = profile->families[family].phase == kConnecting;
+    const auto outcome = connects ? kConnected : kDisconnected;
+    Report(*profile, family, connects ? kBringUp : kTearDown, outcome);
+    Enter(*profile, family, outcome);
+  }
 }
 
 void Modem::Report(const Profile& profile, FamilyIndex family, uint32_t indication,
@@ -170,8 +190,7 @@ void Modem::Report(const Profile& profile, FamilyIndex family, uint32_t indicati
 
 std::array<uint64_t, 2> Modem::Count(const Family& family) const {
   if (!family.IsUp()) return family.bytes;
-  const std::chrono::duration<double> seconds =
-      asio::steady_timer::clock_type::now() - family.counted;
+  const std::chrono::duration<double> seconds = Clock::now() - family.counted;
   const auto received =
       static_cast<uint64_t>(static_cast<double>(settings_.traffic) * seconds.count());
   return {family.bytes[0] + received, family.bytes[1] + received / 10};
@@ -179,7 +198,7 @@ std::array<uint64_t, 2> Modem::Count(const Family& family) const {
 
 void Modem::SetCounters(Family& family, std::array<uint64_t, 2> bytes) {
   family.bytes = bytes;
-  family.counted = asio::steady_timer::clock_type::now();
+  family.counted = Clock::now();
 }
 
 }  // namespace sim

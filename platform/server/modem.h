@@ -3,14 +3,16 @@
 
 #include <array>
 #include <asio/io_context.hpp>
-#include <asio/steady_timer.hpp>
 #include <chrono>
 #include <functional>
 #include <initializer_list>
+#include <utility>
 #include <vector>
 
 #include "protocol/indication.h"
 #include "protocol/messages.h"
+#include "server/alarm.h"
+#include "server/event_loop.h"
 
 namespace sim {
 
@@ -29,12 +31,12 @@ struct Family {
   /// Handle of the client whose request is under way and which is told its outcome; 0 for
   /// autoconnect.
   uint32_t asker = 0;
-  /// Runs while the family is connecting or disconnecting.
-  asio::steady_timer timer;
+  /// When connecting or disconnecting is over; kNever in other phases.
+  Clock::time_point phase_ends = kNever;
   /// Bytes received and sent until the time `counted`. While the call is up, traffic since then
   /// comes on top.
   std::array<uint64_t, 2> bytes{};
-  asio::steady_timer::time_point counted;
+  Clock::time_point counted{};
 
   bool IsUp() const { return phase == QCMAP_MSGR_WWAN_STATUS_CONNECTED_V01; }
   /// Whether the family is neither connected, connecting nor disconnecting.
@@ -55,7 +57,8 @@ struct Profile {
   qcmap_msgr_wwan_status_enum_v01 Status(FamilyIndex family) const;
 };
 
-class Modem {
+/// Nothing but adding a profile needs memory, so a step of a call is never left half done.
+class Modem : public Activity {
  public:
   struct Settings {
     size_t profiles = 3;
@@ -64,10 +67,13 @@ class Modem {
     /// Bytes that each connected family receives in a second. It sends a tenth as many.
     uint64_t traffic = 10000;
   };
-  /// Sends an indication to the client with handle `receiver`, or to all clients when it is 0.
+  /// Sends an indication to the client with handle `receiver`, or to all clients when it is 0. Must
+  /// not throw.
   using Indicate = std::function<void(uint32_t receiver, const Indication&)>;
 
   Modem(asio::io_context& io, const Settings& settings, Indicate indicate);
+
+  void Arm() override;
 
   std::vector<Profile>& profiles() { return profiles_; }
   /// Returns null when no profile has this handle.
@@ -96,13 +102,16 @@ class Modem {
   void EndCall(Profile& profile, FamilyIndex family);
   bool MayCarry(const Profile& profile, FamilyIndex family) const;
   void Enter(Profile& profile, FamilyIndex family, qcmap_msgr_wwan_status_enum_v01 phase);
-  void EnterAndFinish(Profile& profile, FamilyIndex family, uint32_t indication,
-                      qcmap_msgr_wwan_status_enum_v01 phase,
-                      qcmap_msgr_wwan_status_enum_v01 outcome);
+  /// Enters a phase that ends by itself.
+  void Begin(Profile& profile, FamilyIndex family, qcmap_msgr_wwan_status_enum_v01 phase);
+  /// The family whose phase ends first. The profile is null when no phase ends by itself.
+  std::pair<Profile*, FamilyIndex> NextToFinish();
+  /// Ends the phases that are over, in the order of their ends.
+  void FinishPhases();
   void Report(const Profile& profile, FamilyIndex family, uint32_t indication,
               qcmap_msgr_wwan_status_enum_v01 outcome);
 
-  asio::io_context& io_;
+  Alarm alarm_;
   const Settings settings_;
   const Indicate indicate_;
   std::vector<Profile> profiles_;

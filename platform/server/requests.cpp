@@ -10,9 +10,9 @@ constexpr uint64_t kAlways = UINT64_MAX;
 
 }  // namespace
 
-std::string Requests::Answer(const ClientState& client, const Datagram& request) {
+std::string Requests::Answer(uint32_t handle, const Datagram& request) {
   const Header& header = request.header;
-  Caller caller{client.handle, header.profile};
+  Caller caller{handle, header.profile};
   std::string record;
   Error error = QMI_ERR_INVALID_ARG_V01;
   const auto failure = failures_.find(header.id);

@@ -4,7 +4,6 @@
 #include <map>
 #include <string>
 
-#include "server/client_state.h"
 #include "server/lan.h"
 #include "server/modem.h"
 
@@ -50,8 +49,8 @@ class Requests {
  public:
   explicit Requests(Model& model) : model_(model) {}
 
-  /// Returns the datagram of the reply.
-  std::string Answer(const ClientState& client, const Datagram& request);
+  /// Returns the datagram of the reply to the client with this handle.
+  std::string Answer(uint32_t handle, const Datagram& request);
 
   /// Makes a request fail from now on. `text` is REQUEST[:ERROR[:COUNT]]. Returns what is wrong
   /// with the text, or an empty string.

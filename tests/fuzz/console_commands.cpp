@@ -28,7 +28,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const sim::CommandResult result = server.commands.Run(line);
     if (result.quits) break;
     if (result.error.empty()) {
-      ModemInMemory::Proceed();
+      server.Proceed();
       shown = server.commands.Run("show").output;
     } else {
       Require(result.output.empty() && !result.pause, "a refused line does nothing");

@@ -14,23 +14,21 @@
 /// Calls take no time here, but they make progress only in Proceed().
 struct ModemInMemory {
   explicit ModemInMemory(size_t profiles)
-      : errors(Io(), STDERR_FILENO),
-        complaints(Io(), errors, ""),
-        hub(Io(), {}, complaints),
-        model{sim::Modem(Io(), {profiles, {}, true, 0},
-                         [this](uint32_t receiver, const sim::Indication& indication) {
-                           hub.Indicate(receiver, indication);
+      : model{sim::Modem(Io(), {profiles, {}, true, 0},
+                         [](uint32_t receiver, const sim::Indication& indication) {
+                           EmptyHub().Indicate(receiver, indication);
                          }),
               {}},
         requests(model),
-        commands(model, requests, hub) {}
+        commands(model, requests, EmptyHub()) {}
   /// Ends all calls while what they refer to still exists.
   ~ModemInMemory() {
     model.modem.profiles().clear();
     Proceed();
   }
 
-  static void Proceed() {
+  void Proceed() {
+    model.modem.Arm();
     Io().restart();
     Io().poll();
   }
@@ -40,9 +38,14 @@ struct ModemInMemory {
     return io;
   }
 
-  sim::Output errors;
-  sim::Complaints complaints;
-  sim::Hub hub;
+  /// A hub without clients, also one for all inputs.
+  static sim::Hub& EmptyHub() {
+    static sim::Output errors(Io(), STDERR_FILENO);
+    static sim::Complaints complaints(Io(), errors, "fuzz");
+    static sim::Hub hub(Io(), {}, complaints);
+    return hub;
+  }
+
   sim::Model model;
   sim::Requests requests;
   sim::ConsoleCommands commands;

@@ -76,7 +76,7 @@ class Peer {
   }
   /// Opens the session, as a server does in answer to the first request on each connection.
   void OpenSession(Connection connection, const sim::Header& request) {
-    Reply(connection, request, Bytes(kMobileApHandle));
+    Reply(connection, request, Bytes(sim::SessionTicket{kMobileApHandle, {}}));
   }
   void HangUp() {
     for (int& fd : fds_)

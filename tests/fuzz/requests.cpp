@@ -15,7 +15,7 @@ constexpr uint8_t kSecondClient = 0x80, kWrongLength = 0x7E, kRaw = 0x7F;
 constexpr uint8_t kProceeds = 0x80;
 
 struct Client {
-  sim::ClientState state;
+  uint32_t handle;
   /// The profile that it last had confirmed.
   uint32_t profile = 0;
 };
@@ -79,7 +79,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const uint8_t start = input.TakeByte();
   ModemInMemory server((start & kFullProfiles) != 0 ? QCMAP_MSGR_MAX_WWAN_POLICY_V01 : 2);
   server.model.lan = (start & kFullLan) != 0 ? kFull : kShort;
-  Client clients[] = {{{5001}}, {{5002}}};
+  Client clients[] = {{5001}, {5002}};
   Header header{};
   while (!input.IsAtEnd()) {
     const uint8_t kind = input.TakeByte(), ending = input.TakeByte();
@@ -94,9 +94,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto request =
         sim::ParseDatagram(reinterpret_cast<unsigned char*>(bytes.data()), bytes.size());
     if (!request) continue;
-    const Header reply = Check(request->header, server.requests.Answer(client.state, *request));
+    const Header reply = Check(request->header, server.requests.Answer(client.handle, *request));
     if (reply.error == 0) client.profile = reply.profile;
-    if ((ending & kProceeds) != 0) ModemInMemory::Proceed();
+    if ((ending & kProceeds) != 0) server.Proceed();
   }
   Check(server.model);
   return 0;

@@ -56,7 +56,8 @@ inline const Request kEveryRequest[] = {
     SENDS(AddPDNToVLANMapping, 7, 103, error),
     SENDS(DeletePDNToVLANMapping, 6, 103, error),
     SENDS(GetPDNtoVLANMappings, kAnything, kAnything, error),
-    SENDS(SetIPPassthroughConfig, QCMAP_MSGR_IP_PASSTHROUGH_MODE_ENABLE_V01, true, kAnything, error),
+    SENDS(SetIPPassthroughConfig, QCMAP_MSGR_IP_PASSTHROUGH_MODE_ENABLE_V01, true, kAnything,
+          error),
     SENDS(GetIPPassthroughConfig, kAnything, kAnything, error),
     SENDS(GetIPPassthroughState, kAnything, error),
 };

@@ -37,7 +37,8 @@ class StoppingServer : public SimulatedServer {
     ::setenv("QCMAP_TIMEOUT_MS", std::to_string(limit.count()).c_str(), 1);
     client_ = std::make_unique<QCMAP_Client>(nullptr);
     ::unsetenv("QCMAP_TIMEOUT_MS");
-    for (const Request& preparation : kPreparation) EXPECT_TRUE(preparation.send(*client_, kAnything));
+    for (const Request& preparation : kPreparation)
+      EXPECT_TRUE(preparation.send(*client_, kAnything));
   }
 
   QCMAP_Client& client() { return *client_; }

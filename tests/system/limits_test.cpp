@@ -1,0 +1,165 @@
+/// What the server grants its clients: places, memory, and time for each other.
+#include <atomic>
+#include <fstream>
+#include <future>
+
+#include "protocol/indication.h"
+#include "raw_peer.h"
+#include "simulated_server.h"
+
+namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
+
+constexpr size_t kPlaces = 256;
+
+class Limits : public SimulatedServer {
+ protected:
+  auto Descriptors() const {
+    std::filesystem::directory_iterator all("/proc/" + std::to_string(server_->pid()) + "/fd");
+    return std::distance(begin(all), end(all));
+  }
+  /// The most that has been in use at one time.
+  size_t PeakKilobytes() const {
+    std::ifstream status("/proc/" + std::to_string(server_->pid()) + "/status");
+    std::string word;
+    size_t kilobytes = 0;
+    while (status >> word && word != "VmHWM:") continue;
+    status >> kilobytes;
+    return kilobytes;
+  }
+};
+
+TEST_F(Limits, PlacesOfClientsThatDoNotOpenTheirSessionAreFreeInTime) {
+  Start();
+  const auto before = Descriptors();
+  const auto start = steady_clock::now();
+  std::vector<int> peers;
+  while (peers.size() < kPlaces) {
+    peers.push_back(RawSocket(path_, false));
+    if (peers.size() % 2 == 0) OpenHalf(peers.back());
+  }
+  EXPECT_EQ(QCMAP_Client(nullptr).mobile_ap_handle, 0u) << "refused, since there are too many";
+  EXPECT_TRUE(Eventually([&] { return Descriptors() == before; }));
+  EXPECT_GE(steady_clock::now() - start, std::chrono::seconds(5));
+  EXPECT_LE(steady_clock::now() - start, std::chrono::seconds(7));
+  EXPECT_TRUE(QCMAP_Client(nullptr).EnableMobileAP(nullptr));
+  for (const int fd : peers) ::close(fd);
+}
+
+TEST_F(Limits, PlaceOfAClientThatIsGoneIsFreeAtOnce) {
+  Start({"--latency", "3600000"});
+  const auto before = Descriptors();
+  std::vector<int> peers;
+  while (peers.size() < kPlaces) {
+    peers.push_back(RawSocket(path_, false));
+    const auto ticket = OpenHalf(peers.back());
+    Send(peers.back(), sim::MakeDatagram(sim::message::ActivateLAN::kId, 2, 0, ""));
+    peers.push_back(RawSocket(path_, false));
+    Send(peers.back(), OpenSession(ticket));
+    EXPECT_FALSE(Receive(peers.back()).empty());
+  }
+  const auto start = steady_clock::now();
+  for (const int fd : peers) ::close(fd);
+  EXPECT_TRUE(Eventually([&] { return Descriptors() == before; }));
+  EXPECT_LE(steady_clock::now() - start, std::chrono::seconds(1));
+}
+
+TEST_F(Limits, GuessedTicketHarmsOnlyTheGuesser) {
+  Start();
+  const int requests = RawSocket(path_, false), indications = RawSocket(path_, false);
+  const auto ticket = OpenHalf(requests);
+  for (uint32_t bit = 1; bit != 0; bit <<= 1) {
+    const int guesser = RawSocket(path_, false);
+    Send(guesser, OpenSession({ticket.handle, {ticket.key[0] ^ bit, ticket.key[1]}}));
+    EXPECT_TRUE(Receive(guesser).empty());
+    ::close(guesser);
+  }
+  Send(indications, OpenSession(ticket));
+  EXPECT_FALSE(Receive(indications).empty()) << "the owner still gets in";
+  ::close(requests);
+  ::close(indications);
+}
+
+/// The received indications of one client. They are numbered by their status.
+struct Subscriber {
+  std::mutex gate;
+  std::atomic<uint32_t> received{0}, out_of_order{0};
+} subscriber;
+
+void Count(qmi_client_struct*, unsigned int id, void* bytes, unsigned int length, void*) {
+  const std::lock_guard<std::mutex> lock(subscriber.gate);
+  qcmap_msgr_status_ind_msg_v01 record{};
+  qmi_client_message_decode(nullptr, QMI_IDL_INDICATION, id, bytes, length, &record, sizeof record);
+  subscriber.out_of_order += record.status != subscriber.received + 1;
+  ++subscriber.received;
+}
+
+// Four times what a busy modem indicates in a minute, 100 a second.
+TEST_F(Limits, SubscriberThatSleepsForAMinuteStaysBelowAQuarter) {
+  constexpr uint32_t kCount = 4 * 60 * 100;
+  subscriber.received = subscriber.out_of_order = 0;
+  Start({"--console"});
+  const size_t kilobytes = PeakKilobytes();
+  const QCMAP_Client client(Count);
+  std::string commands;
+  for (uint32_t i = 1; i <= kCount; ++i) commands += "indicate 0x5e " + std::to_string(i) + "\n";
+  {
+    const std::lock_guard<std::mutex> asleep(subscriber.gate);
+    Console(commands);
+  }
+  EXPECT_TRUE(Eventually([&] { return subscriber.received == kCount; })) << subscriber.received;
+  EXPECT_EQ(subscriber.out_of_order, 0u);
+  EXPECT_LE(PeakKilobytes(), kilobytes + 2 * 1024);
+}
+
+TEST_F(Limits, DeafClientsCostLittleMemoryAndNobodyElseWaits) {
+  constexpr size_t kDeaf = 120;
+  constexpr uint32_t kCount = 3000;
+  subscriber.received = subscriber.out_of_order = 0;
+  Start({"--console"});
+  const size_t kilobytes = PeakKilobytes();
+  std::vector<int> deaf;
+  while (deaf.size() < 2 * kDeaf) {
+    deaf.push_back(RawSocket(path_, false));
+    const auto ticket = OpenHalf(deaf.back());
+    deaf.push_back(RawSocket(path_, false));
+    Send(deaf.back(), OpenSession(ticket));
+  }
+  QCMAP_Client honest(Count);
+  std::string commands;
+  for (uint32_t i = 1; i <= kCount; ++i) {
+    std::string elements;
+    sim::AppendElement(elements, sim::kMobileApHandleElement, 1);
+    sim::AppendElement(elements, sim::kStatusElement, i);
+    // An element that no client knows fills the indication up to 2 kB.
+    elements += std::string("\x7f\xb2\x07", 3) + std::string(0x7b2, '\0');
+    commands += "raw 0x5e ";
+    for (const char c : elements) {
+      char digits[sizeof "ff"];
+      std::snprintf(digits, sizeof digits, "%02x", static_cast<unsigned char>(c));
+      commands += digits;
+    }
+    commands += '\n';
+  }
+  auto writing = std::async(std::launch::async, [&] { Console(commands); });
+  milliseconds longest{0};
+  while (writing.wait_for(milliseconds(0)) != std::future_status::ready) {
+    const auto start = steady_clock::now();
+    EXPECT_TRUE(honest.ActivateLAN(nullptr));
+    longest =
+        std::max(longest, std::chrono::duration_cast<milliseconds>(steady_clock::now() - start));
+  }
+  EXPECT_TRUE(Eventually([&] { return subscriber.received == kCount; })) << subscriber.received;
+  EXPECT_EQ(subscriber.out_of_order, 0u);
+  EXPECT_TRUE(server_->WaitForOutput("a client does not read its indications"));
+  EXPECT_TRUE(server_->WaitForOutput(std::to_string(kDeaf - 1) + " more complaints left out\n"));
+  for (const int fd : deaf) ::close(fd);
+  EXPECT_LE(longest.count(), 200) << "50 on a machine that does nothing else";
+  EXPECT_LE(PeakKilobytes(), kilobytes + 16 * 1024);
+  RecordProperty("longest_pause_ms", static_cast<int>(longest.count()));
+  RecordProperty("kilobytes", static_cast<int>(PeakKilobytes() - kilobytes));
+}
+
+}  // namespace
