@@ -1,4 +1,5 @@
 /// The simulated Mobile AP server, for development without a modem.
+#include <fcntl.h>
 #include <signal.h>
 #include <unistd.h>
 
@@ -127,9 +128,19 @@ int Run(int argc, char** argv) {
   return 0;
 }
 
+/// The server's own descriptors must not take the places of standard streams that are closed.
+void OpenStandardStreams() {
+  int fd;
+  do {
+    fd = ::open("/dev/null", O_RDWR);
+  } while (fd >= 0 && fd <= STDERR_FILENO);
+  if (fd >= 0) ::close(fd);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
+  OpenStandardStreams();
   ::signal(SIGPIPE, SIG_IGN);  // the server must survive when the reader of its output exits
   try {
     return Run(argc, argv);

@@ -61,4 +61,14 @@ TEST_F(Output, LeavesTheModeOfSharedDescriptorsAlone) {
   }
 }
 
+TEST_F(Output, TakesNoPlaceOfAClosedStandardStream) {
+  server_ = std::make_unique<Process>(
+      "/bin/sh", std::vector<std::string>{"sh", "-c", "exec " MVQ_QCMAP_SERVER " <&- >&- 2>&-"});
+  EXPECT_TRUE(Eventually([&] { return QCMAP_Client(nullptr).mobile_ap_handle != 0; }));
+  for (const char* descriptor : {"0", "1", "2"})
+    EXPECT_EQ(std::filesystem::read_symlink("/proc/" + std::to_string(server_->pid()) + "/fd/" +
+                                            descriptor),
+              "/dev/null");
+}
+
 }  // namespace
