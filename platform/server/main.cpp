@@ -8,6 +8,7 @@
 #include <asio/signal_set.hpp>
 #include <cstdio>
 
+#include "mox/vendor/qcom/qcmap/version.h"
 #include "protocol/socket_path.h"
 #include "server/console.h"
 #include "server/hub.h"
@@ -28,6 +29,8 @@ struct Options {
 };
 
 void Declare(CLI::App& app, Options& options) {
+  app.set_version_flag("-V,--version", "QCMAP_ConnectionManager " MVQ_QCMAP_VERSION,
+                       "Show the version");
   const CLI::Range any_time(int64_t{0}, kMaxMs);
   app.add_option("--socket", options.socket, "Path of the socket that clients connect to")
       ->capture_default_str();

@@ -18,6 +18,8 @@
 #include <thread>
 #include <vector>
 
+#include "mox/vendor/qcom/qcmap/version.h"
+
 namespace {
 
 namespace fs = std::filesystem;
@@ -35,6 +37,9 @@ constexpr char kHelp[] =
     "The server gets a private socket, whose path the program finds in QCMAP_SOCKET. The server is\n"
     "ended when the program ends. Server options: see 'QCMAP_ConnectionManager --help'. With\n"
     "--console the server reads its commands from standard input, and the program's input is empty.\n"
+    "\n"
+    "  -h, --help     show this help\n"
+    "  -V, --version  show the version\n"
     "\n"
     "The exit status is the program's. If a signal ends the program, mvq-qcmap-sim ends with the same\n"
     "signal, which a shell shows as 128 plus the number of the signal.\n"
@@ -234,10 +239,16 @@ int Repeat(int status) {
 int main(int argc, char* argv[]) {
   const std::vector<std::string> words(argv + 1, argv + argc);
   const auto separator = std::find(words.begin(), words.end(), "--");
-  if (std::find_if(words.begin(), separator, [](const std::string& word) {
-        return word == "-h" || word == "--help";
-      }) != separator) {
+  const auto given = [&](const char* letter, const char* name) {
+    return std::find(words.begin(), separator, letter) != separator ||
+           std::find(words.begin(), separator, name) != separator;
+  };
+  if (given("-h", "--help")) {
     std::fputs(kHelp, stdout);
+    return 0;
+  }
+  if (given("-V", "--version")) {
+    std::puts("mvq-qcmap-sim " MVQ_QCMAP_VERSION);
     return 0;
   }
   if (separator == words.end() || separator + 1 == words.end()) {

@@ -5,6 +5,7 @@
 
 #include "arguments.h"
 #include "failure.h"
+#include "mox/vendor/qcom/qcmap/version.h"
 #include "nearest_word.h"
 
 namespace qcmapctl {
