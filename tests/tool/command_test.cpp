@@ -127,6 +127,13 @@ TEST(Launcher, EndsAsTheProgramDoesAndLeavesNothingBehind) {
        0, "143\n"},
       {"folder=$(mvq-qcmap-sim -- sh -c 'dirname $QCMAP_SOCKET'); test -e $folder; echo $?", 0,
        "1\n"},
+      {"seen=$QCMAP_SOCKET.seen\n"
+       "mvq-qcmap-sim -- sh -c 'trap \"\" TERM; echo program=$$ server=$(pgrep -P $PPID QCMAP) "
+       "socket=$QCMAP_SOCKET >$0.new; mv $0.new $0; exec sleep 60' $seen & sim=$!\n"
+       "once test -e $seen; . $seen; kill -KILL $sim\n"
+       "once sh -c '! grep -qs State:.[^Z] /proc/$1/status /proc/$2/status && ! test -e $3' - "
+       "$program $server ${socket%/*}; echo gone",
+       0, "gone\n"},
       {"server=$(mvq-qcmap-sim -- sh -c 'pgrep -P $PPID QCMAP'); kill -0 $server 2>&-; echo $?", 0,
        "1\n"}};
   for (const auto& row : rows) {

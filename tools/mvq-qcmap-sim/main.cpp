@@ -1,13 +1,18 @@
 /// mvq-qcmap-sim: runs a program against a simulated server of its own.
 #include <fcntl.h>
+#include <limits.h>
+#include <poll.h>
 #include <signal.h>
 #include <sys/prctl.h>
+#include <sys/random.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -28,6 +33,9 @@ namespace fs = std::filesystem;
 constexpr int kExitFailed = 125;
 constexpr int kExitNotExecutable = 126;
 constexpr int kExitNotFound = 127;
+
+/// How often a blocked standard error is looked at, and how long it has at the end.
+constexpr int kPatienceMs = 200;
 
 constexpr char kServerName[] = "QCMAP_ConnectionManager";
 constexpr char kHelp[] =
@@ -61,14 +69,18 @@ std::string FindServer() {
   return kServerName;
 }
 
-/// A temporary folder. The destructor removes it and everything in it.
+/// A temporary folder with a name that nobody can guess. The server makes it and removes it, even
+/// if this program has been killed. The destructor removes what a killed server has left.
 class PrivateFolder {
  public:
   PrivateFolder() {
     const char* parent = std::getenv("TMPDIR");
-    path_ =
-        std::string(parent != nullptr && *parent != '\0' ? parent : "/tmp") + "/qcmap-sim-XXXXXX";
-    if (mkdtemp(path_.data()) == nullptr) Fail(path_ + ": " + std::strerror(errno));
+    uint64_t number;
+    if (getrandom(&number, sizeof number, 0) != sizeof number)
+      Fail(std::string("random number: ") + std::strerror(errno));
+    char name[sizeof "/qcmap-sim-0123456789abcdef"];
+    std::snprintf(name, sizeof name, "/qcmap-sim-%016" PRIx64, number);
+    path_ = std::string(parent != nullptr && *parent != '\0' ? parent : "/tmp") + name;
   }
   ~PrivateFolder() {
     std::error_code ignored;
@@ -91,6 +103,13 @@ std::vector<char*> ToArguments(const std::vector<std::string>& words) {
   return arguments;
 }
 
+/// Has this process, a child of `parent`, receive `signal` when its parent ends for whatever
+/// reason.
+void EndWithParent(pid_t parent, int signal) {
+  prctl(PR_SET_PDEATHSIG, signal);
+  if (getppid() != parent) _exit(kExitFailed);
+}
+
 void UseNoInput() {
   const int none = open("/dev/null", O_RDONLY | O_CLOEXEC);
   if (none >= 0) dup2(none, STDIN_FILENO);
@@ -110,10 +129,10 @@ class Server {
     pid_ = fork();
     if (pid_ < 0) Fail(std::string("fork: ") + std::strerror(errno));
     if (pid_ == 0) {
-      // The server ends when its parent ends, for whatever reason. Unless it reads the terminal, it
-      // has its own process group, so that interrupts from the terminal do not reach it.
-      prctl(PR_SET_PDEATHSIG, SIGTERM);
-      if (getppid() != parent) _exit(kExitFailed);
+      // The server gets a signal that it can handle, to remove its folder. Unless it reads the
+      // terminal, it has its own process group, so that interrupts from the terminal do not reach
+      // it.
+      EndWithParent(parent, SIGTERM);
       if (!reads_input) setpgid(0, 0);
       sigset_t none;
       sigemptyset(&none);
@@ -140,6 +159,7 @@ class Server {
     while (waitpid(pid_, nullptr, WNOHANG) == 0) {
       if (sigtimedwait(&child, nullptr, &patience) < 0 && errno == EAGAIN) kill(pid_, SIGKILL);
     }
+    server_has_ended_ = true;
     drain_.join();
     close(output_);
   }
@@ -164,21 +184,26 @@ class Server {
   }
 
   /// Later output, such as the console's, goes to standard error, to keep it apart from the
-  /// program's.
+  /// program's. When the server has ended, what nobody reads is dropped.
   void PassOutputOn() const {
-    char buffer[4096];
+    char buffer[PIPE_BUF];  // what a pipe that is ready takes without blocking
     for (ssize_t got; (got = read(output_, buffer, sizeof buffer)) > 0;) {
+      pollfd errors{STDERR_FILENO, POLLOUT, 0};
+      while (poll(&errors, 1, kPatienceMs) == 0)
+        if (server_has_ended_) return;
       if (write(STDERR_FILENO, buffer, static_cast<size_t>(got)) < 0) return;
     }
   }
 
   pid_t pid_;
   int output_;
+  std::atomic<bool> server_has_ended_{false};
   std::thread drain_;
 };
 
-[[noreturn]] void RunProgram(const std::vector<std::string>& program, const sigset_t& mask,
-                             bool no_input) {
+[[noreturn]] void RunProgram(const std::vector<std::string>& program, pid_t parent,
+                             const sigset_t& mask, bool no_input) {
+  EndWithParent(parent, SIGKILL);
   sigprocmask(SIG_SETMASK, &mask, nullptr);
   if (no_input) UseNoInput();
   std::vector<char*> arguments = ToArguments(program);
@@ -213,9 +238,10 @@ int Simulate(const std::vector<std::string>& options, const std::vector<std::str
   const PrivateFolder folder;
   const Server server(options, folder.Socket(), console);
   setenv("QCMAP_SOCKET", folder.Socket().c_str(), 1);
+  const pid_t parent = getpid();
   const pid_t child = fork();
   if (child < 0) Fail(std::string("fork: ") + std::strerror(errno));
-  if (child == 0) RunProgram(program, mask, console);
+  if (child == 0) RunProgram(program, parent, mask, console);
   return AwaitProgram(child, signals);
 }
 
