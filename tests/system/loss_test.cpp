@@ -15,7 +15,7 @@ std::mutex mutex;
 std::vector<std::string> lines;
 
 /// Keeps a line of the client. The library's lines do not begin with this name.
-void Keep(int priority, const char* format, va_list arguments) {
+[[gnu::format(printf, 2, 0)]] void Keep(int priority, const char* format, va_list arguments) {
   char text[512];
   std::vsnprintf(text, sizeof text, format, arguments);
   const std::lock_guard<std::mutex> lock(mutex);
@@ -27,15 +27,15 @@ void Keep(int priority, const char* format, va_list arguments) {
 
 // These take the place of syslog, also for the client's library. A fortified build calls the
 // second.
-extern "C" __attribute__((visibility("default"))) void syslog(int priority, const char* format,
-                                                              ...) {
+extern "C" __attribute__((visibility("default"), format(printf, 2, 3))) void syslog(
+    int priority, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
   Keep(priority, format, arguments);
   va_end(arguments);
 }
-extern "C" __attribute__((visibility("default"))) void __syslog_chk(int priority, int,
-                                                                    const char* format, ...) {
+extern "C" __attribute__((visibility("default"), format(printf, 3, 4))) void __syslog_chk(
+    int priority, int, const char* format, ...) {
   va_list arguments;
   va_start(arguments, format);
   Keep(priority, format, arguments);
