@@ -6,10 +6,10 @@
 namespace mox {
 
 enum class Result : int32_t {
-  /// The server accepted the request. From ConnectBackhaul also: the family was already up.
+  /// The server accepted the request. ConnectBackhaul also returns it if the family is already up.
   SUCCESS = 0,
-  /// No server, no such profile, a family that the operation does not support, or a refusal. From
-  /// DisconnectBackhaul also: the family is already down, or its state cannot be read.
+  /// No connection, no such profile, a family that the operation does not support, or a refusal.
+  /// DisconnectBackhaul also returns it if the family is already down or its state cannot be read.
   FAILURE = 1,
   /// The IP family is outside IPV4, IPV6 and IPV4V6 (statistics only).
   INVALID_ARGUMENT = 11,

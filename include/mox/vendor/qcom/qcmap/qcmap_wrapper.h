@@ -97,9 +97,10 @@ class MVQ_QCMAP_HIDDEN EventQueue {
 ///   one acts on the profile that the other has selected in between.
 /// - An index can come to mean another profile. When any client deletes a policy, the ones after it
 ///   move up by one, but the selected profile stays selected. Operations on the index selected last
-///   still act on the profile that was there at the time, while GetProfileHandle and
-///   GetWwanPolicies already report the one that is there now. To select anew after a deletion,
-///   select some other index first.
+///   still act on the profile that was there at the time, while GetProfileHandle, GetWwanPolicies
+///   and the mapping operations already use the one that is there now. To select anew after a
+///   deletion, select some other index first. If index 0 is selected and only one policy is left,
+///   there is no other index: add a policy, or restart the program.
 ///
 /// Events. Calls report their changes to subscribers (see subscription.h). A program that
 /// subscribes late misses nothing if it works in this order: subscribe, read the state with
@@ -109,18 +110,25 @@ class MVQ_QCMAP_HIDDEN EventQueue {
 /// read the state.
 ///
 /// Threads. The first GetInstance must return before another thread uses the library. After that,
-/// any thread may call any operation, which blocks until its requests are answered. The connection,
-/// the selected index and `s_ins_` are not protected by a lock, but access to them is free of data
-/// races. While one thread is connecting, operations on other threads fail at once without a log
-/// line. GetWwanPolicies and GetNetworkConfig run one at a time, connecting included: each waits
-/// for the other. They must not be called from a subscriber's callback. A callback already runs
-/// under the mutex of the subscribers, and no thread may hold both mutexes.
+/// any thread may call any operation, which blocks until its requests are answered. No lock
+/// protects the connection, the selected index and `s_ins_`, but reading and changing them from
+/// several threads is free of data races. While one thread is connecting, operations on other
+/// threads fail at once without a log line. GetWwanPolicies and GetNetworkConfig run one at a time,
+/// even while they connect: each waits for the other. They must not be called from a subscriber's
+/// callback. A callback already runs under the mutex of the subscribers, and no thread may hold
+/// both mutexes.
 ///
 /// Waiting. A request that is not answered fails when the client's time limit has passed. Most
 /// operations make one request, or three if they have to select a profile; the first ones make two
-/// more to connect. The waiting times of GetWwanPolicies and GetNetworkConfig add up, because they
-/// run one at a time: if n threads call them while the server is stopped, the last one returns
-/// after n time limits.
+/// more to connect. An attempt to connect, ConnectBackhaul and SetLanConfig go on after some failed
+/// requests, and each of these can take a time limit of its own. The waiting times of
+/// GetWwanPolicies and GetNetworkConfig add up, because they run one at a time: if n threads call
+/// them while the server is stopped, the last one returns after n time limits.
+///
+/// Fork. The connection belongs to the process that made it. In a child process every request fails
+/// at once and no event arrives; the parent is not disturbed. A program that runs as a daemon must
+/// therefore fork before its first GetInstance. One thing may block in the child: an operation that
+/// needs a mutex which another thread of the parent held at the moment of the fork.
 class MVQ_QCMAP_EXPORT QcmapWrapper {
  public:
   /// The one instance; null until the first GetInstance has returned.
@@ -128,12 +136,14 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
 
   /// Returns the one instance, which is never null and lives until the process ends.
   /// The first call creates it and makes one attempt to connect; if that fails, the instance is
-  /// usable all the same and later operations try again. If the first call throws std::bad_alloc,
-  /// no instance remains and the next call starts anew.
+  /// usable all the same and later operations try again. The attempt is logged as by
+  /// ConnectToQcmapIfNeeded. If the first call throws std::bad_alloc, no instance remains and the
+  /// next call starts anew.
   /// The first call must return before any other thread calls.
   static QcmapWrapper* GetInstance();
 
-  /// Used by GetInstance, and by tests that need an object of their own.
+  /// Used by GetInstance, and by tests that need an object of their own. Only the object to which
+  /// `s_ins_` points delivers events.
   QcmapWrapper();
   /// Disconnects, after waiting for a delivery in progress. Must not be called from a callback or
   /// while any operation runs. Destructors of objects that callbacks captured must not call
@@ -179,15 +189,14 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// | IPV4V6   | `profile_1`         | `profile_2`         | IPV4V6      |
   /// | NONE     | the server's        | the server's        | IPV4        |
   ///
-  /// Both resulting numbers must be 1 to 24, or the call fails (LOG_ERR) and changes nothing. Any
-  /// `tech` other than TECH_3GPP and TECH_3GPP2 is sent as no preference.
+  /// Both resulting numbers must be 1 to 24, or the call fails (LOG_ERR) and changes nothing.
+  /// Otherwise, if `profile_1` is the server's IPv4 number and `profile_2` its IPv6 number, the
+  /// call changes nothing and returns true, whatever `family` is. So `tech` and `family` cannot be
+  /// changed without changing a number too. Any `tech` other than TECH_3GPP and TECH_3GPP2 is sent
+  /// as no preference.
   ///
-  /// If `profile_1` is the server's IPv4 number and `profile_2` its IPv6 number, the call sends
-  /// nothing and returns true, whatever `family` is. So `tech` and `family` cannot be changed
-  /// without changing a number too.
-  ///
-  /// The first profile takes one request, every other profile two. If the server refuses the second
-  /// one, the call fails but what the first changed stays changed.
+  /// For index 0 a change takes one request, for any other index two. If the server refuses the
+  /// second request, the call fails, but what the first one changed stays changed.
   bool SetWwanPolicy(uint32_t index, mox::wwan::Tech tech, mox::util::IPFamily family,
                      int profile_1, int profile_2);
 
@@ -224,9 +233,11 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
 
   /// Sets whether the server brings the profile's call up by itself.
   bool SetAutoConnect(uint32_t index, bool enable);
+  /// Reads that setting.
   bool GetAutoConnect(uint32_t index, bool& enabled);
   /// Sets whether the profile's call may be made while roaming.
   bool SetRoaming(uint32_t index, bool enable);
+  /// Reads that setting.
   bool GetRoaming(uint32_t index, bool& enabled);
   /// Set whether the profile's call may carry IPv4.
   bool EnableIpv4(uint32_t index);
@@ -247,20 +258,23 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// Requests one family, IPV4 or IPV6, of a profile's call.
   /// SUCCESS: the server accepted the request, and events report the outcome: BRING_UP_CONNECTED or
   /// BRING_UP_CONNECTION_FAILED, and WWAN_CONNECTED once the family is up. SUCCESS is also returned
-  /// when the family is already up. Nothing is sent or logged then, and no event follows: subscribe
-  /// and read the state first (see Events above).
-  /// FAILURE: the profile could not be selected, the server refused the request, or `family` is any
-  /// other value (LOG_ERR each).
-  /// If the state cannot be read (LOG_ERR), the call is requested all the same. The profile stays
-  /// selected, even after a failure.
+  /// when the family is already up. Then the call is not requested again and no event follows:
+  /// subscribe and read the state first (see Events above).
+  /// FAILURE: there is no connection (logged as by ConnectToQcmapIfNeeded), the profile could not
+  /// be selected, the server refused the request, or `family` is any other value (LOG_ERR each). A
+  /// refused selection is tried a second time, and each refusal is logged. If the state cannot be
+  /// read (LOG_ERR), the call is requested all the same. The profile stays selected, even after a
+  /// failure.
   mox::Result ConnectBackhaul(uint32_t index, mox::util::IPFamily family);
 
   /// Takes one family, IPV4 or IPV6, of a profile's call down.
   /// SUCCESS: the server accepted the request, and events report the outcome:
   /// TEAR_DOWN_DISCONNECTED or TEAR_DOWN_DISCONNECTION_FAILED, and WWAN_DISCONNECTED once the
-  /// family is down. FAILURE, and nothing is sent: the family is already down (without a log line),
-  /// the state cannot be read, the profile cannot be selected, or `family` is any other value
-  /// (LOG_ERR each). FAILURE after sending: the server refused the request (LOG_ERR).
+  /// family is down.
+  /// FAILURE without a request to take the call down: the family is already down (without a log
+  /// line), there is no connection (logged as by ConnectToQcmapIfNeeded), the state cannot be read,
+  /// the profile cannot be selected, or `family` is any other value (LOG_ERR each).
+  /// FAILURE after that request: the server refused it (LOG_ERR).
   /// INCOMPATIBLE_STATE: the call cannot be taken down in its present state. LOG_ERR when the
   /// server refused; without a log line when it reported this state but accepted the request. The
   /// profile stays selected, even after a failure.
@@ -290,8 +304,9 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// Reads the three addresses of one family, IPV4 or IPV6, of a profile's call as text.
   /// NO_NETWORK (LOG_ERR): the call has no addresses, for instance because it is down.
   /// FAILURE: `family` is any other value (without a log line), or the addresses cannot be read.
-  /// After a failure `config.ip_family` is NONE and the texts are unchanged. Must not be called
-  /// from a subscriber's callback.
+  /// After a failure `config.ip_family` is NONE and the texts are unchanged. The profile is
+  /// selected before `family` is checked, and stays selected. Must not be called from a
+  /// subscriber's callback.
   mox::Result GetNetworkConfig(uint32_t index, mox::util::IPFamily family,
                                mox::wwan::DataManager::NetworkConfig& config);
 
@@ -311,6 +326,7 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// 255.255.255.255.
   /// If the present configuration cannot be read, a warning is logged (LOG_WARNING) and the new one
   /// is sent anyway.
+  /// `lease_time` is passed on unchecked, in the server's unit.
   bool SetLanConfig(std::string gw_ip, std::string netmask, bool enable_dhcp,
                     std::string dhcp_start_ip, std::string dhcp_end_ip, uint32_t lease_time);
 
@@ -340,9 +356,10 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   bool SetPdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig& vlan);
 
   /// Removes the mapping of VLAN `vlan_id` to the profile at `profile_index`. If `profile_index` is
-  /// negative, removes the first mapping of that VLAN to a profile that exists.
-  /// Fails without a log line when there is no such profile, or no such mapping to choose. A
-  /// mapping that the server does not have is a refusal (LOG_ERR).
+  /// negative, removes the first mapping of that VLAN to a profile that exists. The VLAN id is cut
+  /// to 16 bits in the request, but not while that mapping is looked up. Fails without a log line
+  /// when there is no such profile, or no such mapping to choose. A mapping that the server does
+  /// not have is a refusal (LOG_ERR).
   bool DeletePdnToVlanMapping(mox::wwan::MobileapManager::VlanConfig& vlan);
 
   /// Appends the server's mappings to `mappings`, at most 50. Each has the index of its profile, or
@@ -371,8 +388,9 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   /// each indication (LOG_DEBUG) and delivers the events of calls to the subscribers. Discards,
   /// with LOG_ERR: status indications that cannot be decoded, and answers meant for another client.
   /// Discards without a further line: call indications that cannot be decoded, that find no memory,
-  /// or that arrive before the instance exists. If a subscriber throws, the exception leaves this
-  /// function with the mutex released, and the remaining subscribers miss the event.
+  /// or that arrive before the instance exists, and answers that arrive while there is no client.
+  /// If a subscriber throws, the exception leaves this function with the mutex released, and the
+  /// remaining subscribers miss the event.
   static void EvtCb(qmi_client_type client, uint32_t message_id, void* bytes, uint32_t length,
                     void* user_data);
 
@@ -381,8 +399,8 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
                         std::function<void(mox::util::EventDic&)> callback);
   friend void Unsubscribe(QcmapWrapper& wrapper, void* subscriber);
 
-  /// ConnectToQcmapIfNeeded and ChangeWwanProfile, but without a call in the usual case: connected,
-  /// and the profile is selected already.
+  /// Like ConnectToQcmapIfNeeded and ChangeWwanProfile. In the usual case, when the connection is
+  /// made and the profile selected, they call nothing.
   MVQ_QCMAP_HIDDEN bool Connect();
   MVQ_QCMAP_HIDDEN bool Select(uint32_t index);
 
@@ -395,8 +413,8 @@ class MVQ_QCMAP_EXPORT QcmapWrapper {
   bool connected_;
   /// Keeps GetWwanPolicies and GetNetworkConfig apart: one of them runs at a time, from its first
   /// line to its last, connecting and requests included. Callers rely on that, so the lock must not
-  /// be narrowed to a part of them. It protects no data and no other operation takes it; another
-  /// thread can still select a profile in between.
+  /// be narrowed to a part of them. It protects no data and no other operation takes it, so another
+  /// thread can still select another profile in between.
   Mutex op_mutex_;
   /// No operation uses these three or `event_queue_`. They are part of the object's binary layout.
   Mutex aux_mutex_1_;

@@ -28,10 +28,10 @@ enum EventCode : uint32_t {
 /// Registers `callback` for every event from now on. To miss nothing, subscribe before reading the
 /// state (see Events in qcmap_wrapper.h).
 ///
-/// `subscriber` identifies the callback and is never dereferenced. It replaces an earlier callback
-/// of the same subscriber. Callbacks run in the order of their subscribers' addresses, lowest
-/// first. An empty callback receives nothing. If this throws std::bad_alloc, the earlier callback
-/// stays.
+/// `subscriber` identifies the callback and is never dereferenced. A new callback replaces the
+/// earlier one of the same subscriber. Callbacks run in the order of their subscribers' addresses,
+/// lowest first. An empty callback receives nothing. If this throws std::bad_alloc, the earlier
+/// callback stays.
 ///
 /// Callbacks run on the client's indication thread, one event at a time. All of them get the same
 /// dictionary, so a change made by one is seen by the next. A callback must not throw. It may call
