@@ -19,7 +19,7 @@ using mox::wwan::Tech;
 
 constexpr int kMinProfile = 1;
 constexpr int kMaxProfile = 24;
-/// The handle of a policy that was read by itself: the server reports none.
+/// Stands for the handle of a policy that was read singly. The server does not report one.
 constexpr profile_handle_type_v01 kNoHandle = UINT32_MAX;
 
 uint64_t ToVendor(Tech tech) {

@@ -32,7 +32,7 @@ constexpr uint32_t kDisconnected = QCMAP_MSGR_MOBILE_AP_STATUS_DISCONNECTED_V01;
 constexpr uint32_t kAssociationFailed = 3;
 constexpr uint32_t kAddressAssignmentFailed = 4;
 
-/// The log text of a call's status, and the event that each kind of indication makes of it. Only
+/// The log text of a call's status, and the event that it means in each kind of indication. Only
 /// some pairs of indication and status are events.
 struct CallStatus {
   int32_t status;
@@ -76,8 +76,8 @@ const CallStatus* Find(int32_t status) {
   return nullptr;
 }
 
-/// The event of an indication, whose status is `known` or null; its code is kNoEvent if the
-/// indication is only logged.
+/// Makes the event of an indication. `known` describes its status and is null for an unknown one.
+/// The event's code is kNoEvent if the indication is only logged.
 mox::util::EventDic ToEvent(uint32_t message_id, const CallRecord& record,
                             const CallStatus* known) {
   mox::util::EventDic event;

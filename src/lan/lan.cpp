@@ -10,12 +10,6 @@
 
 namespace mox::vendor::qcom::qcmap {
 
-namespace {
-
-using mox::util::NetworkManager;
-
-}  // namespace
-
 bool QcmapWrapper::GetLanConfig(std::string& gw_ip, std::string& netmask, bool& enable_dhcp,
                                 std::string& dhcp_start_ip, std::string& dhcp_end_ip,
                                 int& lease_time) {
@@ -42,6 +36,7 @@ bool QcmapWrapper::GetLanConfig(std::string& gw_ip, std::string& netmask, bool& 
 bool QcmapWrapper::SetLanConfig(std::string gw_ip, std::string netmask, bool enable_dhcp,
                                 std::string dhcp_start_ip, std::string dhcp_end_ip,
                                 uint32_t lease_time) {
+  using mox::util::NetworkManager;
   if (!Connect()) return false;
   SYSLOG(LOG_DEBUG, "dhcp_start_ip %s dhcp_end_ip %s\n", dhcp_start_ip.c_str(),
          dhcp_end_ip.c_str());
