@@ -5,21 +5,17 @@
 #include <cctype>
 
 namespace qcmapctl {
-namespace {
 
-/// The value of a decimal number up to `highest`; empty for anything else.
+bool IsNumber(const std::string& word) {
+  return !word.empty() && std::all_of(word.begin(), word.end(),
+                                      [](unsigned char c) { return std::isdigit(c) != 0; });
+}
+
 std::optional<uint32_t> ToNumber(const std::string& word, uint32_t highest) {
   if (!IsNumber(word) || word.size() > 10) return std::nullopt;
   const unsigned long long number = std::stoull(word);
   if (number > highest) return std::nullopt;
   return static_cast<uint32_t>(number);
-}
-
-}  // namespace
-
-bool IsNumber(const std::string& word) {
-  return !word.empty() && std::all_of(word.begin(), word.end(),
-                                      [](unsigned char c) { return std::isdigit(c) != 0; });
 }
 
 CLI::Option* AddIndex(CLI::App* command, std::optional<uint32_t>& index,

@@ -17,6 +17,8 @@ namespace qcmapctl {
 
 /// Whether `word` consists of decimal digits.
 bool IsNumber(const std::string& word);
+/// The value of a decimal number up to `highest`; empty for anything else.
+std::optional<uint32_t> ToNumber(const std::string& word, uint32_t highest);
 
 /// The index of a profile.
 CLI::Option* AddIndex(CLI::App* command, std::optional<uint32_t>& index,

@@ -22,7 +22,7 @@ std::shared_ptr<CLI::Formatter> MakeFormatter(const std::string& words) {
   return formatter;
 }
 
-/// The words and options, inherited ones included, that `command` accepts where `word` stands.
+/// The words and options, inherited ones included, that `command` accepts at the place of `word`.
 std::vector<std::string> CandidatesFor(const std::string& word, const CLI::App* command) {
   std::vector<std::string> candidates;
   if (word[0] != '-') {

@@ -1,7 +1,9 @@
 /// A queue that hands the events of calls over from the library's thread.
 #include "event_feed.h"
 
-#include <string>
+#include <limits>
+
+#include "arguments.h"
 
 namespace qcmapctl {
 
@@ -26,7 +28,7 @@ void EventFeed::Put(EventDic& event) {
   }
   const auto handle = event.params_.find(EventDic::PROFILE_HANDLE);
   if (handle != event.params_.end()) {
-    taken.profile_handle = static_cast<uint32_t>(std::stoul(handle->second));
+    taken.profile_handle = ToNumber(handle->second, std::numeric_limits<uint32_t>::max());
   }
   const std::lock_guard<std::mutex> lock(mutex_);
   events_.push_back(taken);

@@ -59,7 +59,7 @@ class Router {
   /// the failure says so; otherwise it is `refusal` of `subject`.
   void Require(bool granted, Failure refusal, const std::string& subject = {});
 
-  /// Ends the command if the server is gone or does not answer; returns if it only refused.
+  /// Ends the command if the server was lost or does not answer; returns if it only refused.
   void RequireServer();
 
  private:
