@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Usage: docs_test.sh SOURCE-FOLDER. What the pages say of files is true: links lead to files, code
-# shown below "```cpp FILE" stands in FILE, and docs/architecture.md links each class of the library
-# and of the platform to the file that defines it.
+# shown below "```cpp FILE" is in FILE, and docs/architecture.md links each class outside the tests
+# to the file that defines it.
 set -uo pipefail
 cd "$1" || exit
 status=0
@@ -31,7 +31,7 @@ while IFS=: read -r file class; do
   grep -qF "[\`$class\`](../$file)" docs/architecture.md ||
     fail "docs/architecture.md does not link class $class: [\`$class\`](../$file)"
 done < <(grep -roP --include='*.h' --include='*.cpp' \
-  '^class (__attribute__\S+ )?\K\w+(?=[^;]*\{)' src platform)
+  '^class ((__attribute__|MVQ_QCMAP_)\S+ )?\K\w+(?=[^;]*\{)' include src platform tools)
 
 [ $((links * classes)) -gt 0 ] || fail "found $links links and $classes classes"
 exit $status
