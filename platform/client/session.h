@@ -90,9 +90,9 @@ class Session {
   /// These belong to the request whose turn it is, until its reply is in or its time is up.
   bool lost_ = false;
   uint32_t transaction_ = 0;
-  /// Handle of the profile on which the server has last confirmed to act. It is named in every
-  /// request, so a selection that was given up has no effect on later requests. 0 at first: the
-  /// first in the list.
+  /// Handle of the profile that the server last confirmed as selected. Every request names it, so a
+  /// selection that was given up has no effect on later requests. 0 at first, which stands for the
+  /// first profile in the list.
   profile_handle_type_v01 profile_ = 0;
   unsigned char reply_[kMaxDatagramBytes];
 

@@ -27,11 +27,12 @@ struct Header {
   int32_t error;
   /// Bytes of the record.
   uint32_t length;
-  /// In a request, when its caller gives up. The server does not carry it out from then on.
+  /// In a request, the time at which its caller gives up. After that the server does not carry it
+  /// out.
   /// kNoDeadline in replies and indications.
   MonotonicTime deadline;
-  /// In a request, handle of the profile that the client last had confirmed, or 0 for the first in
-  /// the list. In a reply, the one to name in the next request. 0 in an indication.
+  /// In a request, handle of the profile that the server last confirmed to this client, or 0 for
+  /// the first in the list. In a reply, the one to name in the next request. 0 in an indication.
   uint32_t profile;
   uint32_t reserved;
 };

@@ -10,13 +10,13 @@ namespace sim {
 using Clock = asio::steady_timer::clock_type;
 constexpr Clock::time_point kNever = Clock::time_point::max();
 
-/// Calls a function at a given time. It must live as long as the event loop runs.
+/// Calls a function at a given time. The alarm must live as long as the event loop runs.
 class Alarm {
  public:
   Alarm(asio::io_context& io, std::function<void()> ring) : timer_(io), ring_(std::move(ring)) {}
 
-  /// Sets the time, and forgets the one set before. Returns at once when it is set to that time
-  /// already. When this throws, the alarm is not set.
+  /// Sets the time, in place of the earlier one. Does nothing if the alarm is set to that time
+  /// already. If this throws, the alarm is not set.
   void Set(Clock::time_point time) {
     if (time == set_for_) return;
     set_for_ = kNever;

@@ -43,8 +43,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Receive();
   void AwaitRequest() { Await(asio::socket_base::wait_read, &Connection::Receive); }
   void OnDatagram(const Datagram& datagram);
-  /// Whether the caller has given the request up or has gone. Then the request must not be carried
-  /// out, since the caller would not learn of it.
+  /// Whether the caller no longer waits for the reply. Then the request must not be carried out,
+  /// since the caller would not learn of it.
   bool IsGivenUp(const Header& request);
   /// Answers the first datagram, which must open a session or join one.
   void Open(const Datagram& datagram);

@@ -21,7 +21,7 @@ struct CommandResult {
   bool quits = false;
 };
 
-/// One table of commands, whatever the lines are read from.
+/// Carries out commands. It does not know where the lines come from.
 class ConsoleCommands {
  public:
   ConsoleCommands(Model& model, Requests& requests, Hub& hub);

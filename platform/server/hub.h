@@ -30,7 +30,7 @@ class Hub : public Activity {
   Hub(const Hub&) = delete;
   Hub& operator=(const Hub&) = delete;
 
-  /// Accepts clients on `listening_fd`, which it takes over, and has `requests` answer them.
+  /// Accepts clients on `listening_fd`, which it takes over, and lets `requests` answer them.
   void Accept(int listening_fd, Requests& requests);
   void Arm() override;
   /// Sends an indication to the client with handle `receiver`, or to all clients when it is 0.

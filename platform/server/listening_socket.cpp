@@ -53,7 +53,7 @@ ListeningSocket::~ListeningSocket() {
   if (made_directory_) ::rmdir(directory_.c_str());
 }
 
-// Everything afterwards goes through the descriptor, so it does not matter if the path changes.
+// From here on, everything uses the descriptor, so a later change of the path does no harm.
 void ListeningSocket::OpenDirectory() {
   // O_NOFOLLOW would follow a symbolic link whose name ends in a slash.
   while (directory_.size() > 1 && directory_.back() == '/') directory_.pop_back();

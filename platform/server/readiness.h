@@ -17,8 +17,8 @@ class Readiness {
   /// `event` is EPOLLIN or EPOLLOUT. Throws std::system_error when there are no descriptors left.
   Readiness(asio::io_context& io, int fd, uint32_t event);
 
-  /// Calls `ready` once the descriptor is ready. Does nothing while it is waited for already. A
-  /// plain file is always ready.
+  /// Calls `ready` once the descriptor is ready. Does nothing if a wait is in progress. A plain
+  /// file is always ready.
   void Wait(std::function<void()> ready);
   void Stop();
 

@@ -21,7 +21,8 @@ constexpr Error kGranted = QMI_ERR_NONE_V01;
 struct Caller {
   /// The client's Mobile AP handle.
   uint32_t handle;
-  /// Handle of a profile. 0 is replaced by the first in the list where a request needs a profile.
+  /// Handle of a profile. 0 means none yet. A request that needs a profile then takes the first in
+  /// the list.
   profile_handle_type_v01 profile;
 };
 

@@ -1,4 +1,4 @@
-/// Stops or ends the server at a chosen step of a request, for tests of what clients make of it.
+/// Stops or ends the server at a chosen step of a request, so that tests see what clients do then.
 #pragma once
 
 #include <cstdint>
