@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <stdexcept>
 
 Process::Process(const std::string& program, const std::vector<std::string>& arguments) {
@@ -56,11 +57,13 @@ void Process::Write(const std::string& text) const {
 
 bool Process::WaitForOutput(const std::string& text) {
   const auto deadline = std::chrono::steady_clock::now() + kPatience;
-  while (output_.find(text) == std::string::npos) {
+  size_t searched = 0;
+  while (output_.find(text, searched - std::min(searched, text.size())) == std::string::npos) {
+    searched = output_.size();
     const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
         deadline - std::chrono::steady_clock::now());
     pollfd waited{output_fd_, POLLIN, 0};
-    char bytes[4096];
+    char bytes[65536];
     if (left.count() <= 0 || ::poll(&waited, 1, static_cast<int>(left.count())) <= 0) return false;
     const ssize_t size = ::read(output_fd_, bytes, sizeof bytes);
     if (size <= 0) return false;
