@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Usage: docs_test.sh SOURCE-FOLDER. What the pages say of files is true: links lead to files, code
-# shown below "```cpp FILE" is in FILE, and docs/architecture.md links each class outside the tests
-# to the file that defines it.
+# shown below "```cpp FILE" is in FILE, docs/reliability.md names tests that exist, and
+# docs/architecture.md links each class outside the tests to the file that defines it.
 set -uo pipefail
 cd "$1" || exit
 status=0
@@ -32,6 +32,10 @@ while IFS=: read -r file class; do
     fail "docs/architecture.md does not link class $class: [\`$class\`](../$file)"
 done < <(grep -roP --include='*.h' --include='*.cpp' \
   '^class ((__attribute__|MVQ_QCMAP_)\S+ )?\K\w+(?=[^;]*\{)' include src platform tools)
+
+while IFS=. read -r suite name; do
+  grep -rqE "^TEST\w*\($suite, $name\)" tests || fail "docs/reliability.md names a test that does not exist: $suite.$name"
+done < <(grep -oP '`\K[A-Z]\w+\.[A-Z]\w+(?=`)' docs/reliability.md)
 
 [ $((links * classes)) -gt 0 ] || fail "found $links links and $classes classes"
 exit $status
