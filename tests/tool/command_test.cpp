@@ -41,6 +41,9 @@ TEST(Tool, PrintsTheDocumentedJson) {
       {"map add 100 1", R"({"result":"added","vlan_id":100,"profile":1})"},
       {"map list", R"([{"vlan_id":100,"profile":1}])"},
       {"passthrough enable host1", R"({"enabled":true,"host":"host1","state":1})"},
+      {"call up 0 -4", R"({"index":0,"handle":101,"ipv4":"up"})"},
+      {"passthrough show", R"({"enabled":true,"host":"host1","state":2})"},
+      {"call down 0 -4", R"({"index":0,"handle":101,"ipv4":"down"})"},
       {"status",
        R"({"server":"running","mobile_ap":"connected","profiles":[{"index":0,"handle":101,"tech":"3gpp","family":"ipv4v6","profile_v4":1,"profile_v6":1,"ipv4":{"state":"disconnected","addresses":null},"ipv6":{"state":"disconnected","addresses":null},"half_up":false},{"index":1,"handle":102,"tech":"3gpp","family":"ipv4v6","profile_v4":2,"profile_v6":2,"ipv4":{"state":"disconnected","addresses":null},"ipv6":{"state":"disconnected","addresses":null},"half_up":false}],"lan":{"gateway":"192.168.7.1","netmask":"255.255.255.0","dhcp":true,"start":"192.168.7.9","end":"192.168.7.10","lease":60},"vlans":[{"interface":"eth0","vlan_id":100,"profiles":[1]}],"passthrough":{"enabled":true,"host":"host1","state":1}})"},
       {"map delete 100", R"({"result":"deleted","vlan_id":100,"profile":1})"},
@@ -109,6 +112,9 @@ TEST(Tool, LeavesTheCallAsItIsWhenInterruptedWhileWaiting) {
   EXPECT_EQ(outcome.out, "143\n0\n");
 }
 
+/// How the launcher ends when it cannot run the program.
+enum LauncherFailure : int { kFailed = 125, kNotExecutable = 126, kNotFound = 127 };
+
 TEST(Launcher, EndsAsTheProgramDoesAndLeavesNothingBehind) {
   const struct {
     const char* command;
@@ -117,10 +123,10 @@ TEST(Launcher, EndsAsTheProgramDoesAndLeavesNothingBehind) {
   } rows[] = {
       {"exec mvq-qcmap-sim -- sh -c 'exit 7'", 7, ""},
       {"exec mvq-qcmap-sim -- sh -c 'kill -USR1 $$'", -SIGUSR1, ""},
-      {"exec mvq-qcmap-sim -- /nonexistent", 127, ""},
-      {"exec mvq-qcmap-sim -- /etc/passwd", 126, ""},
-      {"exec mvq-qcmap-sim --profiles 999 -- true", 125, ""},
-      {"exec mvq-qcmap-sim -- ", 125, ""},
+      {"exec mvq-qcmap-sim -- /nonexistent", kNotFound, ""},
+      {"exec mvq-qcmap-sim -- /etc/passwd", kNotExecutable, ""},
+      {"exec mvq-qcmap-sim --profiles 999 -- true", kFailed, ""},
+      {"exec mvq-qcmap-sim -- ", kFailed, ""},
       {"echo in | mvq-qcmap-sim -- cat", 0, "in\n"},
       {"mvq-qcmap-sim -- sleep 60 & sim=$!; once pgrep -P $sim sleep >/dev/null; "
        "kill -TERM $sim; wait $sim; echo $?",

@@ -111,7 +111,7 @@ TEST(Failure, IsOneObjectOnStandardErrorWithJson) {
       "\n");
 }
 
-TEST(Server, IsReportedInTimeWhenItIsMissingStoppedOrKilled) {
+TEST(ToolServer, IsReportedInTimeWhenItIsMissingStoppedOrKilled) {
   const std::string find = "server=$(pgrep -P $PPID QCMAP); log=$QCMAP_SOCKET.log; :>$log; ";
   const auto once_connected = [&find](const char* signal, const char* command) {
     return find + "{ once grep -q 'AP is Connected' $log; kill " + signal +
@@ -139,7 +139,7 @@ TEST(Server, IsReportedInTimeWhenItIsMissingStoppedOrKilled) {
   }
 }
 
-TEST(Call, FailsWhenTheNetworkIsLostWhileItConnects) {
+TEST(ToolCall, FailsWhenTheNetworkIsLostWhileItConnects) {
   const Outcome outcome = Shell(
       "connecting=$QCMAP_SOCKET.connecting\n"
       "{ once test -e $connecting; echo network off; } |\n"
