@@ -24,8 +24,11 @@ static std::ostream& operator<<(std::ostream& out, const qcmap_msgr_net_policy_i
 namespace {
 
 Script* current = nullptr;
+/// What a test reports that does not end. Made in advance, since a signal handler must not
+/// allocate.
+std::string late;
 
-/// The text in a field, and whether anything stands behind its end.
+/// The text in a field, and whether anything follows its end.
 template <size_t kSize>
 std::string Field(const char (&field)[kSize]) {
   const char* const end = std::find(field, field + kSize, '\0');
@@ -79,9 +82,10 @@ void NoteUtility(const Arguments&... arguments) {
 
 Script::Script(int server_pid) : pid(server_pid) {
   current = this;
+  const testing::TestInfo* const test = testing::UnitTest::GetInstance()->current_test_info();
+  late = Join(test->test_suite_name(), test->name(), "did not end within 60 seconds.\n");
   std::signal(SIGALRM, [](int) {
-    constexpr char kText[] = "The test did not end within 60 seconds.\n";
-    static_cast<void>(!write(STDERR_FILENO, kText, sizeof kText - 1));
+    static_cast<void>(!write(STDERR_FILENO, late.data(), late.size()));
     std::_Exit(EXIT_FAILURE);
   });
   alarm(60);

@@ -75,12 +75,16 @@ class Script {
 
   /// Calls of the address utilities and of the probe, as text.
   std::vector<std::string> utility_calls;
+  /// The addresses that are not valid.
   std::set<std::string> bad_addresses;
+  /// Whether a DHCP range is valid.
   bool range_fits = true;
   /// The derived start and end; while it is empty, deriving them fails.
   std::vector<std::string> derived_range;
+  /// Whether every text is a MAC address.
   bool is_mac = false;
 
+  /// What the decoder returns.
   int decode_error = 0;
   /// Type, id, length and record size of the latest decoding.
   std::string decoded;

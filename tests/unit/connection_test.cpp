@@ -21,11 +21,15 @@ TEST(Connection, AttemptsUntilOneSucceeds) {
     int ap_status;
     Lines log;
   };
+  constexpr int kNoServer = -1, kServer = 1, kLowestPid = 0;
   constexpr int kUp = QCMAP_MSGR_MOBILE_AP_STATUS_CONNECTED_V01;
   constexpr int kDown = QCMAP_MSGR_MOBILE_AP_STATUS_DISCONNECTED_V01;
-  const Row rows[] = {{-1, "", kUp, absent}, {1, "GetMobileAPStatus", kUp, refused},
-                      {1, "", 0, refused},   {1, "", kDown, refused},
-                      {1, "", -1, refused},  {0, "EnableMobileAP", kUp, connected}};
+  constexpr int kUnknown = -1;
+  const Row rows[] = {{kNoServer, "", kUp, absent},
+                      {kServer, "GetMobileAPStatus", kUp, refused},
+                      {kServer, "", kDown, refused},
+                      {kServer, "", kUnknown, refused},
+                      {kLowestPid, "EnableMobileAP", kUp, connected}};
   for (const Row& row : rows) {
     SCOPED_TRACE(Join("pid", row.pid, "status", row.ap_status, "refused:", row.refused));
     World world(-1);
@@ -104,14 +108,15 @@ TEST(ThreadsConnection, OneAttemptsAndTheOthersFailAtOnce) {
 
 // Attempts fail and succeed in turn while indications arrive all the time.
 TEST(ThreadsConnection, LeavesOneClientOrNone) {
-  const qcmap_msgr_bring_up_wwan_ind_msg_v01 connected = {{77, 3, {}, 1, 5}, {}};
+  const qcmap_msgr_bring_up_wwan_ind_msg_v01 connected = {
+      {77, QCMAP_MSGR_WWAN_STATUS_CONNECTED_V01, {}, 1, 5}, {}};
   for (int round = 0; round < 100; ++round) {
     World world(-1);
     world.script.pid = 1;
     if (round % 2 == 0) world.script.Refuse("GetMobileAPStatus");
     std::atomic<bool> done{false};
     std::thread indications([&] {
-      while (!done) world.script.Indicate(0x22, connected);
+      while (!done) world.script.Indicate(QMI_QCMAP_MSGR_BRING_UP_WWAN_IND_V01, connected);
     });
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i) threads.emplace_back([&] { world.wrapper.ChangeWwanProfile(1); });

