@@ -1,9 +1,10 @@
-/// A child process of a test, which is gone at the end of its scope.
+/// A child process of a test, which ends with its scope.
 #pragma once
 
 #include <sys/types.h>
 
 #include <chrono>
+#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -20,6 +21,14 @@ bool Eventually(Condition condition) {
     std::this_thread::yield();
   }
   return condition();
+}
+
+/// Whether a thread of this process sleeps, as it does while it waits for a mutex.
+inline bool IsAsleep(pid_t thread) {
+  std::ifstream stat("/proc/self/task/" + std::to_string(thread) + "/stat");
+  std::string id, name, state;
+  stat >> id >> name >> state;
+  return state == "S";
 }
 
 class Process {

@@ -1,18 +1,20 @@
 /// Subscribers: their order, what happens from within a callback, and who waits for whom.
 #include <unistd.h>
 
-#include <fstream>
 #include <memory>
 #include <stdexcept>
 #include <thread>
 
+#include "process.h"
 #include "world.h"
 
 namespace {
 
 void Deliver() {
-  qcmap_msgr_bring_up_wwan_ind_msg_v01 connected = {{0, 3, {}, 0, 0}, {}};
-  QcmapWrapper::EvtCb(nullptr, 0x25, &connected, sizeof connected, nullptr);
+  qcmap_msgr_bring_up_wwan_ind_msg_v01 connected = {
+      {0, QCMAP_MSGR_WWAN_STATUS_CONNECTED_V01, {}, 0, 0}, {}};
+  QcmapWrapper::EvtCb(nullptr, QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01, &connected, sizeof connected,
+                      nullptr);
 }
 
 TEST(Subscription, DeliversOneDictionaryFromTheLowestSubscriberUp) {
@@ -89,14 +91,6 @@ TEST(Subscription, DestroysCallbacksOutsideTheLock) {
   }
   Unsubscribe(world.wrapper, &key);
   EXPECT_EQ(gone, 2);
-}
-
-/// Whether a thread of this process sleeps, as it does while it waits for a mutex.
-bool IsAsleep(pid_t thread) {
-  std::ifstream stat("/proc/self/task/" + std::to_string(thread) + "/stat");
-  std::string id, name, state;
-  stat >> id >> name >> state;
-  return state == "S";
 }
 
 TEST(ThreadsSubscription, ChangesWaitForADeliveryUnderWay) {
