@@ -10,7 +10,7 @@ namespace {
 
 using Server = SimulatedServer;
 
-TEST_F(Server, TellsWhatIsWrongWithItsOptions) {
+TEST_F(Server, ReportsWhatIsWrongWithItsOptions) {
   ExpectEnd({"--bogus"}, 2, "--bogus");
   ExpectEnd({"--profiles", "51"}, 2, "--profiles");
   ExpectEnd({"--call-time", "soon"}, 2, "--call-time");
@@ -49,7 +49,7 @@ TEST_F(Server, LeavesNothingBehindAndNeverTakesALivingServersSocket) {
   EXPECT_TRUE(std::filesystem::is_empty(directory_ + "/made"));
 }
 
-TEST_F(Server, TellsWhatIsWrongWithAConsoleLine) {
+TEST_F(Server, ReportsWhatIsWrongWithAConsoleLine) {
   const struct {
     const char *command, *message;
   } rows[] = {{"bogus", "unknown command 'bogus'"},
@@ -70,23 +70,8 @@ TEST_F(Server, TellsWhatIsWrongWithAConsoleLine) {
   }
 }
 
-TEST_F(Server, FailsEachRequestByItsNameWithTheErrorAskedFor) {
-  std::vector<std::string> options;
-  for (const Request& request : kEveryRequest)
-    options.insert(options.end(), {"--fail", std::string(request.name) + ":77:1"});
-  Start(options);
-  QCMAP_Client client(nullptr);
-  for (const Request& request : kEveryRequest) {
-    qmi_error_type_v01 error{};
-    EXPECT_FALSE(request.send(client, &error)) << request.name;
-    EXPECT_EQ(error, 77) << request.name;
-    request.send(client, &error);
-    EXPECT_NE(error, 77) << request.name << " fails only once";
-  }
-}
-
 TEST_F(Server, RefusesWhatAModemRefuses) {
-  Start({"--call-time", "600000", "--console", "--profiles", "49"});
+  Start({"--call-time", "600000", "--console", "--profiles", "49", "--fail", "ActivateLAN:77:1"});
   QCMAP_Client client(nullptr);
   constexpr auto kCall6 = QCMAP_MSGR_WWAN_CALL_TYPE_V6_V01;
   qcmap_msgr_net_policy_info_v01 policy4{};
@@ -109,6 +94,8 @@ TEST_F(Server, RefusesWhatAModemRefuses) {
     EXPECT_EQ(granted, error == QMI_ERR_NONE_V01) << "line " << line;
     EXPECT_EQ(e, error) << "line " << line;
   };
+  expect(client.ActivateLAN(&e), qmi_error_type_v01{77});
+  expect(client.ActivateLAN(&e), QMI_ERR_NONE_V01);
   expect(client.SetWWANProfileHandlePreference(100, &e), QMI_ERR_INVALID_HANDLE_V01);
   expect(client.SetWWANProfileHandlePreference(149, &e), QMI_ERR_NONE_V01);
   expect(client.CreateWWANPolicy(wrong_policy4, &e), QMI_ERR_INVALID_ARG_V01);
