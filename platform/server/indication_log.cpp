@@ -1,7 +1,11 @@
 /// Stores indications one behind the other and starts over at the end of the ring.
 #include "server/indication_log.h"
 
+#include <sys/mman.h>
+
+#include <cerrno>
 #include <cstring>
+#include <system_error>
 #include <type_traits>
 
 namespace sim {
@@ -20,7 +24,15 @@ static_assert(std::is_trivially_copyable_v<Head>);
 
 }  // namespace
 
-IndicationLog::IndicationLog() : bytes_(new char[kBytes]) {}
+IndicationLog::IndicationLog()
+    : bytes_(static_cast<char*>(
+          ::mmap(nullptr, kBytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))) {
+  if (bytes_ == MAP_FAILED) throw std::system_error(errno, std::generic_category(), "indications");
+}
+
+IndicationLog::~IndicationLog() {
+  ::munmap(bytes_, kBytes);
+}
 
 void IndicationLog::Add(const Entry& entry) noexcept {
   const size_t size = sizeof(Head) + entry.elements.size();
@@ -54,6 +66,7 @@ IndicationLog::Entry IndicationLog::Next(Position& position) const {
 
 void IndicationLog::Restart() noexcept {
   end_ += kBytes - end_ % kBytes;
+  ::madvise(bytes_, kBytes, MADV_DONTNEED);
 }
 
 }  // namespace sim

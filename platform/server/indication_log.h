@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string_view>
 
 #include "protocol/indication.h"
@@ -25,7 +24,11 @@ class IndicationLog {
     std::string_view elements{};
   };
 
+  /// Throws std::system_error when there is no memory.
   IndicationLog();
+  ~IndicationLog();
+  IndicationLog(const IndicationLog&) = delete;
+  IndicationLog& operator=(const IndicationLog&) = delete;
 
   /// Overwrites the oldest entries when the ring is full.
   void Add(const Entry& entry) noexcept;
@@ -38,15 +41,15 @@ class IndicationLog {
 
   /// Whether so much of the ring is in use that Restart() is worthwhile.
   bool IsWorthRestarting() const { return end_ % kBytes > kBytes / 64; }
-  /// Goes back to the start of the ring, so that not all of its memory comes into use while clients
-  /// are quick. All of them must have read everything, and their positions become end().
+  /// Goes back to the start of the ring and returns its memory to the system until it is used
+  /// again. All clients must have read everything, and their positions become end().
   void Restart() noexcept;
 
  private:
   /// More than a hundred thousand indications of an ordinary size.
   static constexpr size_t kBytes = size_t{4} << 20;
 
-  const std::unique_ptr<char[]> bytes_;
+  char* const bytes_;
   Position end_ = 0;
 };
 
