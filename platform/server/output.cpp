@@ -18,7 +18,7 @@ namespace sim {
 namespace {
 
 /// Holds the largest model that `show` can print.
-constexpr size_t kMaxBytes = 512 * 1024;
+constexpr size_t kMaxBytes = size_t{512} * 1024;
 constexpr size_t kMaxNoteBytes = 64;
 constexpr std::chrono::milliseconds kPatienceAtTheEnd{250};
 

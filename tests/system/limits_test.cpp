@@ -56,10 +56,11 @@ TEST_F(Limits, PlaceOfAClientThatIsGoneIsFreeAtOnce) {
   Start({"--latency", "3600000"});
   const auto before = Descriptors();
   std::vector<int> peers;
-  while (peers.size() < kPlaces) {
+  while (peers.size() < kPlaces - 1) {
     peers.push_back(RawSocket(path_, false));
     const auto ticket = OpenHalf(peers.back());
     Send(peers.back(), sim::MakeDatagram(sim::message::ActivateLAN::kId, 2, 0, ""));
+    if (peers.size() % 3 == 0) continue;  // a client that never gets its second connection
     peers.push_back(RawSocket(path_, false));
     Send(peers.back(), OpenSession(ticket));
     EXPECT_FALSE(Receive(peers.back()).empty());
@@ -115,7 +116,7 @@ TEST_F(Limits, SubscriberThatSleepsForAMinuteStaysBelowAQuarter) {
   }
   EXPECT_TRUE(Eventually([&] { return subscriber.received == kCount; })) << subscriber.received;
   EXPECT_EQ(subscriber.out_of_order, 0u);
-  EXPECT_LE(Kilobytes(), kilobytes + 2 * 1024);
+  EXPECT_LE(Kilobytes(), kilobytes + 2048);
 }
 
 TEST_F(Limits, DeafClientsCostLittleMemoryAndNobodyElseWaits) {
@@ -163,7 +164,7 @@ TEST_F(Limits, DeafClientsCostLittleMemoryAndNobodyElseWaits) {
   Console("indicate 0x5e " + std::to_string(kCount + 1));
   EXPECT_LE(Kilobytes("VmRSS:"), kilobytes + 1024) << "nothing is kept";
   EXPECT_LE(longest.count(), 200) << "50 on a machine that does nothing else";
-  EXPECT_LE(Kilobytes(), kilobytes + 16 * 1024);
+  EXPECT_LE(Kilobytes(), kilobytes + 16384);
   RecordProperty("longest_pause_ms", static_cast<int>(longest.count()));
   RecordProperty("kilobytes", static_cast<int>(Kilobytes() - kilobytes));
 }
