@@ -158,7 +158,7 @@ class World {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static World world;
   Input input(data, size);
-  const uint8_t choice = input.TakeByte() % (std::size(kEveryRequest) + 1);
+  const size_t choice = input.TakeByte() % (std::size(kEveryRequest) + 1);
   if (choice < std::size(kEveryRequest)) {
     world.Send(kEveryRequest[choice], input);
   } else {
