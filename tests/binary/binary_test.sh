@@ -12,6 +12,10 @@ fail() {
 diff "$exports" <(nm -DC --defined-only "$library" | cut -d' ' -f3- | LC_ALL=C sort -u) ||
   fail "the exports are not those listed in $exports"
 
+symbols=$(dirname "$0")/../../packaging/libmvq-qcmap0.symbols
+diff "$exports" <(sed -nE 's/^ \(c\+\+\)"(.*)@Base" .*/\1/p' "$symbols") ||
+  fail "the package's symbols file does not list the exports"
+
 needed=$(readelf -dW "$library" | sed -nE 's/.*\(NEEDED\).*\[(.*)\]/\1/p' | LC_ALL=C sort | xargs)
 allowed='^(libc\.so\.6 )?(libgcc_s\.so\.1 )?libmutil\.so\.0 libqcmap_client\.so\.1 libqmi_client\.so\.1 libstdc\+\+\.so\.6$'
 [[ $needed =~ $allowed ]] || fail "needed libraries: $needed"
