@@ -73,12 +73,13 @@ void Check(sim::Model& model) {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const Lan kShort = MakeLan<2, 1>();
-  static const Lan kFull = MakeLan<QCMAP_MSGR_MAX_VLAN_ENTRIES_V01, QCMAP_MSGR_MAX_MAPPINGS_V01>();
+  static const Lan short_lists = MakeLan<2, 1>();
+  static const Lan full_lists =
+      MakeLan<QCMAP_MSGR_MAX_VLAN_ENTRIES_V01, QCMAP_MSGR_MAX_MAPPINGS_V01>();
   Input input(data, size);
   const uint8_t start = input.TakeByte();
   ModemInMemory server((start & kFullProfiles) != 0 ? QCMAP_MSGR_MAX_WWAN_POLICY_V01 : 2);
-  server.model.lan = (start & kFullLan) != 0 ? kFull : kShort;
+  server.model.lan = (start & kFullLan) != 0 ? full_lists : short_lists;
   Client clients[] = {{5001}, {5002}};
   Header header{};
   while (!input.IsAtEnd()) {

@@ -23,7 +23,7 @@ constexpr uint8_t kEmpty = 0xFF;
 /// In place of a request: the input opens a session.
 constexpr uint8_t kOpens = 0xFF;
 /// A little more than a client has room for.
-constexpr uint32_t kMaxRecordBytes = sizeof(sim::VlanList) + 100;
+constexpr size_t kMaxRecordBytes = sizeof(sim::VlanList) + 100;
 constexpr uint32_t kLastIndication = 0xFFFFFFFF;
 
 uint32_t IdOf(const Request& request) {
