@@ -6,7 +6,7 @@
 namespace {
 
 TEST(Example, BringsTheCallUpAndDown) {
-  const std::string start = "stdbuf -oL data_call >out 2>log & example=$!\n";
+  const std::string start = "data_call >out 2>log & example=$!\n";
   const std::string events_up =
       "event 0x200 IPv4\nevent 0x204 IPv4\nevent 0x200 IPv6\nevent 0x204 IPv6\n";
   const struct {
@@ -17,7 +17,9 @@ TEST(Example, BringsTheCallUpAndDown) {
       {"the call is up", "qcmapctl -q call up 1\n" + start, ""},
       {"IPv4 is up", "qcmapctl -q call up 1 -4\n" + start, "event 0x200 IPv6\nevent 0x204 IPv6\n"},
       {"its index comes to mean another profile while the call comes up",
-       start + "once grep -q 'event 0x200 IPv6' out\nqcmapctl -q policy delete 0\n", events_up},
+       start +
+           "once sh -c 'qcmapctl call show 1 | grep -qwE \"connecting|connected\"'\nqcmapctl -q policy delete 0\n",
+       events_up},
   };
   const std::string rest =
       "state 2 and 2\n"
