@@ -3,9 +3,7 @@
 #include <limits.h>
 #include <poll.h>
 #include <signal.h>
-#include <sys/prctl.h>
 #include <sys/random.h>
-#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,23 +14,19 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <filesystem>
-#include <stdexcept>
 #include <string>
 #include <system_error>
 #include <thread>
 #include <vector>
 
+#include "launch/program.h"
 #include "mox/vendor/qcom/qcmap/version.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-
-// Exit statuses of the launcher itself, the same as those of env and timeout.
-constexpr int kExitFailed = 125;
-constexpr int kExitNotExecutable = 126;
-constexpr int kExitNotFound = 127;
 
 /// How often a blocked standard error is looked at, and how long it has at the end.
 constexpr int kPatienceMs = 200;
@@ -55,14 +49,9 @@ constexpr char kHelp[] =
     "  126  the program could not be run\n"
     "  127  the program was not found\n";
 
-[[noreturn]] void Fail(const std::string& message) {
-  throw std::runtime_error(message);
-}
-
 /// Looks for the server in this program's own folder, then in the build tree, then in PATH.
 std::string FindServer() {
-  std::error_code error;
-  const fs::path here = fs::read_symlink("/proc/self/exe", error).parent_path();
+  const fs::path here = launch::OwnFolder();
   for (const fs::path& place : {here / kServerName, here / MVQ_QCMAP_SERVER_IN_BUILD}) {
     if (access(place.c_str(), X_OK) == 0) return place;
   }
@@ -77,7 +66,7 @@ class PrivateFolder {
     const char* parent = std::getenv("TMPDIR");
     uint64_t number;
     if (getrandom(&number, sizeof number, 0) != sizeof number)
-      Fail(std::string("random number: ") + std::strerror(errno));
+      launch::FailWithErrno("random number");
     char name[sizeof "/qcmap-sim-0123456789abcdef"];
     std::snprintf(name, sizeof name, "/qcmap-sim-%016" PRIx64, number);
     path_ = std::string(parent != nullptr && *parent != '\0' ? parent : "/tmp") + name;
@@ -95,26 +84,6 @@ class PrivateFolder {
   std::string path_;
 };
 
-std::vector<char*> ToArguments(const std::vector<std::string>& words) {
-  std::vector<char*> arguments;
-  arguments.reserve(words.size() + 1);
-  for (const std::string& word : words) arguments.push_back(const_cast<char*>(word.c_str()));
-  arguments.push_back(nullptr);
-  return arguments;
-}
-
-/// Has this process, a child of `parent`, receive `signal` when its parent ends for whatever
-/// reason.
-void EndWithParent(pid_t parent, int signal) {
-  prctl(PR_SET_PDEATHSIG, signal);
-  if (getppid() != parent) _exit(kExitFailed);
-}
-
-void UseNoInput() {
-  const int none = open("/dev/null", O_RDONLY | O_CLOEXEC);
-  if (none >= 0) dup2(none, STDIN_FILENO);
-}
-
 /// The server's process. The destructor ends it.
 class Server {
  public:
@@ -122,26 +91,26 @@ class Server {
     const std::string path = FindServer();
     options.insert(options.begin(), path);
     options.insert(options.end(), {"--socket", socket});
-    std::vector<char*> arguments = ToArguments(options);
+    std::vector<char*> arguments = launch::ToArguments(options);
     int ends[2];
-    if (pipe2(ends, O_CLOEXEC) != 0) Fail(std::string("pipe: ") + std::strerror(errno));
+    if (pipe2(ends, O_CLOEXEC) != 0) launch::FailWithErrno("pipe");
     const pid_t parent = getpid();
     pid_ = fork();
-    if (pid_ < 0) Fail(std::string("fork: ") + std::strerror(errno));
+    if (pid_ < 0) launch::FailWithErrno("fork");
     if (pid_ == 0) {
       // The server gets a signal that it can handle, to remove its folder. Unless it reads the
       // terminal, it has its own process group, so that interrupts from the terminal do not reach
       // it.
-      EndWithParent(parent, SIGTERM);
+      launch::EndWithParent(parent, SIGTERM);
       if (!reads_input) setpgid(0, 0);
       sigset_t none;
       sigemptyset(&none);
       sigprocmask(SIG_SETMASK, &none, nullptr);
-      if (!reads_input) UseNoInput();
+      if (!reads_input) launch::UseNoInput();
       dup2(ends[1], STDOUT_FILENO);
       execvp(path.c_str(), arguments.data());
       std::fprintf(stderr, "mvq-qcmap-sim: %s: %s\n", path.c_str(), std::strerror(errno));
-      _exit(kExitFailed);
+      _exit(launch::kExitFailed);
     }
     close(ends[1]);
     output_ = ends[0];
@@ -177,7 +146,7 @@ class Server {
         int status = 0;
         waitpid(pid_, &status, 0);
         close(output_);
-        Fail("the server did not start");
+        launch::Fail("the server did not start");
       }
       line += c;
     }
@@ -201,63 +170,13 @@ class Server {
   std::thread drain_;
 };
 
-[[noreturn]] void RunProgram(const std::vector<std::string>& program, pid_t parent,
-                             const sigset_t& mask, bool no_input) {
-  EndWithParent(parent, SIGKILL);
-  sigprocmask(SIG_SETMASK, &mask, nullptr);
-  if (no_input) UseNoInput();
-  std::vector<char*> arguments = ToArguments(program);
-  execvp(arguments[0], arguments.data());
-  std::fprintf(stderr, "mvq-qcmap-sim: %s: %s\n", arguments[0], std::strerror(errno));
-  _exit(errno == ENOENT ? kExitNotFound : kExitNotExecutable);
-}
-
-/// Waits for the program to end, and passes on the signals that would otherwise end this process.
-int AwaitProgram(pid_t program, const sigset_t& signals) {
-  for (;;) {
-    siginfo_t info;
-    const int signal = sigwaitinfo(&signals, &info);
-    if (signal == SIGCHLD) {
-      int status = 0;
-      if (waitpid(program, &status, WNOHANG) == program) return status;
-    } else if (signal > 0 && info.si_code != SI_KERNEL) {
-      // Signals from the terminal (SI_KERNEL) have already reached the program.
-      kill(program, signal);
-    }
-  }
-}
-
 int Simulate(const std::vector<std::string>& options, const std::vector<std::string>& program) {
-  sigset_t signals;
-  sigset_t mask;
-  sigemptyset(&signals);
-  for (const int signal : {SIGCHLD, SIGHUP, SIGINT, SIGQUIT, SIGTERM}) sigaddset(&signals, signal);
-  sigprocmask(SIG_BLOCK, &signals, &mask);
-
+  launch::Program child;
   const bool console = std::find(options.begin(), options.end(), "--console") != options.end();
   const PrivateFolder folder;
   const Server server(options, folder.Socket(), console);
   setenv("QCMAP_SOCKET", folder.Socket().c_str(), 1);
-  const pid_t parent = getpid();
-  const pid_t child = fork();
-  if (child < 0) Fail(std::string("fork: ") + std::strerror(errno));
-  if (child == 0) RunProgram(program, parent, mask, console);
-  return AwaitProgram(child, signals);
-}
-
-/// Ends this process as the program ended.
-int Repeat(int status) {
-  if (WIFEXITED(status)) return WEXITSTATUS(status);
-  const int signal = WTERMSIG(status);
-  const rlimit no_core{0, 0};
-  setrlimit(RLIMIT_CORE, &no_core);
-  ::signal(signal, SIG_DFL);
-  raise(signal);
-  sigset_t only;
-  sigemptyset(&only);
-  sigaddset(&only, signal);
-  sigprocmask(SIG_UNBLOCK, &only, nullptr);
-  return 128 + signal;
+  return child.Run(program, !console);
 }
 
 }  // namespace
@@ -280,12 +199,12 @@ int main(int argc, char* argv[]) {
   if (separator == words.end() || separator + 1 == words.end()) {
     std::fputs("mvq-qcmap-sim: no program is given\nhint: mvq-qcmap-sim -- PROGRAM ARGUMENTS\n",
                stderr);
-    return kExitFailed;
+    return launch::kExitFailed;
   }
   try {
-    return Repeat(Simulate({words.begin(), separator}, {separator + 1, words.end()}));
+    return launch::Repeat(Simulate({words.begin(), separator}, {separator + 1, words.end()}));
   } catch (const std::exception& error) {
     std::fprintf(stderr, "mvq-qcmap-sim: %s\n", error.what());
-    return kExitFailed;
+    return launch::kExitFailed;
   }
 }
