@@ -1,7 +1,6 @@
 /// Exchanges requests and replies with the server and receives its indications.
 #include "client/session.h"
 
-#include <poll.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -32,30 +31,24 @@ std::chrono::milliseconds LimitFromEnvironment() {
   return std::chrono::milliseconds(is_valid ? limit_ms : kDefaultLimitMs);
 }
 
-std::chrono::nanoseconds TimeLeft(Deadline deadline) {
-  return std::max<std::chrono::nanoseconds>(deadline - steady_clock::now(), {});
+/// Rounded up. 0 when the deadline has passed.
+std::chrono::milliseconds TimeLeft(Deadline deadline) {
+  const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - steady_clock::now());
+  return std::max<std::chrono::milliseconds>(left, {});
 }
 
-// The fields have only 32 bits on some machines. No time limit is longer than kMaxLimitMs.
-timespec ToTimespec(std::chrono::nanoseconds time) {
-  return {static_cast<time_t>(time.count() / 1000000000),
-          static_cast<long>(time.count() % 1000000000)};
-}
-timeval ToTimeval(std::chrono::microseconds time) {
-  return {static_cast<time_t>(time.count() / 1000000),
-          static_cast<suseconds_t>(time.count() % 1000000)};
+/// Limits how long calls on a socket block: recv for SO_RCVTIMEO, send and connect for SO_SNDTIMEO.
+/// 0 stands for no limit.
+bool SetLimit(int fd, int option, std::chrono::milliseconds limit) {
+  const timeval time{static_cast<time_t>(limit.count() / 1000),
+                     static_cast<suseconds_t>(limit.count() % 1000 * 1000)};
+  return ::setsockopt(fd, SOL_SOCKET, option, &time, sizeof time) == 0;
 }
 
-/// Returns false when the deadline passes first. A broken connection counts as ready, since the
-/// next call on the socket reports it.
-bool WaitUntilReady(int fd, short events, Deadline deadline) {
-  pollfd waited{fd, events, 0};
-  for (;;) {
-    const auto left = TimeLeft(deadline);
-    const timespec timeout = ToTimespec(left);
-    const int ready = left.count() > 0 ? ::ppoll(&waited, 1, &timeout, nullptr) : 0;
-    if (ready >= 0 || errno != EINTR) return ready > 0;
-  }
+/// Returns false when the deadline has passed.
+bool LimitSending(int fd, Deadline deadline) {
+  const auto left = TimeLeft(deadline);
+  return left.count() > 0 && SetLimit(fd, SO_SNDTIMEO, left);
 }
 
 /// Returns -1 when no trusted server accepts before the deadline.
@@ -65,14 +58,10 @@ int Connect(Deadline deadline) {
   if (!ToAddress(path, address)) return -1;
   const int fd = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
   if (fd < 0) return -1;
-  int result;
-  do {  // connect blocks while the backlog of a hanging server is full, up to the send time limit
-    const auto left = std::chrono::duration_cast<std::chrono::microseconds>(TimeLeft(deadline));
-    const timeval timeout = ToTimeval(left);
-    const bool limited = left.count() > 0 &&
-                         ::setsockopt(fd, SOL_SOCKET, SO_SNDTIMEO, &timeout, sizeof timeout) == 0;
-    result = limited ? ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address) : -1;
-    if (!limited) errno = ETIMEDOUT;
+  int result = -1;
+  do {  // connect blocks while the backlog of a hanging server is full
+    if (!LimitSending(fd, deadline)) break;
+    result = ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
   } while (result != 0 && errno == EINTR);
   if (result == 0 && IsTrustedPeer(fd)) return fd;
   if (result == 0)
@@ -98,6 +87,15 @@ class AllSignalsBlocked {
 };
 
 }  // namespace
+
+bool Socket::LimitReceiving(Deadline deadline) {
+  const auto left = TimeLeft(deadline);
+  if (left.count() == 0) return false;
+  // Unless requests wait for each other, this is the same limit in whole milliseconds every time.
+  if (left == receiving_limit_) return true;
+  receiving_limit_ = left;
+  return SetLimit(fd_, SO_RCVTIMEO, left);
+}
 
 Session::Session()
     : limit_(LimitFromEnvironment()),
@@ -129,7 +127,7 @@ bool Session::Deliver(Callback callback) {
   return true;
 }
 
-std::optional<SessionTicket> Session::Open(const Socket& socket, const SessionTicket& ticket) {
+std::optional<SessionTicket> Session::Open(Socket& socket, const SessionTicket& ticket) {
   SessionTicket opened;
   const qmi_error_type_v01 error = Exchange(socket, message::OpenSession::kId, &ticket,
                                             sizeof ticket, UnpackInto<SessionTicket>, &opened);
@@ -137,7 +135,7 @@ std::optional<SessionTicket> Session::Open(const Socket& socket, const SessionTi
   return opened;
 }
 
-qmi_error_type_v01 Session::Exchange(const Socket& socket, uint32_t id, const void* request,
+qmi_error_type_v01 Session::Exchange(Socket& socket, uint32_t id, const void* request,
                                      size_t length, Unpacker unpack, void* reply) {
   if (IsInForkedChild()) return QMI_ERR_INTERNAL_V01;
   // Both connections open within one time limit, which began with the constructor.
@@ -147,8 +145,8 @@ qmi_error_type_v01 Session::Exchange(const Socket& socket, uint32_t id, const vo
 
   const Header header{
       id, ++transaction_, 0, static_cast<uint32_t>(length), ToMonotonicTime(deadline), profile_, 0};
-  if (!Send(socket.fd(), header, request, deadline)) return QMI_ERR_INTERNAL_V01;
-  const auto answer = Receive(socket.fd(), header, deadline);
+  if (!Send(socket, header, request, deadline)) return QMI_ERR_INTERNAL_V01;
+  const auto answer = Receive(socket, header, deadline);
   if (!answer) return QMI_ERR_INTERNAL_V01;
   if (answer->header.error != 0) return static_cast<qmi_error_type_v01>(answer->header.error);
   if (!unpack(*answer, reply)) return QMI_ERR_INTERNAL_V01;
@@ -156,25 +154,26 @@ qmi_error_type_v01 Session::Exchange(const Socket& socket, uint32_t id, const vo
   return QMI_ERR_NONE_V01;
 }
 
-bool Session::Send(int fd, const Header& header, const void* record, Deadline deadline) {
+bool Session::Send(const Socket& socket, const Header& header, const void* record,
+                   Deadline deadline) {
   iovec parts[] = {{const_cast<Header*>(&header), sizeof header},
                    {const_cast<void*>(record), header.length}};
   msghdr datagram{};
   datagram.msg_iov = parts;
   datagram.msg_iovlen = 2;
-  while (WaitUntilReady(fd, POLLOUT, deadline)) {
-    if (::sendmsg(fd, &datagram, MSG_NOSIGNAL | MSG_DONTWAIT) >= 0) return true;
-    if (errno != EAGAIN && errno != EINTR) {
-      lost_ = true;
-      return false;
-    }
-  }
+  // There is almost always room, so the limit is set only after a first attempt.
+  int flags = MSG_NOSIGNAL | MSG_DONTWAIT;
+  do {
+    if (::sendmsg(socket.fd(), &datagram, flags) >= 0) return true;
+    lost_ = errno != EAGAIN && errno != EINTR;
+    flags = MSG_NOSIGNAL;
+  } while (!lost_ && LimitSending(socket.fd(), deadline));
   return false;
 }
 
-std::optional<Datagram> Session::Receive(int fd, const Header& request, Deadline deadline) {
-  while (WaitUntilReady(fd, POLLIN, deadline)) {
-    const ssize_t received = ::recv(fd, reply_, sizeof reply_, MSG_DONTWAIT | MSG_TRUNC);
+std::optional<Datagram> Session::Receive(Socket& socket, const Header& request, Deadline deadline) {
+  while (socket.LimitReceiving(deadline)) {
+    const ssize_t received = ::recv(socket.fd(), reply_, sizeof reply_, MSG_TRUNC);
     if (received < 0 && (errno == EAGAIN || errno == EINTR)) continue;
     if (received <= 0) {
       lost_ = true;
@@ -193,6 +192,7 @@ std::optional<Datagram> Session::Receive(int fd, const Header& request, Deadline
 }
 
 void Session::ReceiveIndications() {
+  SetLimit(indications_.fd(), SO_RCVTIMEO, {});
   unsigned char bytes[kMaxIndicationBytes];
   while (!stopping_) {
     const ssize_t received = ::recv(indications_.fd(), bytes, sizeof bytes, MSG_TRUNC);

@@ -25,9 +25,12 @@ class Socket {
   Socket& operator=(const Socket&) = delete;
 
   int fd() const { return fd_; }
+  /// Lets recv return at the deadline at the latest. Returns false when it has passed.
+  bool LimitReceiving(std::chrono::steady_clock::time_point deadline);
 
  private:
   const int fd_;
+  std::chrono::milliseconds receiving_limit_{0};
 };
 
 /// Requests run on the caller's thread, one at a time and in the order of the calls. Each ends
@@ -72,19 +75,19 @@ class Session {
     return Unpack(datagram, *static_cast<Record*>(record));
   }
   /// Opens a session, or joins the one with this ticket. Empty when that fails.
-  std::optional<SessionTicket> Open(const Socket& socket, const SessionTicket& ticket);
-  qmi_error_type_v01 Exchange(const Socket& socket, uint32_t id, const void* request, size_t length,
+  std::optional<SessionTicket> Open(Socket& socket, const SessionTicket& ticket);
+  qmi_error_type_v01 Exchange(Socket& socket, uint32_t id, const void* request, size_t length,
                               Unpacker unpack, void* reply);
-  bool Send(int fd, const Header& header, const void* record, Deadline deadline);
-  std::optional<Datagram> Receive(int fd, const Header& request, Deadline deadline);
+  bool Send(const Socket& socket, const Header& header, const void* record, Deadline deadline);
+  std::optional<Datagram> Receive(Socket& socket, const Header& request, Deadline deadline);
   bool IsInForkedChild() const { return ::getpid() != process_; }
   void ReceiveIndications();
 
   const pid_t process_ = ::getpid();
   const std::chrono::milliseconds limit_;
   const Deadline opening_deadline_;
-  const Socket requests_;
-  const Socket indications_;
+  Socket requests_;
+  Socket indications_;
 
   Turns turns_;
   /// These belong to the request whose turn it is, until its reply is in or its time is up.
