@@ -42,7 +42,10 @@ inline std::string MakeDatagram(uint32_t id, uint32_t transaction, int32_t error
                                 const std::string& record, uint32_t profile = 0) {
   const auto length = static_cast<uint32_t>(record.size());
   const Header header{id, transaction, error, length, kNoDeadline, profile, 0};
-  return std::string(reinterpret_cast<const char*>(&header), sizeof header) + record;
+  std::string datagram;
+  datagram.reserve(sizeof header + record.size());
+  datagram.append(reinterpret_cast<const char*>(&header), sizeof header).append(record);
+  return datagram;
 }
 
 /// A datagram as it was received. `record` points into the buffer that was parsed.

@@ -14,9 +14,16 @@ namespace {
 /// read a reply.
 constexpr std::chrono::seconds kTimeLimit{5};
 
-bool IsReady(int fd, short event) {
-  pollfd polled{fd, event, 0};
-  return ::poll(&polled, 1, 0) > 0;
+/// Returns which of `events` hold for the socket now.
+int Poll(int fd, short events) {
+  pollfd polled{fd, events, 0};
+  return ::poll(&polled, 1, 0) > 0 ? polled.revents : 0;
+}
+
+/// Whether the caller no longer waits for the reply. Then the request must not be carried out,
+/// since the caller would not learn of it.
+bool IsGivenUp(const Header& request, int ready) {
+  return (ready & POLLRDHUP) != 0 || ToMonotonicTime(Clock::now()) >= request.deadline;
 }
 
 }  // namespace
@@ -77,13 +84,8 @@ void Connection::Begin() {
 }
 
 void Connection::Receive() {
-  const int fd = socket_.native_handle();
-  if (!gets_indications_ && !IsReady(fd, POLLOUT)) {
-    if (limit_ == kNever) SetTimeLimit("a client does not read its replies");
-    return Await(asio::socket_base::wait_write, &Connection::Receive);
-  }
-  if (client_ != nullptr && client_->has_both_connections) limit_ = kNever;
-  const ssize_t size = ::recv(fd, received_.data(), received_.size(), MSG_DONTWAIT | MSG_TRUNC);
+  const ssize_t size =
+      ::recv(socket_.native_handle(), received_.data(), received_.size(), MSG_DONTWAIT | MSG_TRUNC);
   if (size < 0 && (errno == EAGAIN || errno == EINTR)) return AwaitRequest();
   if (size <= 0) return Close();
   received_size_ = static_cast<size_t>(size);
@@ -98,17 +100,12 @@ void Connection::OnDatagram(const Datagram& datagram) {
   if (gets_indications_)
     return CloseBecause("a client sent a request on its connection for indications");
   if (client_ == nullptr) {
-    if (IsGivenUp(datagram.header)) return AwaitRequest();
+    if (IsGivenUp(datagram.header, Poll(socket_.native_handle(), POLLRDHUP))) return AwaitRequest();
     return Open(datagram);
   }
   if (hub_.latency_.count() == 0) return Answer();
   answer_at_ = Clock::now() + hub_.latency_;
   hub_.WakeAt(answer_at_);
-}
-
-bool Connection::IsGivenUp(const Header& request) {
-  return ToMonotonicTime(std::chrono::steady_clock::now()) >= request.deadline ||
-         IsReady(socket_.native_handle(), POLLRDHUP);
 }
 
 void Connection::Open(const Datagram& datagram) {
@@ -136,8 +133,14 @@ void Connection::Open(const Datagram& datagram) {
 }
 
 void Connection::Answer() {
+  const int ready = Poll(socket_.native_handle(), POLLOUT | POLLRDHUP);
+  if (ready == 0) {
+    if (limit_ == kNever) SetTimeLimit("a client does not read its replies");
+    return Await(asio::socket_base::wait_write, &Connection::Answer);
+  }
+  if (client_->has_both_connections) limit_ = kNever;
   const auto datagram = ParseDatagram(received_.data(), received_size_);
-  if (IsGivenUp(datagram->header)) return AwaitRequest();
+  if (IsGivenUp(datagram->header, ready)) return AwaitRequest();
   const uint32_t id = datagram->header.id;
   const std::string reply = hub_.requests_->Answer(client_->ticket.handle, *datagram);
   if (hub_.ClosesAt(Step::kCarriedOut, id)) return Close();

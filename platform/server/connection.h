@@ -14,7 +14,7 @@ namespace sim {
 /// ends the connection, and with it the client's other one. Nothing thrown leaves it, except by the
 /// constructor.
 ///
-/// Replies are never queued: the next request is read when there is room for its reply. Indications
+/// Replies are never queued: a request is carried out when there is room for its reply. Indications
 /// that the socket does not take stay in the hub's log, for as long as that has room for them.
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
@@ -43,11 +43,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Receive();
   void AwaitRequest() { Await(asio::socket_base::wait_read, &Connection::Receive); }
   void OnDatagram(const Datagram& datagram);
-  /// Whether the caller no longer waits for the reply. Then the request must not be carried out,
-  /// since the caller would not learn of it.
-  bool IsGivenUp(const Header& request);
   /// Answers the first datagram, which must open a session or join one.
   void Open(const Datagram& datagram);
+  /// Carries out the request that was received, once there is room for the reply.
   void Answer();
   void FlushIndications();
   void OnRoom();
