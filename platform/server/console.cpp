@@ -38,7 +38,10 @@ void Console::Arm() {
   if (unread_.find('\n') != std::string::npos) {
     next_line_.Set(next_line_at_);
   } else if (!has_ended_) {
-    input_.Wait([this] { Read(); });
+    input_.Wait([this] {
+      Read();
+      RunLines();
+    });
   }
 }
 
