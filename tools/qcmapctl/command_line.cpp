@@ -6,7 +6,7 @@
 #include "arguments.h"
 #include "failure.h"
 #include "mox/vendor/qcom/qcmap/version.h"
-#include "nearest_word.h"
+#include "words/nearest_word.h"
 
 namespace qcmapctl {
 namespace {
@@ -170,7 +170,7 @@ void CommandLine::FailUsage(const CLI::ParseError& error) const {
   const std::string message =
       (word[0] == '-' && word.size() > 1 ? "unknown option '" : "unknown word '") + word + "'";
   const std::string nearest =
-      NearestWord(word.substr(0, word.find('=')), CandidatesFor(word, command));
+      words::NearestWord(word.substr(0, word.find('=')), CandidatesFor(word, command));
   if (nearest.empty() || nearest == word) throw CommandFailed(message, help);
   throw CommandFailed(message, "did you mean '" + nearest + "'? " + help);
 }

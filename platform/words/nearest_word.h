@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-namespace qcmapctl {
+namespace words {
 
 /// The candidate that differs least from `word`; empty if all differ too much for a typing error.
 std::string NearestWord(const std::string& word, const std::vector<std::string>& candidates);
 
-}  // namespace qcmapctl
+}  // namespace words

@@ -1,9 +1,9 @@
 /// Finds the word that the user probably meant, by counting typing errors.
-#include "nearest_word.h"
+#include "words/nearest_word.h"
 
 #include <algorithm>
 
-namespace qcmapctl {
+namespace words {
 namespace {
 
 /// The number of inserted, missing, wrong and swapped characters between two words.
@@ -41,4 +41,4 @@ std::string NearestWord(const std::string& word, const std::vector<std::string>&
   return nearest;
 }
 
-}  // namespace qcmapctl
+}  // namespace words
