@@ -2,6 +2,7 @@
 #include "server/connection.h"
 
 #include <poll.h>
+#include <signal.h>
 #include <sys/random.h>
 #include <sys/socket.h>
 
@@ -28,8 +29,7 @@ bool IsGivenUp(const Header& request, int ready) {
 
 }  // namespace
 
-Connection::Connection(Hub& hub, Hub::Protocol::socket socket)
-    : hub_(hub), socket_(std::move(socket)) {}
+Connection::Connection(Hub& hub, Protocol::socket socket) : hub_(hub), socket_(std::move(socket)) {}
 
 void Connection::Guard(Handler handler) noexcept {
   if (!IsOpen()) return;
@@ -51,7 +51,7 @@ void Connection::Close() noexcept {
   if (!IsOpen()) return;
   asio::error_code ignored;
   socket_.close(ignored);
-  limit_ = answer_at_ = kNever;
+  limit_ = held_until_ = kNever;
   hub_.OnClose(client_.get());
 }
 
@@ -70,13 +70,12 @@ void Connection::SetTimeLimit(const char* reason) {
 
 void Connection::OnTime(Clock::time_point now) noexcept {
   if (now >= limit_) return CloseBecause(limit_reason_);
-  if (now < answer_at_) return;
-  answer_at_ = kNever;
-  Guard(&Connection::Answer);
+  if (now < held_until_) return;
+  held_until_ = kNever;
+  Guard(held_);
 }
 
 void Connection::Begin() {
-  if (hub_.ClosesAt(Step::kAccepted, message::OpenSession::kId)) return Close();
   SetTimeLimit("a client sent nothing");
   // A client that has gone is noticed at once, even while nothing is received from it.
   Await(asio::socket_base::wait_error, &Connection::Close);
@@ -96,40 +95,42 @@ void Connection::Receive() {
 }
 
 void Connection::OnDatagram(const Datagram& datagram) {
-  if (hub_.ClosesAt(Step::kRead, datagram.header.id)) return Close();
-  if (gets_indications_)
-    return CloseBecause("a client sent a request on its connection for indications");
-  if (client_ == nullptr) {
-    if (IsGivenUp(datagram.header, Poll(socket_.native_handle(), POLLRDHUP))) return AwaitRequest();
-    return Open(datagram);
-  }
-  if (hub_.latency_.count() == 0) return Answer();
-  answer_at_ = Clock::now() + hub_.latency_;
-  hub_.WakeAt(answer_at_);
+  if (is_second_) return CloseBecause("a client sent a request on its connection for indications");
+  faults_ = hub_.faults_.TakeForRequest(datagram.header.id);
+  if (faults_[kHang] != 0) return AwaitRequest();
+  if (faults_[kDie] == kBefore) ::raise(SIGKILL);
+  Hold(faults_[kLate], &Connection::Answer);
 }
 
-void Connection::Open(const Datagram& datagram) {
+void Connection::Hold(uint64_t ms, Handler next) {
+  if (ms == 0) return (this->*next)();
+  held_ = next;
+  held_until_ = Clock::now() + Milliseconds(ms);
+  hub_.WakeAt(held_until_);
+}
+
+std::string Connection::Open(const Datagram& datagram) {
+  const auto close_because = [this](const char* reason) {
+    CloseBecause(reason);
+    return std::string();
+  };
   SessionTicket ticket;
   if (datagram.header.id != message::OpenSession::kId || !Unpack(datagram, ticket))
-    return CloseBecause("a client did not open its session");
+    return close_because("a client did not open its session");
   if (ticket.handle == 0) {
     client_ = std::make_shared<ClientState>();
     client_->ticket.handle = hub_.NewHandle();
     if (::getrandom(client_->ticket.key, sizeof client_->ticket.key, 0) < 0)
-      return CloseBecause("there are no random numbers");
+      return close_because("there are no random numbers");
     SetTimeLimit("a client did not open its second connection");
   } else {
     client_ = hub_.Join(ticket);
-    if (client_ == nullptr) return CloseBecause("a client opened a session that is not its own");
-    gets_indications_ = true;
-    position_ = hub_.log_.end();
+    if (client_ == nullptr) return close_because("a client opened a session that is not its own");
+    is_second_ = true;
     limit_ = kNever;
   }
-  if (Send(MakeDatagram(datagram.header.id, datagram.header.transaction, QMI_ERR_NONE_V01,
-                        {reinterpret_cast<const char*>(&client_->ticket), sizeof ticket})) < 0)
-    return Close();
-  if (!gets_indications_ && hub_.ClosesAt(Step::kOpened, datagram.header.id)) return Close();
-  AwaitRequest();
+  return MakeDatagram(datagram.header.id, datagram.header.transaction, QMI_ERR_NONE_V01,
+                      {reinterpret_cast<const char*>(&client_->ticket), sizeof ticket});
 }
 
 void Connection::Answer() {
@@ -138,13 +139,28 @@ void Connection::Answer() {
     if (limit_ == kNever) SetTimeLimit("a client does not read its replies");
     return Await(asio::socket_base::wait_write, &Connection::Answer);
   }
-  if (client_->has_both_connections) limit_ = kNever;
+  if (client_ != nullptr && client_->has_both_connections) limit_ = kNever;
   const auto datagram = ParseDatagram(received_.data(), received_size_);
   if (IsGivenUp(datagram->header, ready)) return AwaitRequest();
-  const uint32_t id = datagram->header.id;
-  const std::string reply = hub_.requests_->Answer(client_->ticket.handle, *datagram);
-  if (hub_.ClosesAt(Step::kCarriedOut, id)) return Close();
-  if (Send(reply) < 0 || hub_.ClosesAt(Step::kReplied, id)) return Close();
+  const auto error = static_cast<Error>(faults_[kFail]);
+  const bool is_open = client_ != nullptr || error != kGranted;
+  reply_ = is_open
+               ? AnswerRequest(*hub_.model_, client_ ? client_->ticket.handle : 0, *datagram, error)
+               : Open(*datagram);
+  if (!IsOpen()) return;
+  if (faults_[kDie] == kAfter) ::raise(SIGKILL);
+  if (faults_[kGarble] != 0 || faults_[kTruncate] != 0) Spoil(reply_, faults_);
+  Hold(faults_[kLateReply], &Connection::Reply);
+}
+
+void Connection::Reply() {
+  if (Send(reply_) < 0) return Close();
+  if (faults_[kRepeat] != 0) Send(reply_);
+  reply_ = std::string();
+  if (is_second_) {
+    gets_indications_ = true;
+    position_ = hub_.log_.end();
+  }
   AwaitRequest();
 }
 

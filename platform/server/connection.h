@@ -18,7 +18,7 @@ namespace sim {
 /// that the socket does not take stay in the hub's log, for as long as that has room for them.
 class Connection : public std::enable_shared_from_this<Connection> {
  public:
-  Connection(Hub& hub, Hub::Protocol::socket socket);
+  Connection(Hub& hub, Protocol::socket socket);
 
   void Start() noexcept { Guard(&Connection::Begin); }
   /// Sends what is new in the hub's log.
@@ -28,7 +28,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   /// Does what is due.
   void OnTime(Clock::time_point now) noexcept;
   /// When OnTime() is to be called.
-  Clock::time_point NextTime() const { return std::min(limit_, answer_at_); }
+  Clock::time_point NextTime() const { return std::min(limit_, held_until_); }
   void Close() noexcept;
   bool IsOpen() const { return socket_.is_open(); }
 
@@ -43,10 +43,14 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Receive();
   void AwaitRequest() { Await(asio::socket_base::wait_read, &Connection::Receive); }
   void OnDatagram(const Datagram& datagram);
-  /// Answers the first datagram, which must open a session or join one.
-  void Open(const Datagram& datagram);
+  /// Opens a session, or joins one, as the first datagram must ask. Returns the reply, or nothing
+  /// when it has closed the connection.
+  std::string Open(const Datagram& datagram);
   /// Carries out the request that was received, once there is room for the reply.
   void Answer();
+  void Reply();
+  /// Goes on with `next`, after this time if it is not 0.
+  void Hold(uint64_t ms, Handler next);
   void FlushIndications();
   void OnRoom();
   ssize_t Send(const std::string& datagram);
@@ -55,14 +59,19 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void SetTimeLimit(const char* reason);
 
   Hub& hub_;
-  Hub::Protocol::socket socket_;
+  Protocol::socket socket_;
   Clock::time_point limit_ = kNever;
   const char* limit_reason_ = nullptr;
   /// Null until the session is opened.
   std::shared_ptr<ClientState> client_;
   std::array<unsigned char, 512> received_;
   size_t received_size_ = 0;
-  Clock::time_point answer_at_ = kNever;
+  Befalling faults_{};
+  std::string reply_;
+  Clock::time_point held_until_ = kNever;
+  Handler held_ = nullptr;
+  /// Whether it is a client's second connection.
+  bool is_second_ = false;
   bool gets_indications_ = false;
   bool awaits_room_ = false;
   IndicationLog::Position position_ = 0;

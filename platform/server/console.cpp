@@ -1,4 +1,4 @@
-/// Waits for lines on standard input and runs them one after the other.
+/// Waits for lines and runs them one after the other.
 #include "server/console.h"
 
 #include <fcntl.h>
@@ -18,14 +18,15 @@ constexpr Milliseconds kMaxTurn{1};
 
 }  // namespace
 
-Console::Console(asio::io_context& io, ConsoleCommands& commands, Output& output,
+Console::Console(asio::io_context& io, int fd, Commands& commands, Output& output,
                  Complaints& complaints)
     : io_(io),
       commands_(commands),
       output_(output),
       complaints_(complaints),
-      own_fd_(ReopenWithoutBlocking(STDIN_FILENO, O_RDONLY)),
-      input_(io, STDIN_FILENO, EPOLLIN),
+      fd_(fd),
+      own_fd_(ReopenWithoutBlocking(fd, O_RDONLY)),
+      input_(io, fd, EPOLLIN),
       next_line_(io, [this] { RunLines(); }) {
   unread_.reserve(kMaxLineBytes + kReadBytes + 1);
 }
@@ -35,8 +36,8 @@ Console::~Console() {
 }
 
 void Console::Arm() {
-  if (unread_.find('\n') != std::string::npos) {
-    next_line_.Set(next_line_at_);
+  if (HasLine()) {
+    next_line_.Set(commands_.HasReached(awaited_) ? next_line_at_ : kNever);
   } else if (!has_ended_) {
     input_.Wait([this] {
       Read();
@@ -47,7 +48,7 @@ void Console::Arm() {
 
 void Console::Read() {
   char bytes[kReadBytes];
-  const ssize_t size = ::read(own_fd_ >= 0 ? own_fd_ : STDIN_FILENO, bytes, sizeof bytes);
+  const ssize_t size = ::read(own_fd_ >= 0 ? own_fd_ : fd_, bytes, sizeof bytes);
   if (size > 0) {
     unread_.append(bytes, static_cast<size_t>(size));
   } else if (size == 0 || (errno != EAGAIN && errno != EINTR)) {
@@ -69,17 +70,23 @@ void Console::DiscardLongLine() {
   unread_.erase(0, discards_line_ ? end : end + 1);
 }
 
-void Console::RunLines() {
-  const auto start = Clock::now();
-  size_t end;
-  while ((end = unread_.find('\n')) != std::string::npos && next_line_at_ <= start &&
-         !io_.stopped() && Clock::now() - start < kMaxTurn)
-    RunLine(end);
+void Console::RunFirstLines() {
+  throws_ = true;
+  while (MayRun() && !io_.stopped() && (HasLine() || !has_ended_)) HasLine() ? RunLine() : Read();
+  throws_ = false;
 }
 
-void Console::RunLine(size_t end) {
+void Console::RunLines() {
+  const auto start = Clock::now();
+  while (HasLine() && MayRun() && !io_.stopped() && Clock::now() - start < kMaxTurn) RunLine();
+}
+
+void Console::RunLine() {
+  const size_t end = unread_.find('\n');
   try {
     Run(unread_.substr(0, end));
+  } catch (const WrongCommand&) {
+    throw;
   } catch (...) {
     Complain("could not be carried out");
   }
@@ -93,12 +100,15 @@ void Console::Run(const std::string& line) {
   if (!result.error.empty()) Complain(result.error);
   output_.Print(result.output);
   if (result.pause) next_line_at_ = Clock::now() + *result.pause;
+  if (result.awaited) awaited_ = *result.awaited;
   if (result.quits) io_.stop();
 }
 
-void Console::Complain(std::string_view what) noexcept {
+// `what` is often too short to need memory, so a line is not carried out twice for want of it.
+void Console::Complain(const std::string& what) {
+  if (throws_) throw WrongCommand("line " + std::to_string(line_number_) + ": " + what);
   try {
-    complaints_.Add("line " + std::to_string(line_number_) + ": " + std::string(what));
+    complaints_.Add("line " + std::to_string(line_number_) + ": " + what);
   } catch (const std::bad_alloc&) {
     complaints_.Add("out of memory");
   }

@@ -1,35 +1,34 @@
 /// Accepts clients and sends indications to them.
 #include "server/hub.h"
 
-#include <fcntl.h>
-#include <sys/socket.h>
-
 #include <algorithm>
 
-#include "protocol/socket_path.h"
 #include "server/connection.h"
 
 namespace sim {
 namespace {
 
 constexpr size_t kMaxConnections = 256;
-constexpr Milliseconds kAcceptPause{100};
+/// No client has it.
+constexpr uint32_t kForeignHandle = 5000;
+/// An element that ends before its value does.
+constexpr char kMalformed[] = {kMobileApHandleElement, 4, 0, 0, 0};
 
 }  // namespace
 
-Hub::Hub(asio::io_context& io, Milliseconds latency, Complaints& complaints)
-    : io_(io), complaints_(complaints), latency_(latency), acceptor_(io), alarm_(io, [this] {
-        OnTime();
-      }) {
+Hub::Hub(asio::io_context& io, Faults& faults, Complaints& complaints)
+    : faults_(faults),
+      complaints_(complaints),
+      acceptor_(io, complaints, [this](Protocol::socket socket) { AddClient(std::move(socket)); }),
+      alarm_(io, [this] { OnTime(); }) {
   connections_.reserve(kMaxConnections);
 }
 
 Hub::~Hub() = default;
 
-void Hub::Accept(int listening_fd, Requests& requests) {
-  requests_ = &requests;
-  acceptor_.assign(Protocol(AF_UNIX, 0), listening_fd);
-  acceptor_.non_blocking(true);
+void Hub::Accept(int listening_fd, Model& model) {
+  model_ = &model;
+  acceptor_.Listen(listening_fd);
 }
 
 void Hub::Arm() {
@@ -39,46 +38,21 @@ void Hub::Arm() {
                        connections_.end());
     some_are_closed_ = false;
   }
-  const bool pauses = Clock::now() < accept_again_at_;
-  if (pauses) WakeAt(accept_again_at_);
   alarm_.Set(wake_at_);
-  if (accepting_ || pauses) return;
-  acceptor_.async_wait(asio::socket_base::wait_read, [this](const asio::error_code& error) {
-    if (!error) OnClient();
-  });
-  accepting_ = true;
+  acceptor_.Arm();
 }
 
-void Hub::OnClient() {
-  accepting_ = false;
-  try {
-    AcceptOne();
-  } catch (...) {
-    complaints_.Add("a client could not be accepted");
-  }
-}
-
-void Hub::AcceptOne() {
-  asio::error_code error;
-  Protocol::socket socket = acceptor_.accept(io_, error);
-  if (error == asio::error::would_block) return;
-  if (error) {  // most likely out of descriptors, so trying again at once would not help
-    accept_again_at_ = Clock::now() + kAcceptPause;
-    complaints_.Add("cannot accept: " + error.message());
-  } else if (connections_.size() >= kMaxConnections) {
-    complaints_.Add("too many connections, one refused");
-  } else if (!IsTrustedPeer(socket.native_handle())) {
-    complaints_.Add("another user's connection refused");
-  } else {
-    ::fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
-    connections_.push_back(std::make_shared<Connection>(*this, std::move(socket)));
-    connections_.back()->Start();
-  }
+void Hub::AddClient(Protocol::socket socket) {
+  if (connections_.size() >= kMaxConnections)
+    return complaints_.Add("too many connections, one refused");
+  connections_.push_back(std::make_shared<Connection>(*this, std::move(socket)));
+  connections_.back()->Start();
 }
 
 void Hub::OnTime() {
   wake_at_ = kNever;
   const auto now = Clock::now();
+  SendDelayed(now);
   for (const auto& connection : connections_) {
     connection->OnTime(now);
     WakeAt(connection->NextTime());
@@ -104,7 +78,44 @@ void Hub::OnClose(const ClientState* client) noexcept {
 }
 
 void Hub::Indicate(uint32_t receiver, const Indication& indication) noexcept {
-  Add({receiver, indication});
+  if (faults_.AreNone()) return Add({receiver, indication});
+  const Befalling faults = faults_.TakeForIndication(indication.id);
+  IndicationLog::Entry entry{receiver, indication};
+  if (faults[kMisdirect] != 0) entry.indication.mobile_ap_handle = kForeignHandle;
+  if (faults[kMalform] != 0) {
+    entry.has_elements = true;
+    entry.elements = {kMalformed, sizeof kMalformed};
+  }
+  if (faults[kLose] != 0) return;
+  for (int times = faults[kRepeat] != 0 ? 2 : 1; times > 0; --times) {
+    if (faults[kDelay] != 0) {
+      Delay(Milliseconds(faults[kDelay]), entry);
+    } else {
+      Add(entry);
+    }
+  }
+}
+
+void Hub::Delay(Milliseconds delay, const IndicationLog::Entry& entry) noexcept {
+  try {
+    delayed_.push_back({Clock::now() + delay, entry});
+    WakeAt(delayed_.back().until);
+  } catch (const std::bad_alloc&) {
+    complaints_.Add("no memory to delay an indication");
+    Add(entry);
+  }
+}
+
+void Hub::SendDelayed(Clock::time_point now) noexcept {
+  const auto is_due = [now](const Delayed& delayed) { return delayed.until <= now; };
+  for (const Delayed& delayed : delayed_) {
+    if (is_due(delayed)) {
+      Add(delayed.entry);
+    } else {
+      WakeAt(delayed.until);
+    }
+  }
+  delayed_.erase(std::remove_if(delayed_.begin(), delayed_.end(), is_due), delayed_.end());
 }
 
 void Hub::IndicateRaw(uint32_t id, std::string_view elements) noexcept {

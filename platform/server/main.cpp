@@ -6,11 +6,14 @@
 #include <CLI/CLI.hpp>
 #include <asio/io_context.hpp>
 #include <asio/signal_set.hpp>
+#include <cerrno>
 #include <cstdio>
+#include <system_error>
 
 #include "mox/vendor/qcom/qcmap/version.h"
-#include "protocol/socket_path.h"
+#include "protocol/control.h"
 #include "server/console.h"
+#include "server/control.h"
 #include "server/hub.h"
 #include "server/listening_socket.h"
 
@@ -22,8 +25,9 @@ constexpr int64_t kMaxTraffic = int64_t{1} << 40;
 
 struct Options {
   std::string socket = sim::DefaultSocketPath();
-  int64_t call_time_ms = 200, latency_ms = 0, profiles = 3, traffic = 10000;
-  std::string network = "on";
+  int64_t call_time_ms = 200, latency_ms = 0, profiles = 3, traffic = 10000, jitter_ms = 0;
+  uint64_t seed = 1;
+  std::string network = "on", clock = "real", scenario;
   std::vector<std::string> failures;
   bool console = false;
 };
@@ -48,7 +52,21 @@ void Declare(CLI::App& app, Options& options) {
                  "Bytes that each connected family receives in a second")
       ->check(CLI::Range(int64_t{0}, kMaxTraffic))
       ->capture_default_str();
-  app.add_option("--latency", options.latency_ms, "Milliseconds before each request is carried out")
+  app.add_option("--clock", options.clock,
+                 "Whether calls, traffic and autoconnect take real time, or none but that of the "
+                 "command advance")
+      ->check(CLI::IsMember({"real", "manual"}))
+      ->capture_default_str();
+  app.add_option(
+         "--jitter", options.jitter_ms,
+         "Random milliseconds, up to this number, by which each step of a call takes longer")
+      ->check(any_time)
+      ->capture_default_str();
+  app.add_option("--seed", options.seed, "The same number gives the same random times")
+      ->capture_default_str();
+  app.add_option("--latency", options.latency_ms,
+                 "Milliseconds between carrying out a request and its reply: short for the command "
+                 "late-reply all MS")
       ->check(any_time)
       ->capture_default_str();
   app.add_option("--fail", options.failures,
@@ -58,11 +76,20 @@ void Declare(CLI::App& app, Options& options) {
       ->allow_extra_args(false);
   app.add_flag("--console", options.console,
                "Read commands from standard input; the command help lists them");
+  app.add_option(
+      "--scenario", options.scenario,
+      "Read commands from a file. Those before the first sleep or advance are carried out "
+      "before clients can connect");
 }
 
 sim::Modem::Settings Settings(const Options& options) {
-  return {static_cast<size_t>(options.profiles), sim::Milliseconds(options.call_time_ms),
-          options.network == "on", static_cast<uint64_t>(options.traffic)};
+  return {static_cast<size_t>(options.profiles),
+          sim::Milliseconds(options.call_time_ms),
+          options.network == "on",
+          static_cast<uint64_t>(options.traffic),
+          options.clock == "manual",
+          sim::Milliseconds(options.jitter_ms),
+          options.seed};
 }
 
 /// The parts that write to the standard streams.
@@ -71,33 +98,69 @@ struct Streams {
       : output(io, STDOUT_FILENO),
         errors(io, STDERR_FILENO),
         about_clients(io, errors, "QCMAP_ConnectionManager"),
-        about_lines(io, errors, "console") {}
+        about_lines(io, errors, "console"),
+        about_scenario(io, errors, "scenario") {}
   ~Streams() {
     about_clients.ReportTheRest();
     about_lines.ReportTheRest();
+    about_scenario.ReportTheRest();
     output.Finish();
     errors.Finish();
   }
 
   sim::Output output, errors;
-  sim::Complaints about_clients, about_lines;
+  sim::Complaints about_clients, about_lines, about_scenario;
 };
 
-/// Serves until a signal or the console ends it.
-void Serve(const Options& options, asio::io_context& io, Streams& streams, sim::Requests& requests,
-           sim::Hub& hub, sim::Model& model) {
+/// The file of a scenario. Without one it is empty.
+class ScenarioFile {
+ public:
+  explicit ScenarioFile(const std::string& path)
+      : fd_(::open(path.empty() ? "/dev/null" : path.c_str(), O_RDONLY | O_CLOEXEC)) {
+    if (fd_ < 0) throw std::system_error(errno, std::generic_category(), path);
+  }
+  ~ScenarioFile() { ::close(fd_); }
+  ScenarioFile(const ScenarioFile&) = delete;
+  ScenarioFile& operator=(const ScenarioFile&) = delete;
+  int fd() const { return fd_; }
+
+ private:
+  const int fd_;
+};
+
+/// Carries out what options ask as commands. Throws WrongCommand.
+void RunCommandsOf(const Options& options, sim::Commands& commands) {
+  std::vector<std::string> lines;
+  for (const std::string& failure : options.failures) lines.push_back("fail " + failure);
+  if (options.latency_ms > 0)
+    lines.push_back("late-reply all " + std::to_string(options.latency_ms));
+  for (const std::string& line : lines) {
+    const std::string error = commands.Run(line).error;
+    if (!error.empty()) throw sim::WrongCommand("--fail: " + error);
+  }
+}
+
+/// Serves until a signal or a command ends it.
+void Serve(const Options& options, asio::io_context& io, Streams& streams, sim::Model& model,
+           sim::Hub& hub, sim::Commands& commands) {
   asio::signal_set signals(io, SIGINT, SIGTERM, SIGHUP);
   signals.async_wait([&io](const asio::error_code& error, int) {
     if (!error) io.stop();
   });
+  const ScenarioFile file(options.scenario);
+  sim::Console scenario(io, file.fd(), commands, streams.output, streams.about_scenario);
+  scenario.RunFirstLines();
   sim::ListeningSocket listening(options.socket);
-  hub.Accept(listening.fd(), requests);
-  sim::ConsoleCommands commands(model, requests, hub);
-  sim::Console console(io, commands, streams.output, streams.about_lines);
+  hub.Accept(listening.fd(), model);
+  sim::ListeningSocket controlled(sim::ControlPath(options.socket));
+  sim::Control control(io, commands, streams.about_clients);
+  control.Accept(controlled.fd());
+  sim::Console console(io, STDIN_FILENO, commands, streams.output, streams.about_lines);
   std::vector<sim::Activity*> activities = {
-      &streams.output, &streams.errors,        &hub,
-      &model.modem,    &streams.about_clients, &streams.about_lines};
-  if (options.console) activities.push_back(&console);
+      &streams.output, &streams.errors, &hub, &model.modem, &control, &streams.about_clients};
+  if (!options.scenario.empty())
+    activities.insert(activities.end(), {&scenario, &streams.about_scenario});
+  if (options.console) activities.insert(activities.end(), {&console, &streams.about_lines});
   streams.output.Print("listening on " + options.socket + "\n");
   sim::RunEventLoop(io, activities);
 }
@@ -114,20 +177,21 @@ int Run(int argc, char** argv) {
 
   asio::io_context io(1);
   Streams streams(io);
-  sim::Hub hub(io, sim::Milliseconds(options.latency_ms), streams.about_clients);
+  sim::Faults faults;
+  sim::Hub hub(io, faults, streams.about_clients);
   sim::Model model{sim::Modem(io, Settings(options),
                               [&hub](uint32_t receiver, const sim::Indication& indication) {
                                 hub.Indicate(receiver, indication);
                               }),
                    {}};
-  sim::Requests requests(model);
-  for (const std::string& failure : options.failures) {
-    const std::string wrong = requests.Fail(failure);
-    if (wrong.empty()) continue;
-    std::fprintf(stderr, "--fail: %s\n", wrong.c_str());
+  sim::Commands commands(model, faults, hub);
+  try {
+    RunCommandsOf(options, commands);
+    Serve(options, io, streams, model, hub, commands);
+  } catch (const sim::WrongCommand& wrong) {
+    std::fprintf(stderr, "%s\n", wrong.what());
     return kUsageError;
   }
-  Serve(options, io, streams, requests, hub, model);
   return 0;
 }
 

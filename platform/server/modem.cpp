@@ -3,10 +3,14 @@
 
 #include <algorithm>
 
+#include "server/words.h"
+
 namespace sim {
 namespace {
 
 constexpr uint8_t kMaxProfileNumber = 24;
+/// How long autoconnect waits after an attempt to connect has failed.
+constexpr Milliseconds kRetryPause{1000};
 
 constexpr auto kConnecting = QCMAP_MSGR_WWAN_STATUS_CONNECTING_V01;
 constexpr auto kConnectingFailed = QCMAP_MSGR_WWAN_STATUS_CONNECTING_FAIL_V01;
@@ -44,8 +48,8 @@ qcmap_msgr_wwan_status_enum_v01 Profile::Status(FamilyIndex family) const {
 }
 
 Modem::Modem(asio::io_context& io, const Settings& settings, Indicate indicate)
-    : alarm_(io, [this] { FinishPhases(); }),
-      settings_(settings),
+    : settings_(settings),
+      timeline_(io, settings.manual_clock, [this](const Timeline::Event& event) { OnTime(event); }),
       indicate_(std::move(indicate)),
       network_(settings.network) {
   for (size_t i = 0; i < settings.profiles; ++i) {
@@ -64,6 +68,7 @@ Profile* Modem::Find(profile_handle_type_v01 handle) {
 }
 
 void Modem::Add(const qcmap_msgr_net_policy_info_v01& policy) {
+  timeline_.Reserve(std::size(kFamilies) * (profiles_.size() + 1));
   profiles_.push_back({next_handle_, policy, false, false, {}});
   ++next_handle_;
 }
@@ -74,6 +79,14 @@ void Modem::EnableMobileAp() {
   indicate_(0, {QMI_QCMAP_MSGR_MOBILE_AP_STATUS_IND_V01, QCMAP_MSGR_MOBILE_AP_STATUS_CONNECTED_V01,
                 std::nullopt});
   for (Profile& profile : profiles_) AutoConnect(profile);
+}
+
+void Modem::LoseMobileAp() {
+  if (!mobile_ap_enabled_) return;
+  mobile_ap_enabled_ = false;
+  for (Profile& profile : profiles_) Drop(profile, {kIpv4, kIpv6});
+  indicate_(0, {QMI_QCMAP_MSGR_MOBILE_AP_STATUS_IND_V01,
+                QCMAP_MSGR_MOBILE_AP_STATUS_DISCONNECTED_V01, std::nullopt});
 }
 
 void Modem::SetNetwork(bool on) {
@@ -129,7 +142,7 @@ void Modem::EndCall(Profile& profile, FamilyIndex family) {
 }
 
 void Modem::AutoConnect(Profile& profile) {
-  if (!mobile_ap_enabled_ || !profile.autoconnect) return;
+  if (!MayAutoConnect(profile)) return;
   for (const FamilyIndex family : kFamilies) Connect(profile, family, 0);
 }
 
@@ -141,7 +154,7 @@ bool Modem::MayCarry(const Profile& profile, FamilyIndex family) const {
 
 void Modem::Enter(Profile& profile, FamilyIndex family, qcmap_msgr_wwan_status_enum_v01 phase) {
   Family& entered = profile.families[family];
-  entered.phase_ends = kNever;
+  timeline_.Remove(profile.handle, family);
   SetCounters(entered, Count(entered));
   entered.phase = phase;
   indicate_(0, {QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01, profile.Status(family), profile.handle});
@@ -149,37 +162,37 @@ void Modem::Enter(Profile& profile, FamilyIndex family, qcmap_msgr_wwan_status_e
 
 void Modem::Begin(Profile& profile, FamilyIndex family, qcmap_msgr_wwan_status_enum_v01 phase) {
   Enter(profile, family, phase);
-  profile.families[family].phase_ends = Clock::now() + settings_.call_time;
+  Plan(profile, family, settings_.call_time);
 }
 
-std::pair<Profile*, FamilyIndex> Modem::NextToFinish() {
-  std::pair<Profile*, FamilyIndex> next{nullptr, kIpv4};
-  auto earliest = kNever;
-  for (Profile& profile : profiles_) {
-    for (const FamilyIndex family : kFamilies) {
-      if (profile.families[family].phase_ends >= earliest) continue;
-      earliest = profile.families[family].phase_ends;
-      next = {&profile, family};
-    }
+void Modem::Plan(const Profile& profile, FamilyIndex family, Milliseconds delay) {
+  using std::chrono::microseconds;
+  const auto most = static_cast<uint64_t>(microseconds(settings_.jitter).count());
+  const microseconds jitter(most == 0 ? 0 : random_() % (most + 1));
+  timeline_.Add({timeline_.Now() + delay + jitter, profile.handle, family});
+}
+
+void Modem::OnTime(const Timeline::Event& event) {
+  Profile* const profile = Find(event.profile);
+  if (profile == nullptr) return;
+  const auto phase = profile->families[event.family].phase;
+  if (phase == kConnecting) {
+    FinishConnecting(*profile, event.family);
+  } else if (phase == kDisconnecting) {
+    Report(*profile, event.family, kTearDown, kDisconnected);
+    Enter(*profile, event.family, kDisconnected);
+  } else if (MayAutoConnect(*profile)) {
+    Connect(*profile, event.family, 0);
   }
-  return next;
 }
 
-void Modem::Arm() {
-  const auto [profile, family] = NextToFinish();
-  alarm_.Set(profile == nullptr ? kNever : profile->families[family].phase_ends);
-}
-
-void Modem::FinishPhases() {
-  const auto now = Clock::now();
-  for (;;) {
-    const auto [profile, family] = NextToFinish();
-    if (profile == nullptr || profile->families[family].phase_ends > now) return;
-    const bool connects = profile->families[family].phase == kConnecting;
-    const auto outcome = connects ? kConnected : kDisconnected;
-    Report(*profile, family, connects ? kBringUp : kTearDown, outcome);
-    Enter(*profile, family, outcome);
-  }
+void Modem::FinishConnecting(Profile& profile, FamilyIndex family) {
+  uint64_t& failing_calls = profile.families[family].failing_calls;
+  const auto outcome = failing_calls > 0 ? kConnectingFailed : kConnected;
+  if (failing_calls > 0 && failing_calls != kUntilHealed) --failing_calls;
+  Report(profile, family, kBringUp, outcome);
+  Enter(profile, family, outcome);
+  if (outcome == kConnectingFailed && MayAutoConnect(profile)) Plan(profile, family, kRetryPause);
 }
 
 void Modem::Report(const Profile& profile, FamilyIndex family, uint32_t indication,
@@ -190,7 +203,7 @@ void Modem::Report(const Profile& profile, FamilyIndex family, uint32_t indicati
 
 std::array<uint64_t, 2> Modem::Count(const Family& family) const {
   if (!family.IsUp()) return family.bytes;
-  const std::chrono::duration<double> seconds = Clock::now() - family.counted;
+  const std::chrono::duration<double> seconds = timeline_.Now() - family.counted;
   const auto received =
       static_cast<uint64_t>(static_cast<double>(settings_.traffic) * seconds.count());
   return {family.bytes[0] + received, family.bytes[1] + received / 10};
@@ -198,7 +211,7 @@ std::array<uint64_t, 2> Modem::Count(const Family& family) const {
 
 void Modem::SetCounters(Family& family, std::array<uint64_t, 2> bytes) {
   family.bytes = bytes;
-  family.counted = Clock::now();
+  family.counted = timeline_.Now();
 }
 
 }  // namespace sim

@@ -6,22 +6,17 @@
 #include <chrono>
 #include <functional>
 #include <initializer_list>
-#include <utility>
+#include <random>
 #include <vector>
 
 #include "protocol/indication.h"
 #include "protocol/messages.h"
-#include "server/alarm.h"
-#include "server/event_loop.h"
+#include "server/timeline.h"
 
 namespace sim {
 
 using Error = qmi_error_type_v01;
 using Milliseconds = std::chrono::milliseconds;
-
-/// Places in Profile::families.
-enum FamilyIndex : size_t { kIpv4 = 0, kIpv6 = 1 };
-constexpr FamilyIndex kFamilies[] = {kIpv4, kIpv6};
 
 /// One family of a profile's call.
 struct Family {
@@ -31,8 +26,8 @@ struct Family {
   /// Handle of the client whose request is under way and which is told its outcome; 0 for
   /// autoconnect.
   uint32_t asker = 0;
-  /// When connecting or disconnecting is over; kNever in other phases.
-  Clock::time_point phase_ends = kNever;
+  /// How many of the next attempts to connect are to fail.
+  uint64_t failing_calls = 0;
   /// Bytes received and sent until the time `counted`. While the call is up, traffic since then
   /// comes on top.
   std::array<uint64_t, 2> bytes{};
@@ -66,6 +61,11 @@ class Modem : public Activity {
     bool network = true;
     /// Bytes that each connected family receives in a second. It sends a tenth as many.
     uint64_t traffic = 10000;
+    /// Whether time moves only when the timeline is advanced.
+    bool manual_clock = false;
+    /// Each delay is longer by a random time of up to this. The same seed gives the same times.
+    Milliseconds jitter{0};
+    uint64_t seed = 1;
   };
   /// Sends an indication to the client with handle `receiver`, or to all clients when it is 0. Must
   /// not throw.
@@ -73,7 +73,8 @@ class Modem : public Activity {
 
   Modem(asio::io_context& io, const Settings& settings, Indicate indicate);
 
-  void Arm() override;
+  void Arm() override { timeline_.Arm(); }
+  Timeline& timeline() { return timeline_; }
 
   std::vector<Profile>& profiles() { return profiles_; }
   /// Returns null when no profile has this handle.
@@ -85,6 +86,8 @@ class Modem : public Activity {
   bool network() const { return network_; }
   bool roaming() const { return roaming_; }
   void EnableMobileAp();
+  /// Ends all calls, until a client enables the Mobile AP again.
+  void LoseMobileAp();
   void SetNetwork(bool on);
   void SetRoaming(bool on);
 
@@ -104,15 +107,20 @@ class Modem : public Activity {
   void Enter(Profile& profile, FamilyIndex family, qcmap_msgr_wwan_status_enum_v01 phase);
   /// Enters a phase that ends by itself.
   void Begin(Profile& profile, FamilyIndex family, qcmap_msgr_wwan_status_enum_v01 phase);
-  /// The family whose phase ends first. The profile is null when no phase ends by itself.
-  std::pair<Profile*, FamilyIndex> NextToFinish();
-  /// Ends the phases that are over, in the order of their ends.
-  void FinishPhases();
+  /// Has OnTime() called for the family after this time and a random one.
+  void Plan(const Profile& profile, FamilyIndex family, Milliseconds delay);
+  /// Ends a phase, or has autoconnect try again.
+  void OnTime(const Timeline::Event& event);
+  void FinishConnecting(Profile& profile, FamilyIndex family);
+  bool MayAutoConnect(const Profile& profile) const {
+    return mobile_ap_enabled_ && profile.autoconnect;
+  }
   void Report(const Profile& profile, FamilyIndex family, uint32_t indication,
               qcmap_msgr_wwan_status_enum_v01 outcome);
 
-  Alarm alarm_;
   const Settings settings_;
+  Timeline timeline_;
+  std::mt19937_64 random_{settings_.seed};
   const Indicate indicate_;
   std::vector<Profile> profiles_;
   profile_handle_type_v01 next_handle_ = 101;

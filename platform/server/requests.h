@@ -1,7 +1,6 @@
 /// Answers the clients' requests.
 #pragma once
 
-#include <map>
 #include <string>
 
 #include "server/lan.h"
@@ -46,25 +45,8 @@ Error AnswerWith(Model& model, Caller& caller, const Datagram& datagram, std::st
   return error;
 }
 
-class Requests {
- public:
-  explicit Requests(Model& model) : model_(model) {}
-
-  /// Returns the datagram of the reply to the client with this handle.
-  std::string Answer(uint32_t handle, const Datagram& request);
-
-  /// Makes a request fail from now on. `text` is REQUEST[:ERROR[:COUNT]]. Returns what is wrong
-  /// with the text, or an empty string.
-  std::string Fail(const std::string& text);
-
- private:
-  struct Failure {
-    Error error;
-    uint64_t times_left;
-  };
-
-  Model& model_;
-  std::map<uint32_t, Failure> failures_;
-};
+/// Returns the datagram of the reply to the client with this handle. The request is refused with
+/// `error` unless that is QMI_ERR_NONE_V01.
+std::string AnswerRequest(Model& model, uint32_t handle, const Datagram& request, Error error);
 
 }  // namespace sim

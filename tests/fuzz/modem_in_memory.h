@@ -5,8 +5,8 @@
 
 #include <asio/io_context.hpp>
 
+#include "server/commands.h"
 #include "server/complaints.h"
-#include "server/console_commands.h"
 #include "server/hub.h"
 #include "server/output.h"
 #include "server/requests.h"
@@ -14,13 +14,12 @@
 /// Calls take no time here, but they make progress only in Proceed().
 struct ModemInMemory {
   explicit ModemInMemory(size_t profiles)
-      : model{sim::Modem(Io(), {profiles, {}, true, 0},
+      : model{sim::Modem(Io(), {profiles, {}, true, 0, false, {}, 1},
                          [](uint32_t receiver, const sim::Indication& indication) {
                            EmptyHub().Indicate(receiver, indication);
                          }),
               {}},
-        requests(model),
-        commands(model, requests, EmptyHub()) {}
+        commands(model, faults, EmptyHub()) {}
   /// Ends all calls while what they refer to still exists.
   // NOLINTNEXTLINE(bugprone-exception-escape): an exception ends the fuzzer, which is then right.
   ~ModemInMemory() {
@@ -43,11 +42,12 @@ struct ModemInMemory {
   static sim::Hub& EmptyHub() {
     static sim::Output errors(Io(), STDERR_FILENO);
     static sim::Complaints complaints(Io(), errors, "fuzz");
-    static sim::Hub hub(Io(), {}, complaints);
+    static sim::Faults none;
+    static sim::Hub hub(Io(), none, complaints);
     return hub;
   }
 
   sim::Model model;
-  sim::Requests requests;
-  sim::ConsoleCommands commands;
+  sim::Faults faults;
+  sim::Commands commands;
 };

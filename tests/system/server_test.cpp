@@ -15,8 +15,11 @@ TEST_F(Server, ReportsWhatIsWrongWithItsOptions) {
   ExpectEnd({"--profiles", "51"}, 2, "--profiles");
   ExpectEnd({"--call-time", "soon"}, 2, "--call-time");
   ExpectEnd({"--network", "maybe"}, 2, "--network");
-  ExpectEnd({"--fail", "Connect"}, 2, "no request 'Connect'");
-  ExpectEnd({"--fail", "ActivateLAN:3:x"}, 2, "not a number above 0");
+  ExpectEnd({"--fail", "Connect"}, 2, "unknown request 'Connect'");
+  ExpectEnd({"--fail", "ActivateLAN:3:x"}, 2, "'x' is not a number from 1");
+  std::ofstream(directory_ + "/wrong") << "# comment\nnetwrk off\n";
+  ExpectEnd({"--scenario", directory_ + "/wrong"}, 2, "line 2: unknown command 'netwrk'");
+  ExpectEnd({"--scenario", directory_ + "/none"}, 1, "No such file");
 }
 
 TEST_F(Server, RefusesAPlaceThatIsNotSafe) {
@@ -49,25 +52,38 @@ TEST_F(Server, LeavesNothingBehindAndNeverTakesALivingServersSocket) {
   EXPECT_TRUE(std::filesystem::is_empty(directory_ + "/made"));
 }
 
-TEST_F(Server, ReportsWhatIsWrongWithAConsoleLine) {
+TEST_F(Server, SaysWhatIsWrongWithACommandAndChangesNothing) {
   const struct {
     const char *command, *message;
-  } rows[] = {{"bogus", "unknown command 'bogus'"},
-              {"network maybe", "usage: network on|off"},
-              {"drop 3", "there is no such profile"},
-              {"traffic 0 5 1 1", "usage: traffic"},
-              {"indicate 0x25 4294967296", "usage: indicate"},
-              {"raw 0x25 123", "usage: raw"},
-              {"sleep forever", "usage: sleep"},
-              {"fail Nothing", "there is no request 'Nothing'"}};
+  } rows[] = {
+      {"netwrk off", "unknown command 'netwrk'; did you mean 'network'?"},
+      {"bogus", "unknown command 'bogus' (try help)"},
+      {"network", "a word is missing (usage: network on|off)"},
+      {"network maybe", "unknown switch 'maybe'; known are off, on"},
+      {"network off now", "'now' is one word too many"},
+      {"drop 3", "'3' is not a number from 0 to 2"},
+      {"traffic 0 5 1 1", "unknown family '5'; known are 4, 6"},
+      {"indicate 0x25 4294967296", "'4294967296' is not a number from 0 to 4294967295"},
+      {"raw 0x25 123", "'3' is not a byte"},
+      {"fail ConectBackHaul", "unknown request 'ConectBackHaul'; did you mean 'ConnectBackHaul'?"},
+      {"late WWAN_STATUS_IND 5", "unknown request 'WWAN_STATUS_IND'"},
+      {"lose WWAN_STATUS", "did you mean 'WWAN_STATUS_IND'?"},
+      {"late all 0", "'0' is not a number from 1 to 3600000"},
+      {"advance 5hr", "unknown unit 'hr'; did you mean 'h'?"},
+      {"advance 5", "unknown unit '(none)'; known are ms, s, min, h"},
+      {"advance 5h", "start the server with --clock manual"},
+  };
+  Start({"--console"});
+  const std::string before = Control("show");
   for (const auto& [command, message] : rows) {
-    Start({"--console"});  // a new one, since a server complains once a second
-    server_->Write(std::string(command) + "\nsleep 1\nshow\nquit\n");
-    EXPECT_EQ(server_->Wait(), 0);
-    EXPECT_NE(server_->output().find(std::string("line 1: ") + message), std::string::npos)
-        << server_->output();
-    EXPECT_NE(server_->output().find("network on"), std::string::npos) << "changed nothing";
+    const std::string answer = Control(command, sim::kIsWrong);
+    EXPECT_NE(answer.find(message), std::string::npos) << command << ": " << answer;
   }
+  EXPECT_NE(Control(std::string(5000, 'x'), sim::kIsWrong).find("too long"), std::string::npos);
+  EXPECT_EQ(Control("show"), before);
+  EXPECT_EQ(Control("heal"), "");
+  server_->Write("\nsleep forever\n");
+  EXPECT_TRUE(server_->WaitForOutput("console: line 2: 'forever' is not a number"));
 }
 
 TEST_F(Server, RefusesWhatAModemRefuses) {

@@ -18,6 +18,8 @@
 
 #include "mox/vendor/qcom/qcmap/subscription.h"
 #include "process.h"
+#include "protocol/control.h"
+#include "raw_peer.h"
 
 using mox::Result;
 using mox::util::EventDic;
@@ -52,6 +54,20 @@ class SimulatedServer : public testing::Test {
   void Start(const std::vector<std::string>& options = {}) {
     server_ = Run(options);
     ASSERT_TRUE(server_->WaitForOutput("listening on " + path_ + "\n")) << server_->output();
+  }
+  /// Sends a command to the server's control socket and returns the answer, which must be of this
+  /// kind.
+  std::string Control(const std::string& command, char kind = sim::kTookEffect) const {
+    const int fd = RawSocket(sim::ControlPath(path_), false);
+    Send(fd, command);
+    std::string answer, part;
+    do {
+      part = Receive(fd);
+      answer += part.substr(std::min<size_t>(part.size(), 1));
+    } while (part[0] == sim::kMoreFollows);
+    ::close(fd);
+    EXPECT_EQ(part[0], kind) << command << ": " << answer;
+    return answer;
   }
   /// Sends commands to the server's console and waits until it has carried them out.
   void Console(const std::string& commands) {

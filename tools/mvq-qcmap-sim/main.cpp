@@ -21,8 +21,10 @@
 #include <thread>
 #include <vector>
 
+#include "ctl.h"
 #include "launch/program.h"
 #include "mox/vendor/qcom/qcmap/version.h"
+#include "protocol/control.h"
 
 namespace {
 
@@ -35,10 +37,16 @@ constexpr char kServerName[] = "QCMAP_ConnectionManager";
 constexpr char kHelp[] =
     "Runs a program against a simulated server of its own.\n"
     "Usage: mvq-qcmap-sim [SERVER OPTIONS] -- PROGRAM [ARGUMENTS]\n"
+    "       mvq-qcmap-sim ctl COMMAND | -\n"
     "\n"
     "The server gets a private socket, whose path the program finds in QCMAP_SOCKET. The server is\n"
     "ended when the program ends. Server options: see 'QCMAP_ConnectionManager --help'. With\n"
     "--console the server reads its commands from standard input, and the program's input is empty.\n"
+    "\n"
+    "'mvq-qcmap-sim ctl' sends a command to the server of QCMAP_CONTROL or QCMAP_SOCKET, waits until\n"
+    "it has taken effect, and prints the answer. The command 'help' lists all commands. With - it\n"
+    "sends the lines of standard input. The exit status is 2 if a command is wrong, and 8 if there is\n"
+    "no server.\n"
     "\n"
     "  -h, --help     show this help\n"
     "  -V, --version  show the version\n"
@@ -176,6 +184,7 @@ int Simulate(const std::vector<std::string>& options, const std::vector<std::str
   const PrivateFolder folder;
   const Server server(options, folder.Socket(), console);
   setenv("QCMAP_SOCKET", folder.Socket().c_str(), 1);
+  setenv("QCMAP_CONTROL", sim::ControlPath(folder.Socket()).c_str(), 1);
   return child.Run(program, !console);
 }
 
@@ -196,6 +205,7 @@ int main(int argc, char* argv[]) {
     std::puts("mvq-qcmap-sim " MVQ_QCMAP_VERSION);
     return 0;
   }
+  if (!words.empty() && words[0] == "ctl") return SendCommands({words.begin() + 1, words.end()});
   if (separator == words.end() || separator + 1 == words.end()) {
     std::fputs("mvq-qcmap-sim: no program is given\nhint: mvq-qcmap-sim -- PROGRAM ARGUMENTS\n",
                stderr);

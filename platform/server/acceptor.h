@@ -1,0 +1,41 @@
+/// Accepts what connects to a socket.
+#pragma once
+
+#include <asio/basic_socket_acceptor.hpp>
+#include <asio/generic/seq_packet_protocol.hpp>
+#include <functional>
+
+#include "server/alarm.h"
+#include "server/complaints.h"
+#include "server/event_loop.h"
+
+namespace sim {
+
+using Protocol = asio::generic::seq_packet_protocol;
+
+/// Accepts connections of this user and of root, one at a time. It refuses other users.
+class Acceptor : public Activity {
+ public:
+  /// `take` gets each connection. When it throws, the connection is closed.
+  Acceptor(asio::io_context& io, Complaints& complaints,
+           std::function<void(Protocol::socket)> take);
+
+  /// Accepts on `listening_fd`, which it takes over.
+  void Listen(int listening_fd);
+  void Arm() override;
+
+ private:
+  void OnPeer();
+  void AcceptOne();
+
+  asio::io_context& io_;
+  Complaints& complaints_;
+  const std::function<void(Protocol::socket)> take_;
+  asio::basic_socket_acceptor<Protocol> acceptor_;
+  bool accepting_ = false;
+  /// Rings when accepting goes on after a failure.
+  Alarm again_;
+  Clock::time_point again_at_{};
+};
+
+}  // namespace sim

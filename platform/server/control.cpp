@@ -1,0 +1,138 @@
+/// Carries out the commands of programs, one at a time for each.
+#include "server/control.h"
+
+#include <sys/socket.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+#include "protocol/control.h"
+
+namespace sim {
+namespace {
+
+constexpr size_t kMaxClients = 128;
+
+}  // namespace
+
+/// A program that sends commands. Its next command is read when the answer to the one before has
+/// been sent, so a program that does not read costs the memory of one answer.
+class ControlClient : public std::enable_shared_from_this<ControlClient> {
+ public:
+  ControlClient(asio::io_context& io, Commands& commands, Protocol::socket socket)
+      : io_(io), commands_(commands), socket_(std::move(socket)) {}
+
+  bool IsOpen() const { return socket_.is_open(); }
+  /// Sends an answer that is due, or waits for whatever comes next. Returns when to be called
+  /// again.
+  Clock::time_point Arm() {
+    if (!watches_end_) {
+      Await(asio::socket_base::wait_error, &ControlClient::Close);
+      watches_end_ = true;
+    }
+    if (has_answer_ && !awaits_socket_ && commands_.HasReached(awaited_)) {
+      if (Clock::now() < answer_at_) return answer_at_;
+      Answer();
+    }
+    if (IsOpen() && !has_answer_ && !awaits_socket_) {
+      Await(asio::socket_base::wait_read, &ControlClient::Receive);
+      awaits_socket_ = true;
+    }
+    return kNever;
+  }
+
+ private:
+  using Handler = void (ControlClient::*)();
+
+  void Await(asio::socket_base::wait_type type, Handler handler) {
+    socket_.async_wait(type, [weak = weak_from_this(), handler](const asio::error_code& error) {
+      const auto self = weak.lock();
+      if (!self || error) return;
+      self->awaits_socket_ = false;
+      try {
+        ((*self).*handler)();
+      } catch (...) {
+        self->Close();
+      }
+    });
+  }
+  void Close() {
+    asio::error_code ignored;
+    socket_.close(ignored);
+  }
+
+  void Receive() {
+    std::array<char, kMaxCommandBytes> bytes;
+    const ssize_t size =
+        ::recv(socket_.native_handle(), bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_TRUNC);
+    if (size < 0 && (errno == EAGAIN || errno == EINTR)) return;
+    if (size <= 0) return Close();
+    const auto length = static_cast<size_t>(size);
+    CommandResult result{"the command is too long"};
+    if (length <= bytes.size()) result = commands_.Run({bytes.data(), length});
+    has_answer_ = true;
+    is_wrong_ = !result.error.empty();
+    answer_ = is_wrong_ ? std::move(result.error) : std::move(result.output);
+    answer_at_ = Clock::now() + result.pause.value_or(Milliseconds(0));
+    awaited_ = result.awaited.value_or(Timeline::Time());
+    if (!result.quits) return;
+    Answer();
+    io_.stop();
+  }
+  void Answer() {
+    while (has_answer_) {
+      const size_t size = std::min(answer_.size(), kMaxAnswerBytes);
+      const char last = is_wrong_ ? kIsWrong : kTookEffect;
+      const std::string part =
+          (size < answer_.size() ? kMoreFollows : last) + answer_.substr(0, size);
+      if (::send(socket_.native_handle(), part.data(), part.size(), MSG_DONTWAIT | MSG_NOSIGNAL) <
+          0) {
+        if (errno != EAGAIN) return Close();
+        Await(asio::socket_base::wait_write, &ControlClient::Answer);
+        awaits_socket_ = true;
+        return;
+      }
+      has_answer_ = size < answer_.size();
+      answer_.erase(0, size);
+    }
+  }
+
+  asio::io_context& io_;
+  Commands& commands_;
+  Protocol::socket socket_;
+  bool watches_end_ = false;
+  /// Whether it waits to receive a command or to send the rest of an answer.
+  bool awaits_socket_ = false;
+  bool has_answer_ = false, is_wrong_ = false;
+  std::string answer_;
+  Clock::time_point answer_at_{};
+  Timeline::Time awaited_{};
+};
+
+Control::Control(asio::io_context& io, Commands& commands, Complaints& complaints)
+    : io_(io),
+      commands_(commands),
+      complaints_(complaints),
+      acceptor_(io, complaints, [this](Protocol::socket socket) { Add(std::move(socket)); }),
+      alarm_(io, [] {}) {}
+
+Control::~Control() = default;
+
+void Control::Arm() {
+  acceptor_.Arm();
+  if (clients_.empty()) return;
+  auto wake_at = kNever;
+  for (const auto& client : clients_) wake_at = std::min(wake_at, client->Arm());
+  alarm_.Set(wake_at);
+  const auto is_closed = [](const auto& client) { return !client->IsOpen(); };
+  clients_.erase(std::remove_if(clients_.begin(), clients_.end(), is_closed), clients_.end());
+}
+
+void Control::Add(Protocol::socket socket) {
+  if (clients_.size() >= kMaxClients)
+    return complaints_.Add("too many programs control the server, one refused");
+  clients_.push_back(std::make_shared<ControlClient>(io_, commands_, std::move(socket)));
+}
+
+}  // namespace sim

@@ -1,0 +1,61 @@
+/// Keeps the model's events in order and lets each happen when its time has come.
+#include "server/timeline.h"
+
+#include <algorithm>
+
+#include "server/words.h"
+
+namespace sim {
+namespace {
+
+/// How long clients may have to wait for events that fall due together.
+constexpr std::chrono::milliseconds kMaxTurn{1};
+constexpr std::chrono::hours kMaxAdvance{24 * 366 * 100};
+
+}  // namespace
+
+Timeline::Timeline(asio::io_context& io, bool is_manual, std::function<void(const Event&)> happen)
+    : is_manual_(is_manual), happen_(std::move(happen)), alarm_(io, [this] { Proceed(); }) {}
+
+void Timeline::Add(const Event& event) noexcept {
+  Remove(event.profile, event.family);
+  const auto is_earlier = [](const Event& a, const Event& b) { return a.at < b.at; };
+  queue_.insert(std::upper_bound(queue_.begin(), queue_.end(), event, is_earlier), event);
+}
+
+void Timeline::Remove(profile_handle_type_v01 profile, FamilyIndex family) noexcept {
+  const auto is_its = [&](const Event& event) {
+    return event.profile == profile && event.family == family;
+  };
+  queue_.erase(std::remove_if(queue_.begin(), queue_.end(), is_its), queue_.end());
+}
+
+Timeline::Time Timeline::Advance(std::chrono::milliseconds duration) {
+  if (!is_manual_)
+    throw WrongCommand("time is the machine's; start the server with --clock manual");
+  if (target_ + duration > start_ + kMaxAdvance) throw WrongCommand("that is too far ahead");
+  return target_ += duration;
+}
+
+void Timeline::Arm() {
+  if (is_manual_) {
+    alarm_.Set(now_ < target_ ? Time() : kNever);
+  } else {
+    alarm_.Set(queue_.empty() ? kNever : queue_.front().at);
+  }
+}
+
+void Timeline::Proceed() {
+  const Time start = Clock::now();
+  const Time end = is_manual_ ? target_ : start;
+  while (!queue_.empty() && queue_.front().at <= end) {
+    if (Clock::now() - start >= kMaxTurn) return;
+    const Event event = queue_.front();
+    queue_.erase(queue_.begin());
+    now_ = event.at;
+    happen_(event);
+  }
+  now_ = end;
+}
+
+}  // namespace sim

@@ -1,0 +1,129 @@
+/// A server that is late, and what becomes of requests whose callers have given up.
+#include <future>
+#include <sstream>
+
+#include "every_request.h"
+#include "simulated_server.h"
+
+namespace {
+
+/// Brings a server into a state that most requests change, and selects the profile of the test.
+const Request kPreparation[] = {
+    SENDS(SetWWANProfileHandlePreference, 102, error),
+    SENDS(DisableIPV6, error),
+    SENDS(SetLANConfig, {0x0A000101, 0xFFFFFF00, 0, 0, 0, 60}, error),
+    SENDS(SetVLANConfig, {"eth0", 6, {}}, error, kAnything),
+    SENDS(SetVLANConfig, {"eth0", 7, {}}, error, kAnything),
+    SENDS(AddPDNToVLANMapping, 6, 103, error),
+};
+
+constexpr std::chrono::milliseconds kLimit{300}, kHeld{400};
+
+/// A server of its own with one client, which gives a request up after kLimit.
+class PreparedServer : public SimulatedServer {
+ public:
+  PreparedServer() {
+    Start({"--call-time", "600000", "--traffic", "0"});
+    Control("traffic 1 4 1000 1000");
+    ::setenv("QCMAP_TIMEOUT_MS", std::to_string(kLimit.count()).c_str(), 1);
+    client_ = std::make_unique<QCMAP_Client>(nullptr);
+    ::unsetenv("QCMAP_TIMEOUT_MS");
+    for (const Request& preparation : kPreparation)
+      EXPECT_TRUE(preparation.send(*client_, kAnything));
+  }
+
+  using SimulatedServer::Control;
+  QCMAP_Client& client() { return *client_; }
+  /// All that requests can change, as text.
+  std::string Model() {
+    std::ostringstream model;
+    model << Control("show");
+    ::setenv("QCMAP_SOCKET", path_.c_str(), 1);
+    QCMAP_Client reader(nullptr);
+    qcmap_msgr_wwan_policy_list_resp_msg_v01 list{};
+    EXPECT_TRUE(reader.GetWWANPolicyList(&list, kAnything));
+    for (uint32_t i = 0; i < list.policy_list_len; ++i) {
+      const auto& [handle, policy] = list.policy_list[i];
+      qcmap_msgr_wwan_statistics_type_v01 counters{};
+      EXPECT_TRUE(reader.SetWWANProfileHandlePreference(handle, kAnything));
+      EXPECT_TRUE(reader.GetWWANStatistics(kFamily4, &counters, kAnything));
+      model << "handle " << handle << ": IPv4 number " << int{policy.v4_profile_id[0]} << ", "
+            << counters.bytes[0] << " bytes\n";
+    }
+    return model.str();
+  }
+
+ private:
+  void TestBody() override {}
+
+  std::unique_ptr<QCMAP_Client> client_;
+};
+
+TEST(Late, RequestTakesNoEffectAfterItsCallerGaveUp) {
+  const std::string unchanged = PreparedServer().Model();
+  const struct {
+    const char* fault;
+    /// How many of the requests have changed the model in the end.
+    int changes;
+  } rows[] = {{"late", 0}, {"late-reply", 18}};
+  for (const auto& row : rows) {
+    struct Round {
+      const Request& request;
+      std::unique_ptr<PreparedServer> server;
+      qmi_error_type_v01 error;
+      std::future<bool> granted;
+    };
+    std::vector<Round> rounds;
+    for (const Request& request : kEveryRequest)
+      rounds.push_back({request, std::make_unique<PreparedServer>(), {}, {}});
+    for (Round& round : rounds) {
+      round.server->Control(std::string(row.fault) + " " + round.request.name + " " +
+                            std::to_string(kHeld.count()) + " 1");
+      round.granted = std::async(std::launch::async, [&round] {
+        return round.request.send(round.server->client(), &round.error);
+      });
+    }
+    int changes = 0;
+    for (Round& round : rounds) {
+      SCOPED_TRACE(std::string(row.fault) + " " + round.request.name);
+      EXPECT_FALSE(round.granted.get());
+      EXPECT_EQ(round.error, QMI_ERR_INTERNAL_V01);
+      QCMAP_Client& client = round.server->client();
+      // It is answered when the server is done with the request before it.
+      EXPECT_TRUE(Eventually([&] { return client.GetMobileAPStatus(kAnything, kAnything); }));
+      const std::string model = round.server->Model();
+      changes += model != unchanged;
+      if (row.changes == 0) {
+        EXPECT_EQ(model, unchanged);
+      }
+      if (client.SetAutoconnect(1, &round.error)) {
+        EXPECT_NE(round.server->Model().find("handle 102, autoconnect on"), std::string::npos);
+      } else {
+        EXPECT_EQ(model.find("handle 102"), std::string::npos) << "the profile was deleted";
+      }
+    }
+    EXPECT_EQ(changes, row.changes) << row.fault;
+  }
+}
+
+using Opening = SimulatedServer;
+
+TEST_F(Opening, HasNoEffectOnceItWasGivenUp) {
+  Start();
+  // When each of the two connections takes 200 ms, the second one is opened after the limit.
+  for (const char* fault : {"hang OpenSession", "late OpenSession 400", "late OpenSession 200",
+                            "late-reply OpenSession 200"}) {
+    SCOPED_TRACE(fault);
+    Control(fault);
+    ::setenv("QCMAP_TIMEOUT_MS", "300", 1);
+    QCMAP_Client client(nullptr);
+    ::unsetenv("QCMAP_TIMEOUT_MS");
+    Control("heal");
+    for (const Request& request : kEveryRequest)
+      EXPECT_FALSE(request.send(client, kAnything)) << request.name;
+    EXPECT_NE(Control("show").find("mobile ap off"), std::string::npos);
+  }
+  EXPECT_TRUE(QCMAP_Client(nullptr).EnableMobileAP(kAnything));
+}
+
+}  // namespace
