@@ -74,7 +74,7 @@ TEST_F(Fault, HangingServerCostsNoMoreThanTheLimitAndIsUsableAfterwards) {
 
 TEST_F(Fault, RequestOfAClientThatIsGoneIsNotCarriedOut) {
   Start({"--console"});
-  const int leaving = RawSocket(path_, false);
+  const int leaving = RawSocket(path_);
   Send(leaving, OpenSession());
   EXPECT_FALSE(Receive(leaving).empty());
   server_->Signal(SIGSTOP);
@@ -121,7 +121,7 @@ TEST_F(Fault, MalformedRequestsHarmNobodyElse) {
       {"is longer than any request", open, connect + std::string(5000, '\1'),
        Outcome::CONNECTION_ENDS}};
   for (const auto& row : rows) {
-    const int fd = RawSocket(path_, false);
+    const int fd = RawSocket(path_);
     if (!row.opening.empty()) {
       Send(fd, row.opening);
       EXPECT_FALSE(Receive(fd).empty()) << "the session of the request that " << row.what;
@@ -137,41 +137,6 @@ TEST_F(Fault, MalformedRequestsHarmNobodyElse) {
   }
   EXPECT_TRUE(honest.GetMobileAPStatus(kAnything, nullptr));
   EXPECT_TRUE(Eventually([&] { return descriptors() == before; }));
-}
-
-TEST_F(Fault, ReplyOfAnotherSizeOrToAnotherRequestIsRefused) {
-  constexpr size_t kSize = sizeof(qcmap_msgr_lan_config_v01);
-  const struct {
-    const char* what;
-    uint32_t id;
-    size_t size;
-    bool is_granted;
-  } replies[] = {{"empty", sim::message::GetLANConfig::kId, 0, false},
-                 {"too short", sim::message::GetLANConfig::kId, kSize - 1, false},
-                 {"whole", sim::message::GetLANConfig::kId, kSize, true},
-                 {"too long", sim::message::GetLANConfig::kId, kSize + 1, false},
-                 {"to another request", sim::message::GetRoaming::kId, kSize, false}};
-  std::filesystem::create_directory(directory_ + "/made");
-  const int listening = RawSocket(path_, true);
-  const std::string ticket("\5\0\0\0\0\0\0\0\0\0\0", sizeof(sim::SessionTicket));
-  const auto server = std::async(std::launch::async, [&] {
-    int fds[2];
-    for (uint32_t i = 0; i < 2; ++i) {
-      fds[i] = ::accept(listening, nullptr, nullptr);
-      Receive(fds[i]);
-      Send(fds[i], sim::MakeDatagram(sim::message::OpenSession::kId, 1 + i, 0, ticket));
-    }
-    for (const auto& reply : replies) {
-      const std::string request = Receive(fds[0]);
-      std::string answer = sim::MakeDatagram(reply.id, 0, 0, std::string(reply.size, '\1'));
-      Send(fds[0], answer.replace(4, 4, request, 4, 4));  // the transaction number
-    }
-    for (const int fd : fds) ::close(fd);
-  });
-  QCMAP_Client client(nullptr);
-  for (const auto& reply : replies)
-    EXPECT_EQ(client.GetLANConfig(kAnything, nullptr), reply.is_granted) << reply.what;
-  ::close(listening);
 }
 
 }  // namespace

@@ -41,7 +41,7 @@ TEST_F(Limits, PlacesOfClientsThatDoNotOpenTheirSessionAreFreeInTime) {
   const auto start = steady_clock::now();
   std::vector<int> peers;
   while (peers.size() < kPlaces) {
-    peers.push_back(RawSocket(path_, false));
+    peers.push_back(RawSocket(path_));
     if (peers.size() % 2 == 0) OpenHalf(peers.back());
   }
   EXPECT_EQ(QCMAP_Client(nullptr).mobile_ap_handle, 0u) << "refused, since there are too many";
@@ -57,11 +57,11 @@ TEST_F(Limits, PlaceOfAClientThatIsGoneIsFreeAtOnce) {
   const auto before = Descriptors();
   std::vector<int> peers;
   while (peers.size() < kPlaces - 1) {
-    peers.push_back(RawSocket(path_, false));
+    peers.push_back(RawSocket(path_));
     const auto ticket = OpenHalf(peers.back());
     Send(peers.back(), sim::MakeDatagram(sim::message::ActivateLAN::kId, 2, 0, ""));
     if (peers.size() % 3 == 0) continue;  // a client that never gets its second connection
-    peers.push_back(RawSocket(path_, false));
+    peers.push_back(RawSocket(path_));
     Send(peers.back(), OpenSession(ticket));
     EXPECT_FALSE(Receive(peers.back()).empty());
   }
@@ -73,10 +73,10 @@ TEST_F(Limits, PlaceOfAClientThatIsGoneIsFreeAtOnce) {
 
 TEST_F(Limits, GuessedTicketHarmsOnlyTheGuesser) {
   Start();
-  const int requests = RawSocket(path_, false), indications = RawSocket(path_, false);
+  const int requests = RawSocket(path_), indications = RawSocket(path_);
   const auto ticket = OpenHalf(requests);
   for (uint32_t bit = 1; bit != 0; bit <<= 1) {
-    const int guesser = RawSocket(path_, false);
+    const int guesser = RawSocket(path_);
     Send(guesser, OpenSession({ticket.handle, {ticket.key[0] ^ bit, ticket.key[1]}}));
     EXPECT_TRUE(Receive(guesser).empty());
     ::close(guesser);
@@ -127,9 +127,9 @@ TEST_F(Limits, DeafClientsCostLittleMemoryAndNobodyElseWaits) {
   const size_t kilobytes = Kilobytes();
   std::vector<int> deaf;
   while (deaf.size() < 2 * kDeaf) {
-    deaf.push_back(RawSocket(path_, false));
+    deaf.push_back(RawSocket(path_));
     const auto ticket = OpenHalf(deaf.back());
-    deaf.push_back(RawSocket(path_, false));
+    deaf.push_back(RawSocket(path_));
     Send(deaf.back(), OpenSession(ticket));
   }
   QCMAP_Client honest(Count);

@@ -11,16 +11,15 @@
 #include "process.h"
 #include "protocol/messages.h"
 
-/// A socket at `path`, connected or listening.
-inline int RawSocket(const std::string& path, bool listens) {
+/// A socket that is connected to the one at `path`.
+inline int RawSocket(const std::string& path) {
   sockaddr_un address{AF_UNIX, {}};
   path.copy(address.sun_path, sizeof address.sun_path - 1);
   const int fd = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
   const timeval patience{kPatience.count(), 0};
   ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
   const auto* const where = reinterpret_cast<sockaddr*>(&address);
-  const int result = listens ? ::bind(fd, where, sizeof address) | ::listen(fd, 8)
-                             : ::connect(fd, where, sizeof address);
+  const int result = ::connect(fd, where, sizeof address);
   EXPECT_EQ(result, 0) << path;
   return fd;
 }

@@ -58,7 +58,7 @@ class SimulatedServer : public testing::Test {
   /// Sends a command to the server's control socket and returns the answer, which must be of this
   /// kind.
   std::string Control(const std::string& command, char kind = sim::kTookEffect) const {
-    const int fd = RawSocket(sim::ControlPath(path_), false);
+    const int fd = RawSocket(sim::ControlPath(path_));
     Send(fd, command);
     std::string answer, part;
     do {
