@@ -25,6 +25,9 @@ inline auto ValuesOf(const PolicyUpdate& update) {
 inline auto ValuesOf(const WwanStatus& status) {
   return std::tie(status.v4, status.v6);
 }
+inline auto ValuesOf(const qcmap_msgr_pdn_to_vlan_mapping_v01& mapping) {
+  return std::tie(mapping.vlan_id, mapping.profile_handle);
+}
 inline auto ValuesOf(const Passthrough& passthrough) {
   return std::tie(passthrough.mode, passthrough.config);
 }

@@ -47,14 +47,20 @@ const Commands::Command Commands::kCommands[] = {
     {"advance", "DURATION", &Commands::Advance},
     {"sleep", "MILLISECONDS", &Commands::Sleep},
     {"echo", "WORDS", &Commands::Echo},
-    {"show", "", &Commands::Show},
+    {"show", "[--json]", &Commands::Show},
     {"quit", "", &Commands::Quit},
     {"help", "", &Commands::Help},
 };
 
 CommandResult Commands::Run(const std::string& line) {
-  Words words(line);
+  const Words words(line);
   if (!words.HasMore() || line[line.find_first_not_of(" \t")] == '#') return {};
+  CommandResult result = Execute(words);
+  record_.Command(line, result.error);
+  return result;
+}
+
+CommandResult Commands::Execute(Words words) {
   std::vector<std::string> names;
   for (const Command& command : kCommands) names.emplace_back(command.name);
   std::string hint = "try help";
@@ -191,8 +197,9 @@ CommandResult Commands::Echo(Words words) {
 }
 
 CommandResult Commands::Show(Words words) {
+  const bool json = words.HasMore() && words.OneOf("option", {"--json"}) == 0;
   words.End();
-  return {{}, ModelAsText(model_)};
+  return {{}, json ? ModelAsJson(model_) : ModelAsText(model_)};
 }
 
 CommandResult Commands::Quit(Words words) {

@@ -25,7 +25,8 @@ struct CommandResult {
 /// Carries out commands, wherever they come from.
 class Commands {
  public:
-  Commands(Model& model, Faults& faults, Hub& hub) : model_(model), faults_(faults), hub_(hub) {}
+  Commands(Model& model, Faults& faults, Hub& hub, Record& record)
+      : model_(model), faults_(faults), hub_(hub), record_(record) {}
 
   /// Carries out one line. An empty line and a comment, which begins with #, do nothing.
   CommandResult Run(const std::string& line);
@@ -36,6 +37,7 @@ class Commands {
   struct Command;
   static const Command kCommands[];
 
+  CommandResult Execute(Words words);
   CommandResult AddFault(const std::string& kind, Words words);
   CommandResult Heal(Words words);
   CommandResult Drop(Words words);
@@ -57,6 +59,7 @@ class Commands {
   Model& model_;
   Faults& faults_;
   Hub& hub_;
+  Record& record_;
 };
 
 }  // namespace sim

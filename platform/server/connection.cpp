@@ -51,6 +51,7 @@ void Connection::Close() noexcept {
   if (!IsOpen()) return;
   asio::error_code ignored;
   socket_.close(ignored);
+  if (gets_indications_) hub_.record_.Session(peer_, "closed");
   limit_ = held_until_ = kNever;
   hub_.OnClose(client_.get());
 }
@@ -76,6 +77,7 @@ void Connection::OnTime(Clock::time_point now) noexcept {
 }
 
 void Connection::Begin() {
+  if (hub_.record_.IsOn()) peer_ = PeerOf(socket_.native_handle());
   SetTimeLimit("a client sent nothing");
   // A client that has gone is noticed at once, even while nothing is received from it.
   Await(asio::socket_base::wait_error, &Connection::Close);
@@ -97,6 +99,10 @@ void Connection::Receive() {
 void Connection::OnDatagram(const Datagram& datagram) {
   if (is_second_) return CloseBecause("a client sent a request on its connection for indications");
   faults_ = hub_.faults_.TakeForRequest(datagram.header.id);
+  if (hub_.record_.IsOn()) {
+    hub_.record_.Request(peer_, datagram);
+    hub_.record_.FaultsOf(peer_, datagram.header.id, faults_);
+  }
   if (faults_[kHang] != 0) return AwaitRequest();
   if (faults_[kDie] == kBefore) ::raise(SIGKILL);
   Hold(faults_[kLate], &Connection::Answer);
@@ -129,6 +135,7 @@ std::string Connection::Open(const Datagram& datagram) {
     is_second_ = true;
     limit_ = kNever;
   }
+  peer_.handle = client_->ticket.handle;
   return MakeDatagram(datagram.header.id, datagram.header.transaction, QMI_ERR_NONE_V01,
                       {reinterpret_cast<const char*>(&client_->ticket), sizeof ticket});
 }
@@ -141,25 +148,32 @@ void Connection::Answer() {
   }
   if (client_ != nullptr && client_->has_both_connections) limit_ = kNever;
   const auto datagram = ParseDatagram(received_.data(), received_size_);
-  if (IsGivenUp(datagram->header, ready)) return AwaitRequest();
+  if (IsGivenUp(datagram->header, ready)) {
+    hub_.record_.GivenUp(peer_, datagram->header.id);
+    return AwaitRequest();
+  }
   const auto error = static_cast<Error>(faults_[kFail]);
-  const bool is_open = client_ != nullptr || error != kGranted;
-  reply_ = is_open
-               ? AnswerRequest(*hub_.model_, client_ ? client_->ticket.handle : 0, *datagram, error)
-               : Open(*datagram);
-  if (!IsOpen()) return;
+  if (client_ == nullptr && error == kGranted) {
+    reply_ = Open(*datagram);
+    if (!IsOpen()) return;
+  } else {
+    const uint32_t handle = client_ != nullptr ? client_->ticket.handle : 0;
+    reply_ = AnswerRequest(*hub_.model_, handle, *datagram, error);
+  }
   if (faults_[kDie] == kAfter) ::raise(SIGKILL);
-  if (faults_[kGarble] != 0 || faults_[kTruncate] != 0) Spoil(reply_, faults_);
   Hold(faults_[kLateReply], &Connection::Reply);
 }
 
 void Connection::Reply() {
+  if (hub_.record_.IsOn()) hub_.record_.Reply(peer_, reply_);
+  if (faults_[kGarble] != 0 || faults_[kTruncate] != 0) Spoil(reply_, faults_);
   if (Send(reply_) < 0) return Close();
   if (faults_[kRepeat] != 0) Send(reply_);
   reply_ = std::string();
   if (is_second_) {
     gets_indications_ = true;
     position_ = hub_.log_.end();
+    hub_.record_.Session(peer_, "opened");
   }
   AwaitRequest();
 }
@@ -182,6 +196,7 @@ void Connection::FlushIndications() {
         awaits_room_ = true;
         return;
       }
+      if (hub_.record_.IsOn()) hub_.record_.Indication(peer_, entry);
     }
     position_ = next;
   }

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "server/hub.h"
+#include "server/record.h"
 
 namespace sim {
 
@@ -66,6 +67,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   std::shared_ptr<ClientState> client_;
   std::array<unsigned char, 512> received_;
   size_t received_size_ = 0;
+  /// Known only while everything is recorded.
+  Peer peer_;
   Befalling faults_{};
   std::string reply_;
   Clock::time_point held_until_ = kNever;

@@ -45,6 +45,10 @@ uint64_t ReadArgument(FaultKind kind, Words& words) {
 
 }  // namespace
 
+const char* NameOfFault(FaultKind kind) {
+  return kKinds[kind].name;
+}
+
 void Faults::Add(const std::string& kind, Words words) {
   const auto is_named = [&](const Kind& known) { return kind == known.name; };
   const auto* const found = std::find_if(std::begin(kKinds), std::end(kKinds), is_named);

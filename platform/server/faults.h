@@ -45,6 +45,8 @@ enum Death : uint64_t { kBefore = 1, kAfter };
 /// such fault.
 using Befalling = std::array<uint64_t, kFaultKinds>;
 
+const char* NameOfFault(FaultKind kind);
+
 /// The faults that have been asked for.
 class Faults {
  public:

@@ -16,8 +16,9 @@ constexpr char kMalformed[] = {kMobileApHandleElement, 4, 0, 0, 0};
 
 }  // namespace
 
-Hub::Hub(asio::io_context& io, Faults& faults, Complaints& complaints)
+Hub::Hub(asio::io_context& io, Faults& faults, Record& record, Complaints& complaints)
     : faults_(faults),
+      record_(record),
       complaints_(complaints),
       acceptor_(io, complaints, [this](Protocol::socket socket) { AddClient(std::move(socket)); }),
       alarm_(io, [this] { OnTime(); }) {
@@ -80,6 +81,7 @@ void Hub::OnClose(const ClientState* client) noexcept {
 void Hub::Indicate(uint32_t receiver, const Indication& indication) noexcept {
   if (faults_.AreNone()) return Add({receiver, indication});
   const Befalling faults = faults_.TakeForIndication(indication.id);
+  record_.FaultsOf(static_cast<seam::IndicationId>(indication.id), faults);
   IndicationLog::Entry entry{receiver, indication};
   if (faults[kMisdirect] != 0) entry.indication.mobile_ap_handle = kForeignHandle;
   if (faults[kMalform] != 0) {

@@ -9,6 +9,7 @@
 #include "server/client_state.h"
 #include "server/faults.h"
 #include "server/indication_log.h"
+#include "server/record.h"
 #include "server/requests.h"
 
 namespace sim {
@@ -19,7 +20,7 @@ class Connection;
 /// ends both.
 class Hub : public Activity {
  public:
-  Hub(asio::io_context& io, Faults& faults, Complaints& complaints);
+  Hub(asio::io_context& io, Faults& faults, Record& record, Complaints& complaints);
   ~Hub();
   Hub(const Hub&) = delete;
   Hub& operator=(const Hub&) = delete;
@@ -55,6 +56,7 @@ class Hub : public Activity {
   void OnClose(const ClientState* client) noexcept;
 
   Faults& faults_;
+  Record& record_;
   Complaints& complaints_;
   Model* model_ = nullptr;
   Acceptor acceptor_;

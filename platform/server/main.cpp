@@ -27,7 +27,7 @@ struct Options {
   std::string socket = sim::DefaultSocketPath();
   int64_t call_time_ms = 200, latency_ms = 0, profiles = 3, traffic = 10000, jitter_ms = 0;
   uint64_t seed = 1;
-  std::string network = "on", clock = "real", scenario;
+  std::string network = "on", clock = "real", scenario, log;
   std::vector<std::string> failures;
   bool console = false;
 };
@@ -74,6 +74,10 @@ void Declare(CLI::App& app, Options& options) {
                  "ERROR is 3 by default. Without COUNT the request is always refused. May be "
                  "repeated")
       ->allow_extra_args(false);
+  app.add_option(
+      "--log", options.log,
+      "Record everything that happens in this file: a JSON object on each line, with the "
+      "names of the command show --json");
   app.add_flag("--console", options.console,
                "Read commands from standard input; the command help lists them");
   app.add_option(
@@ -178,13 +182,15 @@ int Run(int argc, char** argv) {
   asio::io_context io(1);
   Streams streams(io);
   sim::Faults faults;
-  sim::Hub hub(io, faults, streams.about_clients);
+  sim::Record record(streams.errors);
+  sim::Hub hub(io, faults, record, streams.about_clients);
   sim::Model model{sim::Modem(io, Settings(options),
                               [&hub](uint32_t receiver, const sim::Indication& indication) {
                                 hub.Indicate(receiver, indication);
                               }),
                    {}};
-  sim::Commands commands(model, faults, hub);
+  if (!options.log.empty()) record.Open(options.log, model.modem.timeline());
+  sim::Commands commands(model, faults, hub, record);
   try {
     RunCommandsOf(options, commands);
     Serve(options, io, streams, model, hub, commands);
@@ -208,7 +214,8 @@ void OpenStandardStreams() {
 
 int main(int argc, char** argv) {
   OpenStandardStreams();
-  ::signal(SIGPIPE, SIG_IGN);  // the server must survive when the reader of its output exits
+  // The server must survive when the reader of its output exits, and when its log is too large.
+  for (const int signal : {SIGPIPE, SIGXFSZ}) ::signal(signal, SIG_IGN);
   try {
     return Run(argc, argv);
   } catch (const std::exception& error) {

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <sstream>
 
+#include "records/printer.h"
 #include "server/printable.h"
 
 namespace sim {
@@ -19,7 +20,54 @@ std::string Hex(uint32_t address) {
   return text;
 }
 
+using seam::Printer;
+
+void PutFamily(Printer& printer, std::string& line, const Modem& modem, const Profile& profile,
+               FamilyIndex family) {
+  line += family == kIpv4 ? ",\"ipv4\":{" : ",\"ipv6\":{";
+  printer.Member("enabled", profile.families[family].enabled);
+  printer.Member("status", profile.Status(family));
+  const auto bytes = modem.Count(profile.families[family]);
+  printer.Member("received_bytes", bytes[0]);
+  printer.Member("sent_bytes", bytes[1]);
+  line += '}';
+}
+
+template <typename Entry>
+seam::Entries<const Entry> EntriesOf(const std::vector<Entry>& entries) {
+  return {entries.data(), entries.size()};
+}
+
 }  // namespace
+
+std::string ModelAsJson(Model& model) {
+  std::string line = "{";
+  Printer printer(line);
+  const Modem& modem = model.modem;
+  printer.Member("mobile_ap", modem.mobile_ap_enabled());
+  printer.Member("network", modem.network());
+  printer.Member("roaming", modem.roaming());
+  line += ",\"profiles\":[";
+  for (const Profile& profile : model.modem.profiles()) {
+    line += line.back() == '[' ? "{" : ",{";
+    printer.Member("handle", profile.handle);
+    printer.Member("policy", profile.policy);
+    printer.Member("autoconnect", profile.autoconnect);
+    printer.Member("roaming", profile.roaming);
+    for (const FamilyIndex family : kFamilies) PutFamily(printer, line, modem, profile, family);
+    line += '}';
+  }
+  line += ']';
+  const Lan& lan = model.lan;
+  printer.Member("lan", lan.config);
+  printer.Member("lan_active", lan.active);
+  printer.Member("vlans", EntriesOf(lan.vlans));
+  printer.Member("mappings", EntriesOf(lan.mappings));
+  line += ",\"passthrough\":{";
+  printer.Member("mode", lan.passthrough.mode);
+  printer.Member("config", lan.passthrough.config);
+  return line + "}}\n";
+}
 
 std::string ModelAsText(Model& model) {
   std::ostringstream out;

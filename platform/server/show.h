@@ -8,5 +8,7 @@
 namespace sim {
 
 std::string ModelAsText(Model& model);
+/// One object on one line.
+std::string ModelAsJson(Model& model);
 
 }  // namespace sim

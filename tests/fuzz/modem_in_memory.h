@@ -19,7 +19,7 @@ struct ModemInMemory {
                            EmptyHub().Indicate(receiver, indication);
                          }),
               {}},
-        commands(model, faults, EmptyHub()) {}
+        commands(model, faults, EmptyHub(), NoRecord()) {}
   /// Ends all calls while what they refer to still exists.
   // NOLINTNEXTLINE(bugprone-exception-escape): an exception ends the fuzzer, which is then right.
   ~ModemInMemory() {
@@ -43,8 +43,13 @@ struct ModemInMemory {
     static sim::Output errors(Io(), STDERR_FILENO);
     static sim::Complaints complaints(Io(), errors, "fuzz");
     static sim::Faults none;
-    static sim::Hub hub(Io(), none, complaints);
+    static sim::Hub hub(Io(), none, NoRecord(), complaints);
     return hub;
+  }
+  static sim::Record& NoRecord() {
+    static sim::Output errors(Io(), STDERR_FILENO);
+    static sim::Record record(errors);
+    return record;
   }
 
   sim::Model model;

@@ -1,0 +1,134 @@
+/// The server as authors of tests use it: its record, time that they control, and many that
+/// control.
+#include <fstream>
+#include <regex>
+#include <set>
+#include <sstream>
+
+#include "simulated_server.h"
+
+namespace {
+
+class Lab : public SimulatedServer {
+ protected:
+  /// What has been recorded, without what differs from run to run.
+  std::string Log() const {
+    std::ostringstream text;
+    text << std::ifstream(log_).rdbuf();
+    return std::regex_replace(text.str(), std::regex("\"(monotonic_us|pid)\":[0-9]+,"), "");
+  }
+  /// Each state of a call in the record, with its time in milliseconds.
+  std::string States() const {
+    const std::string log = Log();
+    const std::regex pattern(
+        R"re("model_us":(\d+),"event":"indication".*WWAN_STATUS_IND.*"conn_status":"(\w+)")re");
+    std::string states;
+    for (std::sregex_iterator state(log.begin(), log.end(), pattern), end; state != end; ++state)
+      states += std::to_string(std::stoul((*state)[1]) / 1000) + state->format(" $2\n");
+    return states;
+  }
+  /// Starts a server whose time stands still, and has it connect profile 1 by itself.
+  std::unique_ptr<QCMAP_Client> StartAtRest(std::vector<std::string> options) {
+    options.insert(options.end(), {"--clock", "manual", "--log", log_});
+    Start(options);
+    auto client = std::make_unique<QCMAP_Client>([](auto...) {});
+    EXPECT_TRUE(client->EnableMobileAP(nullptr));
+    EXPECT_TRUE(client->SetWWANProfileHandlePreference(102, nullptr));
+    EXPECT_TRUE(client->DisableIPV6(nullptr));
+    EXPECT_TRUE(client->SetAutoconnect(1, nullptr));
+    return client;
+  }
+
+  const std::string log_ = directory_ + "/log";
+};
+
+TEST_F(Lab, EventsHappenInOrderEachAtItsOwnTime) {
+  const auto client = StartAtRest({"--call-time", "400"});
+  for (const char* command : {"fail-call 1 4 2", "advance 10s", "drop 1", "advance 300ms"})
+    Control(command);
+  EXPECT_EQ(States(),
+            "0 CONNECTING\n400 CONNECTING_FAIL\n1400 CONNECTING\n1800 CONNECTING_FAIL\n"
+            "2800 CONNECTING\n3200 CONNECTED\n10000 DISCONNECTED\n10000 CONNECTING\n");
+}
+
+TEST_F(Lab, DayIsTheSameEveryTimeAndTakesSeconds) {
+  std::set<size_t> days;
+  for (int run = 0; run < 10; ++run) {
+    const auto start = std::chrono::steady_clock::now();
+    auto client = StartAtRest({"--seed", "7", "--jitter", "9000", "--traffic", "100000"});
+    for (int hour = 0; hour < 24; ++hour) {
+      for (const char* command :
+           {"advance 40min", "drop 1", "fail-call 1 4 3", "advance 5min", "drop 1", "advance 5min",
+            "roaming on", "drop 1 4", "advance 4min", "roaming off", "advance 1min", "network off",
+            "advance 5min", "network on"})
+        Control(command);
+    }
+    const std::string model = Control("show --json");
+    EXPECT_TRUE(std::regex_search(model, std::regex("\"received_bytes\":7[0-9]{9},"))) << model;
+    client.reset();
+    EXPECT_TRUE(Eventually([&] { return Log().find("\"closed\"") != std::string::npos; }));
+    days.insert(std::hash<std::string>()(Log()));
+    EXPECT_LE(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+    server_.reset();
+  }
+  EXPECT_EQ(days.size(), 1u) << Log();
+}
+
+TEST_F(Lab, RecordIsWholeWhenTheServerIsKilled) {
+  Start({"--log", log_});
+  QCMAP_Client client(nullptr);
+  Control("die SetLANConfig after");
+  EXPECT_FALSE(client.SetLANConfig({0x0A000001, 0xFFFFFF00, 0, 0, 0, 60}, nullptr));
+  const std::string log = Log();
+  const size_t tail = log.rfind("\"event\":\"request\"");
+  ASSERT_NE(tail, std::string::npos) << log;
+  EXPECT_NE(log.find(R"("handle":5001},"name":"SetLANConfig")", tail), std::string::npos) << log;
+  EXPECT_NE(log.find(R"("gw_ip":"10.0.0.1","netmask":"255.255.255.0")", tail), std::string::npos);
+  EXPECT_NE(log.find("\"fault\":\"die\",\"argument\":2}\n", tail), std::string::npos) << log;
+  ExpectEnd({"--log", "/dev/full"}, 1, "not a regular file");
+}
+
+TEST_F(Lab, FullDiskIsReportedOnceAndStopsNothing) {
+  server_ = std::make_unique<Process>(
+      "/bin/sh", std::vector<std::string>{
+                     "sh", "-c", "ulimit -f 2; exec " MVQ_QCMAP_SERVER " --log \"$0\"", log_});
+  ASSERT_TRUE(server_->WaitForOutput("listening on"));
+  for (int i = 0; i < 20; ++i) Control("echo " + std::string(100, 'x'));
+  EXPECT_TRUE(server_->WaitForOutput("log: File too large, lines are left out\n"));
+  const std::string log = Log();
+  EXPECT_EQ(log.substr(log.size() - 2), "}\n") << "whole lines";
+  Control("quit");
+  EXPECT_EQ(server_->Wait(), 0);
+  EXPECT_EQ(server_->output().find("log: "), server_->output().rfind("log: ")) << "once";
+}
+
+TEST_F(Lab, ManyThatControlDisturbNobody) {
+  Start();
+  std::vector<int> deaf;
+  for (int i = 0; i < 64; ++i) {
+    deaf.push_back(RawSocket(sim::ControlPath(path_)));
+    const std::string garbage(i % 2 == 0 ? 4096 : 8000, static_cast<char>(i));
+    while (::send(deaf.back(), garbage.data(), garbage.size(), MSG_DONTWAIT) > 0) continue;
+  }
+  QCMAP_Client client(nullptr);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_TRUE(client.ActivateLAN(nullptr));
+  EXPECT_EQ(Control("echo done"), "done\n");
+  EXPECT_LE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
+  for (const int fd : deaf) ::close(fd);
+}
+
+TEST_F(Lab, AnotherUserControlsNothing) {
+  Start();
+  ::chmod(directory_.c_str(), 0755);
+  ::chmod((directory_ + "/made").c_str(), 0755);
+  ::chmod(sim::ControlPath(path_).c_str(), 0666);
+  if (::seteuid(65534) != 0) GTEST_SKIP() << "only root can be another user";
+  const int fd = RawSocket(sim::ControlPath(path_));
+  EXPECT_EQ(Receive(fd), "") << "closed";
+  ::close(fd);
+  ASSERT_EQ(::seteuid(0), 0);
+  EXPECT_TRUE(server_->WaitForOutput("another user's connection refused"));
+}
+
+}  // namespace
