@@ -53,9 +53,13 @@ places() {
 ./include/mox/wwan/data_manager.h
 ./include/mox/wwan/mobileap_manager.h
 ./include/mox/wwan/tech.h
-./lib/cmake/mvq_qcmap/mvq_qcmap-config-relwithdebinfo.cmake
 ./lib/cmake/mvq_qcmap/mvq_qcmap-config-version.cmake
 ./lib/cmake/mvq_qcmap/mvq_qcmap-config.cmake
+./lib/cmake/mvq_qcmap/mvq_qcmap-sim-targets-relwithdebinfo.cmake
+./lib/cmake/mvq_qcmap/mvq_qcmap-sim-targets.cmake
+./lib/cmake/mvq_qcmap/mvq_qcmap-sim.cmake
+./lib/cmake/mvq_qcmap/mvq_qcmap-targets-relwithdebinfo.cmake
+./lib/cmake/mvq_qcmap/mvq_qcmap-targets.cmake
 ./lib/libmutil.so
 ./lib/libmutil.so.0
 ./lib/libmvq_qcmap.so
@@ -107,6 +111,17 @@ find_package() {
   ! cmake -S "$source/tests/install/consumer" -B "$work/other" -DCMAKE_PREFIX_PATH="$prefix" \
     -DPROGRAM="$program" -DWANTED=0.0.1 >"$work/log" 2>&1 ||
     fail "a program that wants version 0.0.1 gets $version"
+}
+
+# The sessions of docs/testing.md, one after the other, in one shell.
+testing() {
+  ln -s "$prefix" "$work/qcmap"
+  awk '/^```/ { inside = !inside; shown = inside && $0 == "```"; next } shown' "$source/docs/testing.md" \
+    >"$work/page"
+  sed -n 's/^[$>] //p' "$work/page" >"$work/script"
+  (cd "$source" && HOME=$work PATH=$prefix/bin:$PATH bash "$work/script" >"$work/log" 2>&1) ||
+    { cat "$work/log"; fail "docs/testing.md: a command fails"; }
+  diff <(grep -v '^[$>] ' "$work/page") "$work/log"
 }
 
 # Without the server and the tools, as a subproject has it by default.

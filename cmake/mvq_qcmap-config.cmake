@@ -1,0 +1,12 @@
+# The component sim brings the simulated server and mvq_qcmap_add_test, where they are installed.
+include("${CMAKE_CURRENT_LIST_DIR}/mvq_qcmap-targets.cmake")
+foreach(component IN LISTS mvq_qcmap_FIND_COMPONENTS)
+  if(component STREQUAL "sim" AND EXISTS "${CMAKE_CURRENT_LIST_DIR}/mvq_qcmap-sim.cmake")
+    include("${CMAKE_CURRENT_LIST_DIR}/mvq_qcmap-sim-targets.cmake")
+    include("${CMAKE_CURRENT_LIST_DIR}/mvq_qcmap-sim.cmake")
+    set(mvq_qcmap_sim_FOUND TRUE)
+  elseif(mvq_qcmap_FIND_REQUIRED_${component})
+    set(mvq_qcmap_FOUND FALSE)
+    set(mvq_qcmap_NOT_FOUND_MESSAGE "the component '${component}' is not installed")
+  endif()
+endforeach()
