@@ -26,8 +26,7 @@ void Acceptor::Listen(int listening_fd) {
   acceptor_.non_blocking(true);
 }
 
-void Acceptor::Arm() {
-  if (accepting_) return;
+void Acceptor::Await() {
   const bool pauses = Clock::now() < again_at_;
   again_.Set(pauses ? again_at_ : kNever);
   if (pauses) return;

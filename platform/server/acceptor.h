@@ -22,9 +22,12 @@ class Acceptor : public Activity {
 
   /// Accepts on `listening_fd`, which it takes over.
   void Listen(int listening_fd);
-  void Arm() override;
+  void Arm() override {
+    if (!accepting_) Await();
+  }
 
  private:
+  void Await();
   void OnPeer();
   void AcceptOne();
 

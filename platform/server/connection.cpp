@@ -98,18 +98,19 @@ void Connection::Receive() {
 
 void Connection::OnDatagram(const Datagram& datagram) {
   if (is_second_) return CloseBecause("a client sent a request on its connection for indications");
-  faults_ = hub_.faults_.TakeForRequest(datagram.header.id);
+  const uint32_t id = datagram.header.id;
+  faults_ = hub_.faults_.TakeForRequest(id);
   if (hub_.record_.IsOn()) {
     hub_.record_.Request(peer_, datagram);
-    hub_.record_.FaultsOf(peer_, datagram.header.id, faults_);
+    if (faults_) hub_.record_.FaultsOf(peer_, id, *faults_);
   }
-  if (faults_[kHang] != 0) return AwaitRequest();
-  if (faults_[kDie] == kBefore) ::raise(SIGKILL);
-  Hold(faults_[kLate], &Connection::Answer);
+  if (FaultOf(kHang) != 0) return AwaitRequest();
+  if (FaultOf(kDie) == kBefore) ::raise(SIGKILL);
+  if (FaultOf(kLate) != 0) return Hold(FaultOf(kLate), &Connection::Answer);
+  Answer();
 }
 
 void Connection::Hold(uint64_t ms, Handler next) {
-  if (ms == 0) return (this->*next)();
   held_ = next;
   held_until_ = Clock::now() + Milliseconds(ms);
   hub_.WakeAt(held_until_);
@@ -152,24 +153,23 @@ void Connection::Answer() {
     hub_.record_.GivenUp(peer_, datagram->header.id);
     return AwaitRequest();
   }
-  const auto error = static_cast<Error>(faults_[kFail]);
-  if (client_ == nullptr && error == kGranted) {
-    reply_ = Open(*datagram);
-    if (!IsOpen()) return;
-  } else {
-    const uint32_t handle = client_ != nullptr ? client_->ticket.handle : 0;
-    reply_ = AnswerRequest(*hub_.model_, handle, *datagram, error);
-  }
-  if (faults_[kDie] == kAfter) ::raise(SIGKILL);
-  Hold(faults_[kLateReply], &Connection::Reply);
+  const auto error = static_cast<Error>(FaultOf(kFail));
+  const uint32_t handle = client_ != nullptr ? client_->ticket.handle : 0;
+  std::string reply = client_ == nullptr && error == kGranted
+                          ? Open(*datagram)
+                          : AnswerRequest(*hub_.model_, handle, *datagram, error);
+  if (!IsOpen()) return;
+  if (FaultOf(kDie) == kAfter) ::raise(SIGKILL);
+  if (FaultOf(kLateReply) == 0) return Reply(std::move(reply));
+  held_reply_ = std::move(reply);
+  Hold(FaultOf(kLateReply), &Connection::ReplyLate);
 }
 
-void Connection::Reply() {
-  if (hub_.record_.IsOn()) hub_.record_.Reply(peer_, reply_);
-  if (faults_[kGarble] != 0 || faults_[kTruncate] != 0) Spoil(reply_, faults_);
-  if (Send(reply_) < 0) return Close();
-  if (faults_[kRepeat] != 0) Send(reply_);
-  reply_ = std::string();
+void Connection::Reply(std::string reply) {
+  if (hub_.record_.IsOn()) hub_.record_.Reply(peer_, reply);
+  if (faults_) Spoil(reply, *faults_);
+  if (Send(reply) < 0) return Close();
+  if (FaultOf(kRepeat) != 0) Send(reply);
   if (is_second_) {
     gets_indications_ = true;
     position_ = hub_.log_.end();

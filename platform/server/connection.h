@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "server/hub.h"
@@ -49,9 +50,12 @@ class Connection : public std::enable_shared_from_this<Connection> {
   std::string Open(const Datagram& datagram);
   /// Carries out the request that was received, once there is room for the reply.
   void Answer();
-  void Reply();
-  /// Goes on with `next`, after this time if it is not 0.
+  void Reply(std::string reply);
+  void ReplyLate() { Reply(std::move(held_reply_)); }
+  /// Goes on with `next` after this time.
   void Hold(uint64_t ms, Handler next);
+  /// The argument of a fault that befalls the request; 0 if it does not.
+  uint64_t FaultOf(FaultKind kind) const { return faults_ ? (*faults_)[kind] : 0; }
   void FlushIndications();
   void OnRoom();
   ssize_t Send(const std::string& datagram);
@@ -69,8 +73,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   size_t received_size_ = 0;
   /// Known only while everything is recorded.
   Peer peer_;
-  Befalling faults_{};
-  std::string reply_;
+  std::optional<Befalling> faults_;
+  std::string held_reply_;
   Clock::time_point held_until_ = kNever;
   Handler held_ = nullptr;
   /// Whether it is a client's second connection.

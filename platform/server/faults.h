@@ -3,6 +3,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -61,10 +62,11 @@ class Faults {
 
   bool AreNone() const { return faults_.empty(); }
   /// The faults that befall a request with this id. Each counts as having happened.
-  Befalling TakeForRequest(uint32_t id) { return AreNone() ? Befalling{} : Take(id, kEachRequest); }
-  Befalling TakeForIndication(uint32_t id) {
-    return AreNone() ? Befalling{} : Take(kIndication | id, kEachIndication);
+  std::optional<Befalling> TakeForRequest(uint32_t id) {
+    if (AreNone()) return std::nullopt;
+    return Take(id, kEachRequest);
   }
+  Befalling TakeForIndication(uint32_t id) { return Take(kIndication | id, kEachIndication); }
 
  private:
   /// The id of a request, or kIndication and the id of an indication.
