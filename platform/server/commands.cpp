@@ -61,8 +61,8 @@ CommandResult Commands::Run(const std::string& line) {
 }
 
 CommandResult Commands::Execute(Words words) {
-  std::vector<std::string> names;
-  for (const Command& command : kCommands) names.emplace_back(command.name);
+  std::vector<const char*> names;
+  for (const Command& command : kCommands) names.push_back(command.name);
   std::string hint = "try help";
   try {
     const Command& command = kCommands[words.OneOf("command", names)];

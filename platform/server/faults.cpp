@@ -75,10 +75,10 @@ void Faults::Heal(Words words) {
 }
 
 Faults::Target Faults::ReadTarget(Words& words, bool requests, bool indications) {
-  std::vector<std::string> names;
+  std::vector<const char*> names;
   std::vector<Target> targets;
   const auto offer = [&](const char* name, Target target) {
-    names.emplace_back(name);
+    names.push_back(name);
     targets.push_back(target);
   };
   if (requests) {

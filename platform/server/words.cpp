@@ -61,10 +61,11 @@ std::chrono::milliseconds Words::Duration() {
   return std::chrono::milliseconds(number.Number(0, kMaxHours * kUnitMs[3] / unit_ms) * unit_ms);
 }
 
-size_t Words::OneOf(const char* what, const std::vector<std::string>& names) {
+size_t Words::OneOf(const char* what, const std::vector<const char*>& known) {
   const std::string word = Next();
-  const auto found = std::find(names.begin(), names.end(), word);
-  if (found != names.end()) return static_cast<size_t>(found - names.begin());
+  const auto found = std::find(known.begin(), known.end(), word);
+  if (found != known.end()) return static_cast<size_t>(found - known.begin());
+  const std::vector<std::string> names(known.begin(), known.end());
   std::string message = std::string("unknown ") + what + " '" + word + "'";
   const std::string nearest = word.size() >= kMinNearBytes && word.size() <= kMaxNearBytes
                                   ? words::NearestWord(word, names)

@@ -31,8 +31,8 @@ class Words {
   uint64_t Number(uint64_t min, uint64_t max);
   /// A number with the unit ms, s, min or h.
   std::chrono::milliseconds Duration();
-  /// The place of the next word in `names`. `what` says what they are.
-  size_t OneOf(const char* what, const std::vector<std::string>& names);
+  /// The place of the next word in `known`. `what` says what they are.
+  size_t OneOf(const char* what, const std::vector<const char*>& known);
   /// How often something is to happen: a number above 0, or kUntilHealed when no word is left.
   uint64_t Times() { return HasMore() ? Number(1, kUntilHealed - 1) : kUntilHealed; }
   bool OnOrOff() { return OneOf("switch", {"off", "on"}) == 1; }

@@ -43,12 +43,16 @@ class Memory : public SimulatedServer {
     failure_->has_happened = false;
     failure_->lasts = lasts;
     failure_->countdown = number;
+    const int control = RawSocket(sim::ControlPath(path_));
+    Send(control, "show");
     server_->Write(
-        "show\nbogus\nfail ActivateLAN:3:1\nindicate 0x25 1\nraw 0x25 00\ntraffic 0 4 1 1\n"
+        "show\nshow --json\nbogus\nfail ActivateLAN:3:1\nlate GetLANConfig 1 1\n"
+        "delay WWAN_STATUS_IND 1 1\nindicate 0x25 1\nraw 0x25 00\ntraffic 0 4 1 1\n"
         "network off\nnetwork on\ndrop 0\nsleep 1\nhelp\n");
     QCMAP_Client client(nullptr);
     for (const Request& request : kEveryRequest) request.send(client, kAnything);
     if (lasts) StopFailing();
+    ::close(control);
     // One of them may be the line that is lost.
     server_->Write("echo done\necho done\n");
     EXPECT_TRUE(server_->WaitForOutput("done\n")) << server_->output();

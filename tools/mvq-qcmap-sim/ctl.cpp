@@ -42,7 +42,7 @@ class ControlSocket {
       const ssize_t size = recv(fd_, part, sizeof part, 0);
       if (size < 0 && errno == EINTR) continue;
       if (size <= 0) Lost();
-      const std::string text(part + 1, static_cast<size_t>(size) - 1);
+      std::string text(part + 1, static_cast<size_t>(size) - 1);
       if (part[0] == sim::kIsWrong) return text;
       std::cout << text << std::flush;
       if (part[0] == sim::kTookEffect) return {};
