@@ -2,6 +2,7 @@
 #include "words/nearest_word.h"
 
 #include <algorithm>
+#include <cctype>
 
 namespace words {
 namespace {
@@ -24,15 +25,22 @@ size_t CountErrors(const std::string& left, const std::string& right) {
   return errors[left.size()][right.size()];
 }
 
+std::string InSmallLetters(std::string word) {
+  for (char& c : word) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+  return word;
+}
+
 }  // namespace
 
 std::string NearestWord(const std::string& word, const std::vector<std::string>& candidates) {
+  const std::string written = InSmallLetters(word);
   std::string nearest;
   // A third of the characters may be wrong, and at least one.
   size_t fewest = std::max<size_t>(1, word.size() / 3) + 1;
   for (const std::string& candidate : candidates) {
-    const bool begun = word.size() >= 2 && candidate.compare(0, word.size(), word) == 0;
-    const size_t errors = begun ? 1 : CountErrors(word, candidate);
+    const std::string known = InSmallLetters(candidate);
+    const bool begun = word.size() >= 2 && known.compare(0, written.size(), written) == 0;
+    const size_t errors = begun ? 1 : CountErrors(written, known);
     if (errors < fewest) {
       fewest = errors;
       nearest = candidate;
