@@ -77,6 +77,7 @@ places() {
 ./share/man/man1/mvq-qcmap-sim.1
 ./share/man/man1/qcmapctl.1
 ./share/man/man3/libmvq_qcmap.3
+./share/qcmapctl/qcmapctl.schema.json
 END
   for program in qcmapctl mvq-qcmap-sim QCMAP_ConnectionManager; do
     [ "$("$prefix/bin/$program" --version)" = "$program $version" ] ||

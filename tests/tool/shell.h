@@ -27,6 +27,7 @@ struct Outcome {
   int status;
   /// Times are replaced by TIME.
   std::string out;
+  /// Wrapped lines are joined again.
   std::string err;
   double seconds;
 };
@@ -54,7 +55,7 @@ inline Outcome Shell(const std::string& script, const std::string& launcher = ""
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
   const Outcome outcome{WIFSIGNALED(status) ? -WTERMSIG(status) : WEXITSTATUS(status),
                         Replace(ReadFile(made + "/out"), "[0-9-]+T[0-9:]+\\.[0-9]{3}Z", "TIME"),
-                        ReadFile(made + "/err"), took.count()};
+                        Replace(ReadFile(made + "/err"), "\n  +", " "), took.count()};
   std::filesystem::remove_all(made);
   return outcome;
 }

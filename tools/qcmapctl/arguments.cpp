@@ -5,6 +5,12 @@
 #include <cctype>
 
 namespace qcmapctl {
+namespace {
+
+constexpr uint32_t kHighestIndex = 999999999;
+constexpr std::chrono::seconds kLongestTime{86400};
+
+}  // namespace
 
 bool IsNumber(const std::string& word) {
   return !word.empty() && std::all_of(word.begin(), word.end(),
@@ -18,74 +24,82 @@ std::optional<uint32_t> ToNumber(const std::string& word, uint32_t highest) {
   return static_cast<uint32_t>(number);
 }
 
-CLI::Option* AddIndex(CLI::App* command, std::optional<uint32_t>& index,
-                      const std::string& description, const std::string& name) {
+CLI::Option* AddArgument(CLI::App* command, const std::string& names, const std::string& shown,
+                         const std::string& description,
+                         std::function<std::string(const std::string&)> set) {
   return command
       ->add_option_function<std::string>(
-          name, [&index](const std::string& word) { index = ToNumber(word, 999999999); },
-          description)
-      ->option_text(" ")
-      ->check([](const std::string& word) {
-        return ToNumber(word, 999999999) ? "" : "'" + word + "' is not a profile index";
-      });
+          names, [](const std::string&) {}, description)
+      ->option_text(shown)
+      ->check([set = std::move(set)](const std::string& word) { return set(word); });
+}
+
+CLI::Option* AddIndex(CLI::App* command, std::optional<uint32_t>& index,
+                      const std::string& description, const std::string& name) {
+  return AddArgument(command, name, " ", description, [&index](const std::string& word) {
+    index = ToNumber(word, kHighestIndex);
+    if (index) return std::string();
+    throw CommandFailed("'" + word + "' is not a profile index",
+                        "give one index, as 'qcmapctl policy list' shows it; each command acts "
+                        "on one profile");
+  });
 }
 
 CLI::Option* AddVlanId(CLI::App* command, int32_t& vlan_id) {
-  return command
-      ->add_option_function<std::string>(
-          "VLAN",
-          [&vlan_id](const std::string& word) {
-            vlan_id = static_cast<int32_t>(*ToNumber(word, 4094));
-          },
-          "VLAN id, 2 to 4094")
-      ->option_text(" ")
-      ->required()
-      ->check([](const std::string& word) {
-        const auto number = ToNumber(word, 4094);
-        return number && *number >= 2 ? "" : "'" + word + "' is not a VLAN id from 2 to 4094";
-      });
+  return AddArgument(command, "VLAN", " ", "VLAN id, 2 to 4094",
+                     [&vlan_id](const std::string& word) {
+                       const auto number = ToNumber(word, 4094);
+                       if (!number || *number < 2)
+                         return "'" + word + "' is not a VLAN id from 2 to 4094";
+                       vlan_id = static_cast<int32_t>(*number);
+                       return std::string();
+                     })
+      ->required();
 }
 
 CLI::Option* AddNumber(CLI::App* command, const std::string& name, std::optional<uint32_t>& value,
                        uint32_t lowest, uint32_t highest, const std::string& description) {
-  return command
-      ->add_option_function<std::string>(
-          name, [&value, highest](const std::string& word) { value = ToNumber(word, highest); },
-          description)
-      ->option_text("N")
-      ->check([lowest, highest](const std::string& word) {
-        const auto number = ToNumber(word, highest);
-        return number && *number >= lowest
-                   ? ""
-                   : "'" + word + "' is not a number from " + std::to_string(lowest) + " to " +
-                         std::to_string(highest);
-      });
+  return AddArgument(command, name, "N", description,
+                     [&value, lowest, highest](const std::string& word) {
+                       value = ToNumber(word, highest);
+                       if (value && *value >= lowest) return std::string();
+                       return "'" + word + "' is not a number from " + std::to_string(lowest) +
+                              " to " + std::to_string(highest);
+                     });
 }
 
-CLI::Option* AddOnOff(CLI::App* command, const std::string& name, std::optional<bool>& value,
-                      const std::string& description) {
-  static const std::map<std::string, bool> words = {{"off", false}, {"on", true}};
-  return AddWord(command, name, value, words, description);
+CLI::Option* AddText(CLI::App* command, const std::string& name, std::string& text,
+                     const std::string& description, size_t longest) {
+  return AddArgument(command, name, " ", description, [&text, longest](const std::string& word) {
+    text = word;
+    return !word.empty() && word.size() <= longest
+               ? std::string()
+               : "it must have 1 to " + std::to_string(longest) + " bytes";
+  });
 }
 
 CLI::Option* AddSeconds(CLI::App* command, const std::string& names,
                         std::function<void(std::chrono::milliseconds)> set,
-                        const std::string& description) {
-  return command
-      ->add_option_function<std::string>(
-          names,
-          [set = std::move(set)](const std::string& word) {
-            set(std::chrono::milliseconds(static_cast<int64_t>(std::stod(word) * 1000)));
-          },
-          description)
-      ->option_text("SECONDS")
-      ->check([](const std::string& word) {
-        const size_t point = word.find('.');
-        const bool valid = ToNumber(word.substr(0, point), 86400) &&
-                           (point == std::string::npos ||
-                            (IsNumber(word.substr(point + 1)) && word.size() - point < 10));
-        return valid ? "" : "'" + word + "' is not a time from 0 to 86400 seconds";
-      });
+                        const std::string& description, std::chrono::milliseconds lowest) {
+  return AddArgument(command, names, "SECONDS", description,
+                     [set = std::move(set), lowest](const std::string& word) {
+                       // Whole milliseconds, read without regard to the locale. What follows them
+                       // is dropped.
+                       const size_t point = std::min(word.find('.'), word.size());
+                       const std::string decimals =
+                           point < word.size() ? word.substr(point + 1) : "0";
+                       const auto whole = ToNumber(word.substr(0, point), kLongestTime.count());
+                       if (whole && IsNumber(decimals) && decimals.size() < 10) {
+                         const std::chrono::milliseconds time(
+                             *whole * uint64_t{1000} + std::stoul((decimals + "000").substr(0, 3)));
+                         if (time >= lowest && time <= kLongestTime) {
+                           set(time);
+                           return std::string();
+                         }
+                       }
+                       return "'" + word + "' is not a time from " +
+                              (lowest.count() > 0 ? "0.1" : "0") + " to 86400 seconds";
+                     });
 }
 
 std::vector<IPFamily> Families::Chosen() const {

@@ -1,16 +1,16 @@
 /// The kinds of arguments that several commands take. The variables that they fill must live as
-/// long as the command line.
+/// long as the command line. A value that is wrong ends the command.
 #pragma once
 
 #include <CLI/CLI.hpp>
 #include <chrono>
 #include <cstdint>
 #include <functional>
-#include <map>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "failure.h"
 #include "vocabulary.h"
 
 namespace qcmapctl {
@@ -19,6 +19,11 @@ namespace qcmapctl {
 bool IsNumber(const std::string& word);
 /// The value of a decimal number up to `highest`; empty for anything else.
 std::optional<uint32_t> ToNumber(const std::string& word, uint32_t highest);
+
+/// An argument whose word `set` stores. `set` returns what is wrong with the word, or nothing.
+CLI::Option* AddArgument(CLI::App* command, const std::string& names, const std::string& shown,
+                         const std::string& description,
+                         std::function<std::string(const std::string&)> set);
 
 /// The index of a profile.
 CLI::Option* AddIndex(CLI::App* command, std::optional<uint32_t>& index,
@@ -29,26 +34,29 @@ CLI::Option* AddVlanId(CLI::App* command, int32_t& vlan_id);
 /// A whole number from `lowest` to `highest`.
 CLI::Option* AddNumber(CLI::App* command, const std::string& name, std::optional<uint32_t>& value,
                        uint32_t lowest, uint32_t highest, const std::string& description);
-/// An option whose value is on or off.
-CLI::Option* AddOnOff(CLI::App* command, const std::string& name, std::optional<bool>& value,
-                      const std::string& description);
+/// A text of 1 to `longest` bytes.
+CLI::Option* AddText(CLI::App* command, const std::string& name, std::string& text,
+                     const std::string& description, size_t longest);
 /// A time in seconds, which may have decimals.
 CLI::Option* AddSeconds(CLI::App* command, const std::string& names,
                         std::function<void(std::chrono::milliseconds)> set,
-                        const std::string& description);
+                        const std::string& description,
+                        std::chrono::milliseconds lowest = std::chrono::milliseconds(0));
 /// One of several words.
 template <typename Value>
 CLI::Option* AddWord(CLI::App* command, const std::string& name, std::optional<Value>& value,
-                     const std::map<std::string, Value>& words, const std::string& description) {
-  std::string list;
-  for (const auto& word : words) list += (list.empty() ? "" : "|") + word.first;
-  return command
-      ->add_option_function<std::string>(
-          name, [&value, &words](const std::string& word) { value = words.at(word); }, description)
-      ->option_text(list)
-      ->check([&words, list](const std::string& word) {
-        return words.count(word) != 0 ? std::string() : "'" + word + "' is not one of " + list;
-      });
+                     const Words<Value>& words, const std::string& description) {
+  std::vector<std::string> list;
+  for (const auto& entry : words) list.push_back(entry.first);
+  const std::string shown = CLI::detail::join(list, "|");
+  return AddArgument(command, name, shown, description,
+                     [&value, &words, shown](const std::string& word) {
+                       value.reset();
+                       for (const auto& entry : words) {
+                         if (entry.first == word) value = entry.second;
+                       }
+                       return value ? std::string() : "'" + word + "' is not one of " + shown;
+                     });
 }
 
 /// The options -4 and -6. Without them, both families are chosen.

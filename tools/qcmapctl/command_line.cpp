@@ -6,45 +6,43 @@
 #include "arguments.h"
 #include "failure.h"
 #include "mox/vendor/qcom/qcmap/version.h"
-#include "words/nearest_word.h"
+#include "usage.h"
 
 namespace qcmapctl {
 namespace {
 
 constexpr char kGlobalOptions[] =
-    "Every command also takes -J, -w, -q and -v: see 'qcmapctl --help'.";
+    "Every command takes -J, -K, -g, -w, -q, -v and --color: see 'qcmapctl --help'.";
 
 std::shared_ptr<CLI::Formatter> MakeFormatter(const std::string& words) {
   auto formatter = std::make_shared<CLI::Formatter>();
   formatter->column_width(26);
   formatter->label("SUBCOMMAND", words);
   formatter->label("REQUIRED", "");
+  formatter->label("Positionals", "Arguments");
   return formatter;
 }
 
-/// The words and options, inherited ones included, that `command` accepts at the place of `word`.
-std::vector<std::string> CandidatesFor(const std::string& word, const CLI::App* command) {
-  std::vector<std::string> candidates;
-  if (word[0] != '-') {
-    for (const CLI::App* next : command->get_subcommands({})) {
-      candidates.push_back(next->get_name());
-    }
-    return candidates;
-  }
-  for (; command != nullptr; command = command->get_parent()) {
-    for (const CLI::Option* option : command->get_options()) {
-      for (const std::string& name : option->get_lnames()) candidates.push_back("--" + name);
-    }
-  }
-  return candidates;
+std::vector<std::string> SplitAtCommas(const std::string& list) {
+  std::vector<std::string> words = CLI::detail::split(list, ',');
+  words.erase(std::remove(words.begin(), words.end(), ""), words.end());
+  return words;
 }
 
-std::string PathOf(const CLI::App* command) {
-  std::string path;
-  for (; command->get_parent() != nullptr; command = command->get_parent()) {
-    path = command->get_name() + (path.empty() ? "" : " ") + path;
-  }
-  return path;
+const Words<Colour>& ColourWords() {
+  static const Words<Colour> words = {
+      {"auto", Colour::AUTO}, {"always", Colour::ALWAYS}, {"never", Colour::NEVER}};
+  return words;
+}
+
+/// Whether the argument after the option `argument` is its value.
+bool TakesValue(const std::string& argument, const CLI::App* command) {
+  if (command == nullptr) return false;
+  const bool is_long = argument[1] == '-';
+  // Of several short options in one argument, only the last one can have a value.
+  const CLI::Option* option =
+      command->get_option_no_throw(is_long ? argument : std::string("-") + argument.back());
+  return option != nullptr && option->get_items_expected_max() > 0;
 }
 
 }  // namespace
@@ -54,19 +52,32 @@ CommandLine::CommandLine()
           "Shows and changes what the modem's Mobile AP does.\n"
           "Without OBJECT, shows the present state of everything on one screen.",
           "qcmapctl") {
+  AddOptions();
+  app_.require_subcommand(0, 1);
+  app_.formatter(MakeFormatter("OBJECT [VERB] [ID]"));
+  app_.footer(DescribeExitCodes() +
+              "\nWithout VERB, OBJECT is shown or listed.\n"
+              "See also: qcmapctl OBJECT --help, man qcmapctl.");
+}
+
+void CommandLine::AddOptions() {
   app_.set_help_flag("-h,--help", "Show help; also works after OBJECT and VERB");
   app_.set_version_flag("-V,--version", "qcmapctl " MVQ_QCMAP_VERSION, "Show the version");
   app_.add_flag("-J,--json", options_.json, "Print JSON");
+  app_.add_flag("-K,--keyvalue", options_.key_values, "Print NAME=VALUE, quoted for the shell");
+  AddArgument(&app_, "-g,--get", "FIELD[,FIELD]", "Print only these fields, as -K names them",
+              [this](const std::string& list) {
+                options_.fields = SplitAtCommas(list);
+                return options_.fields.empty() ? "no field is given" : "";
+              });
   AddSeconds(
       &app_, "-w,--wait", [this](std::chrono::milliseconds wait) { options_.wait = wait; },
-      "Time limit of call up, call down and wait: 30 by default, 0 to not wait");
+      "Time limit of the command: 30 for call up, call down and wait, 5 for others; 0 to request "
+      "without waiting for events");
   app_.add_flag("-q,--quiet", options_.quiet, "Print no result; use the exit code instead");
   app_.add_flag("-v,--verbose", options_.verbose, "Show the library's log on stderr, too");
-  app_.require_subcommand(0, 1);
-  app_.formatter(MakeFormatter("OBJECT [VERB] [ID]"));
-  app_.footer(
-      DescribeExitCodes() +
-      "\nWithout VERB, OBJECT is shown or listed. See also: qcmapctl OBJECT --help, man qcmapctl.");
+  AddWord(&app_, "--color", options_.colour, ColourWords(),
+          "Whether states are coloured; auto means on a terminal");
 }
 
 CLI::App* CommandLine::AddObject(const std::string& name, const std::string& description) {
@@ -82,7 +93,7 @@ CLI::App* CommandLine::AddObject(const std::string& name, const std::string& des
 CLI::App* CommandLine::AddObject(const std::string& name, const std::string& description,
                                  Handler handler) {
   CLI::App* object = AddObject(name, description);
-  handlers_[object] = std::move(handler);
+  commands_[object].run = std::move(handler);
   return object;
 }
 
@@ -92,48 +103,46 @@ CLI::App* CommandLine::AddVerb(CLI::App* object, const std::string& name,
   CLI::App* verb = object->add_subcommand(name, description + (first ? " (the default)" : ""));
   verb->group("Verbs");
   verb->fallthrough();
-  handlers_[verb] = std::move(handler);
+  commands_[verb].run = std::move(handler);
   return verb;
 }
 
 std::vector<std::string> CommandLine::WithDefaultVerb(std::vector<std::string> arguments) const {
-  std::vector<size_t> words;
+  const CLI::App* object = nullptr;
+  const CLI::App* verb = nullptr;
+  size_t after_object = 0;
   for (size_t i = 0; i < arguments.size(); ++i) {
     const std::string& argument = arguments[i];
     if (argument == "-h" || argument == "--help") return arguments;
-    if (argument.size() < 2 || argument[0] != '-') {
-      words.push_back(i);
-    } else if (argument == "--wait" || (argument[1] != '-' && argument.back() == 'w')) {
-      ++i;
+    if (argument.size() > 1 && argument[0] == '-') {
+      // A value that follows an option is no word of the grammar.
+      if (TakesValue(argument, &app_) || TakesValue(argument, verb)) ++i;
+      continue;
     }
+    if (object != nullptr) {
+      if (!IsNumber(argument)) return arguments;
+      break;
+    }
+    for (const CLI::App* known : app_.get_subcommands({})) {
+      if (known->get_name() == argument) object = known;
+    }
+    if (object == nullptr || object->get_subcommands({}).empty()) return arguments;
+    verb = object->get_subcommands({})[0];
+    after_object = i + 1;
   }
-  const bool verb_given = words.size() > 1 && !IsNumber(arguments[words[1]]);
-  const CLI::App* object = nullptr;
-  for (const CLI::App* known : app_.get_subcommands({})) {
-    if (!words.empty() && known->get_name() == arguments[words[0]]) object = known;
-  }
-  if (object == nullptr || verb_given) return arguments;
-
-  const std::vector<const CLI::App*> verbs = object->get_subcommands({});
-  if (!verbs.empty()) {
-    arguments.insert(arguments.begin() + static_cast<std::ptrdiff_t>(words[0]) + 1,
-                     verbs[0]->get_name());
+  if (verb != nullptr) {
+    arguments.insert(arguments.begin() + static_cast<std::ptrdiff_t>(after_object),
+                     verb->get_name());
   }
   return arguments;
 }
 
-const CLI::App* CommandLine::Innermost() const {
-  const CLI::App* command = &app_;
-  while (!command->get_subcommands().empty()) command = command->get_subcommands()[0];
-  return command;
-}
-
 std::string CommandLine::Operation() const {
-  return PathOf(Innermost());
+  return PathOf(InnermostOf(app_));
 }
 
 CommandLine::Command CommandLine::Parse(const std::vector<std::string>& arguments) {
-  Command command;
+  Command help;
   // A leading "--" is dropped, because CLI11 would not parse anything after it.
   const bool leads = !arguments.empty() && arguments.front() == "--";
   std::vector<std::string> reversed =
@@ -142,37 +151,20 @@ CommandLine::Command CommandLine::Parse(const std::vector<std::string>& argument
   try {
     app_.parse(reversed);
   } catch (const CLI::CallForHelp&) {
-    command.text = app_.help();
-    return command;
+    help.text = app_.help();
+    return help;
   } catch (const CLI::CallForVersion&) {
-    command.text = app_.version() + "\n";
-    return command;
+    help.text = app_.version() + "\n";
+    return help;
   } catch (const CLI::ParseError& error) {
-    FailUsage(error);
+    FailUsage(app_, error);
   }
-  const CLI::App* innermost = Innermost();
-  command.operation = PathOf(innermost);
-  const auto handler = handlers_.find(innermost);
-  if (handler != handlers_.end()) command.run = handler->second;
+  if (options_.json + options_.key_values + !options_.fields.empty() > 1) {
+    throw CommandFailed("only one of -J, -K and -g is possible", "leave the others out");
+  }
+  Command command = commands_[InnermostOf(app_)];
   command.options = options_;
   return command;
-}
-
-void CommandLine::FailUsage(const CLI::ParseError& error) const {
-  const CLI::App* command = Innermost();
-  const std::string path = PathOf(command);
-  const std::string help = "'qcmapctl" + (path.empty() ? "" : " " + path) + " --help' shows more";
-  std::vector<std::string> unknown = app_.remaining(true);
-  unknown.erase(std::remove(unknown.begin(), unknown.end(), "--"), unknown.end());
-  if (unknown.empty()) throw CommandFailed(error.what(), help);
-
-  const std::string& word = unknown.front();
-  const std::string message =
-      (word[0] == '-' && word.size() > 1 ? "unknown option '" : "unknown word '") + word + "'";
-  const std::string nearest =
-      words::NearestWord(word.substr(0, word.find('=')), CandidatesFor(word, command));
-  if (nearest.empty() || nearest == word) throw CommandFailed(message, help);
-  throw CommandFailed(message, "did you mean '" + nearest + "'? " + help);
 }
 
 }  // namespace qcmapctl

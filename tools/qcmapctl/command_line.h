@@ -8,23 +8,23 @@
 #include <string>
 #include <vector>
 
+#include "deadline.h"
 #include "output.h"
 #include "router.h"
 
 namespace qcmapctl {
 
-/// The options that every command takes.
-struct Options {
-  bool json = false;
-  bool quiet = false;
-  bool verbose = false;
-  std::chrono::milliseconds wait{30000};
-};
+constexpr std::chrono::milliseconds kUsualLimit{5000};
+/// For commands that wait for calls.
+constexpr std::chrono::milliseconds kLimitOfCalls{30000};
+constexpr auto kNoLimit = std::chrono::milliseconds::max();
 
 /// What a command runs with.
 struct Context {
   Router router;
   Options options;
+  /// When to stop waiting for events. In the past if the command is not to wait for any.
+  Clock::time_point deadline;
 };
 
 /// Carries out a command and returns its result, which is empty if it has printed its own.
@@ -40,13 +40,17 @@ class CommandLine {
   CLI::App* AddObject(const std::string& name, const std::string& description);
   CLI::App* AddVerb(CLI::App* object, const std::string& name, const std::string& description,
                     Handler handler);
+  /// Sets what to do if the command line has no object.
+  void RunWithoutObject(Handler handler) { commands_[&app_].run = std::move(handler); }
+  /// Sets the time limit that a command has without -w.
+  void SetTimeLimit(const CLI::App* command, std::chrono::milliseconds limit) {
+    commands_[command].limit = limit;
+  }
 
   /// What the command line asks for.
   struct Command {
-    /// The object and its verb, as messages show them.
-    std::string operation;
-    /// Empty if the command line has no object, or if only `text` is to be printed.
     Handler run;
+    std::chrono::milliseconds limit = kUsualLimit;
     Options options;
     /// The help or the version, if that is all there is to print.
     std::string text;
@@ -55,18 +59,16 @@ class CommandLine {
   /// Parses a command line. If it is wrong, throws CommandFailed, whose hint names the nearest
   /// word.
   Command Parse(const std::vector<std::string>& arguments);
-  /// The object and verb that Parse has recognised so far, for messages about its failure.
+  /// The object and verb that Parse has recognised so far, as messages show them.
   std::string Operation() const;
 
  private:
+  void AddOptions();
   std::vector<std::string> WithDefaultVerb(std::vector<std::string> arguments) const;
-  [[noreturn]] void FailUsage(const CLI::ParseError& error) const;
-  /// The object or verb that was recognised last.
-  const CLI::App* Innermost() const;
 
   CLI::App app_;
   Options options_;
-  std::map<const CLI::App*, Handler> handlers_;
+  std::map<const CLI::App*, Command> commands_;
 };
 
 }  // namespace qcmapctl

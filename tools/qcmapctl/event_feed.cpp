@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "arguments.h"
+#include "log_hook.h"
 
 namespace qcmapctl {
 
@@ -12,9 +13,11 @@ namespace qcmap = mox::vendor::qcom::qcmap;
 
 EventFeed::EventFeed(qcmap::QcmapWrapper& wrapper) : wrapper_(wrapper) {
   qcmap::Subscribe(wrapper_, this, [this](EventDic& event) { Put(event); });
+  OnServerLost([this] { Wake(); });
 }
 
 EventFeed::~EventFeed() {
+  OnServerLost(nullptr);
   qcmap::Unsubscribe(wrapper_, this);
 }
 
@@ -35,9 +38,16 @@ void EventFeed::Put(EventDic& event) {
   arrived_.notify_one();
 }
 
-std::vector<Event> EventFeed::Take(std::chrono::steady_clock::time_point deadline) {
+void EventFeed::Wake() {
+  const std::lock_guard<std::mutex> lock(mutex_);
+  woken_ = true;
+  arrived_.notify_one();
+}
+
+std::vector<Event> EventFeed::Take(Clock::time_point deadline) {
   std::unique_lock<std::mutex> lock(mutex_);
-  arrived_.wait_until(lock, deadline, [this] { return !events_.empty(); });
+  arrived_.wait_until(lock, deadline, [this] { return woken_ || !events_.empty(); });
+  woken_ = false;
   std::vector<Event> taken;
   taken.swap(events_);
   return taken;

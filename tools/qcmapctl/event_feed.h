@@ -8,10 +8,15 @@
 #include <optional>
 #include <vector>
 
+#include "deadline.h"
 #include "mox/vendor/qcom/qcmap/subscription.h"
 #include "vocabulary.h"
 
 namespace qcmapctl {
+
+/// How often those who wait for events check that the server is still there. Not every client logs
+/// that it has lost its server, and not every change of a state sends an event.
+constexpr std::chrono::milliseconds kCheckEvery{500};
 
 struct Event {
   std::chrono::system_clock::time_point time;
@@ -31,18 +36,20 @@ class EventFeed {
   EventFeed(const EventFeed&) = delete;
   EventFeed& operator=(const EventFeed&) = delete;
 
-  /// Returns the events since the last call, in order. If there are none, waits for one until
-  /// `deadline`.
-  std::vector<Event> Take(std::chrono::steady_clock::time_point deadline);
+  /// Returns the events since the last call, in order. If there are none, waits until `deadline`
+  /// for one, or for the client to report that the server is lost. The next request then fails.
+  std::vector<Event> Take(Clock::time_point deadline);
 
  private:
   void Put(mox::util::EventDic& event);
+  void Wake();
 
   mox::vendor::qcom::qcmap::QcmapWrapper& wrapper_;
-  /// Guards `events_`. Never held while the library is called.
+  /// Guards the members below. Never held while the library is called.
   std::mutex mutex_;
   std::condition_variable arrived_;
   std::vector<Event> events_;
+  bool woken_ = false;
 };
 
 }  // namespace qcmapctl

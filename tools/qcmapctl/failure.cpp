@@ -27,17 +27,19 @@ const Entry& EntryOf(Failure failure) {
 
 }  // namespace
 
-CommandFailed::CommandFailed(Failure failure, const std::string& subject)
+CommandFailed::CommandFailed(Failure failure, const std::string& subject, const Reason& reason)
     : failure_(failure),
       exit_code_(EntryOf(failure).exit_code),
-      message_(subject.empty() ? MessageOf(failure) : subject + ": " + MessageOf(failure)),
-      hint_(EntryOf(failure).hint) {}
+      message_((subject.empty() ? "" : subject + ": ") + MessageOf(failure, reason)),
+      hint_(failure == Failure::REFUSED && !reason.next.empty() ? reason.next
+                                                                : EntryOf(failure).hint) {}
 
 CommandFailed::CommandFailed(std::string usage_message, std::string hint)
     : exit_code_(kExitUsage), message_(std::move(usage_message)), hint_(std::move(hint)) {}
 
-const char* MessageOf(Failure failure) {
-  return EntryOf(failure).message;
+std::string MessageOf(Failure failure, const Reason& reason) {
+  const std::string message = EntryOf(failure).message;
+  return reason.text.empty() ? message : message + " (" + reason.text + ")";
 }
 
 std::string DescribeExitCodes() {

@@ -4,10 +4,13 @@
 #include <exception>
 #include <string>
 
+#include "explanation.h"
+
 namespace qcmapctl {
 
 constexpr int kExitDone = 0;
 constexpr int kExitUsage = 2;
+constexpr int kExitPartlyDone = 7;
 
 enum class Failure {
 #define EXIT_CODE(code, meaning)
@@ -21,7 +24,9 @@ enum class Failure {
 class CommandFailed : public std::exception {
  public:
   /// `subject` says what failed, for example "profile 3". It is empty if the whole command failed.
-  explicit CommandFailed(Failure failure, const std::string& subject = {});
+  /// `reason` is what the log says about it.
+  explicit CommandFailed(Failure failure, const std::string& subject = {},
+                         const Reason& reason = {});
   /// For a wrong command line.
   CommandFailed(std::string usage_message, std::string hint);
 
@@ -38,7 +43,7 @@ class CommandFailed : public std::exception {
 };
 
 /// Only the message of a failure, for messages that report several.
-const char* MessageOf(Failure failure);
+std::string MessageOf(Failure failure, const Reason& reason = {});
 
 /// All exit codes with their meanings, one on each line.
 std::string DescribeExitCodes();

@@ -4,43 +4,42 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <iostream>
 
-#include "address.h"
-#include "call.h"
-#include "command_line.h"
-#include "failure.h"
-#include "lan.h"
-#include "map.h"
-#include "output.h"
-#include "passthrough.h"
-#include "policy.h"
-#include "stats.h"
-#include "status.h"
-#include "switch.h"
-#include "vlan.h"
-#include "wait.h"
-#include "watch.h"
+#include "objects.h"
 
 namespace qcmapctl {
 namespace {
 
-int ReportFailure(const CommandFailed& failure, const std::string& operation, bool as_json) {
-  if (as_json) {
-    Json error;
-    error["operation"] = operation;
-    error["message"] = failure.what();
-    error["hint"] = failure.hint();
-    error["exit"] = failure.exit_code();
-    std::cerr << Dump(Json{{"error", error}}, true);
-  } else {
-    std::cerr << "qcmapctl: " << (operation.empty() ? "" : operation + ": ") << failure.what()
-              << "\nhint: " << failure.hint() << "\n";
+// Lets commands that watch the time themselves say how far they have come.
+constexpr std::chrono::milliseconds kDelay{50};
+
+/// Whether a command line that cannot be parsed asks for JSON. Its failure is then reported as
+/// JSON.
+bool AsksForJson(const std::vector<std::string>& arguments) {
+  return std::any_of(arguments.begin(), arguments.end(), [](const std::string& argument) {
+    const bool is_short = argument.size() > 1 && argument[0] == '-' && argument[1] != '-';
+    return argument == "--json" || (is_short && argument.find('J') != std::string::npos);
+  });
+}
+
+Report RunCommand(const CommandLine::Command& command, const std::string& operation,
+                  Clock::time_point start) {
+  openlog("qcmapctl", command.options.verbose ? LOG_PERROR : 0, LOG_USER);
+  const auto wait = command.options.wait.value_or(command.limit);
+  Context context{Router(), command.options, Clock::time_point::min()};
+  if (wait.count() > 0 && wait < kNoLimit) context.deadline = start + wait;
+  if (wait < kNoLimit) {
+    // Without waiting for events, requests still have to be answered.
+    const auto limit = wait.count() > 0 ? wait : kUsualLimit;
+    EndAfter(start + limit + kDelay, [operation, options = command.options] {
+      return PrintFailure(CommandFailed(Failure::TIME_LIMIT), operation, options);
+    });
   }
-  return failure.exit_code();
+  return command.run(context);
 }
 
 int Run(const std::vector<std::string>& arguments) {
+  const auto start = Clock::now();
   CommandLine line;
   AddStatus(line);
   AddPolicy(line);
@@ -54,28 +53,26 @@ int Run(const std::vector<std::string>& arguments) {
   AddPassthrough(line);
   AddWatch(line);
   AddWait(line);
+  AddExplain(line);
 
-  // If the command line is wrong but asks for JSON, its failure is reported as JSON.
-  bool as_json = std::any_of(arguments.begin(), arguments.end(), [](const std::string& argument) {
-    return argument == "-J" || argument == "--json";
-  });
+  const auto print_text = [](const std::string& text) {
+    Print({text, [](const Json& shown) { return shown.get<std::string>(); }}, Options());
+    return kExitDone;
+  };
+  Options options;
+  options.json = AsksForJson(arguments);
   try {
     const CommandLine::Command command = line.Parse(arguments);
-    if (!command.text.empty()) {
-      Print({command.text, nullptr}, false);
-      return kExitDone;
-    }
-    as_json = command.options.json;
-    openlog("qcmapctl", command.options.verbose ? LOG_PERROR : 0, LOG_USER);
-    Context context{Router(), command.options};
-    const Report report = command.run ? command.run(context) : ShowStatus(context.router);
-    if (!command.options.quiet) Print(report, as_json);
-    return kExitDone;
+    if (!command.text.empty()) return print_text(command.text);
+    options = command.options;
+    const Report report = RunCommand(command, line.Operation(), start);
+    Print(report, options);
+    return report.exit_code;
   } catch (const CommandFailed& failure) {
-    return ReportFailure(failure, line.Operation(), as_json);
+    return PrintFailure(failure, line.Operation(), options);
   } catch (const std::exception& error) {
-    return ReportFailure(CommandFailed(Failure::UNEXPECTED, error.what()), line.Operation(),
-                         as_json);
+    return PrintFailure(CommandFailed(Failure::UNEXPECTED, error.what()), line.Operation(),
+                        options);
   }
 }
 

@@ -1,12 +1,9 @@
 /// map: which profile's call carries the traffic of a VLAN (PDN-to-VLAN mapping).
-#include "map.h"
-
 #include <algorithm>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "arguments.h"
+#include "objects.h"
+#include "readings.h"
 
 namespace qcmapctl {
 namespace {
@@ -16,7 +13,7 @@ struct MapArguments {
   std::optional<uint32_t> index;
 };
 
-bool Contains(const std::vector<VlanMapping>& mappings, const VlanConfig& wanted) {
+bool IsMapped(const std::vector<VlanMapping>& mappings, const VlanConfig& wanted) {
   return std::any_of(mappings.begin(), mappings.end(), [&wanted](const VlanMapping& mapping) {
     return mapping.vlan_id == wanted.vlan_id &&
            (wanted.profile_index < 0 ? mapping.profile_index >= 0
@@ -24,60 +21,52 @@ bool Contains(const std::vector<VlanMapping>& mappings, const VlanConfig& wanted
   });
 }
 
-Report List(Router& router) {
-  Report report{"", Json::array()};
-  Table table({"VLAN", "PROFILE"});
-  const std::vector<VlanMapping> mappings = router.Mappings();
-  for (const VlanMapping& mapping : mappings) {
-    const bool known = mapping.profile_index >= 0;
-    Json json;
-    json["vlan_id"] = mapping.vlan_id;
-    json["profile"] = known ? Json(mapping.profile_index) : Json(nullptr);
-    report.json.push_back(json);
-    table.AddRow({std::to_string(mapping.vlan_id),
-                  known ? std::to_string(mapping.profile_index) : "deleted"});
-  }
-  report.text = mappings.empty() ? "no mappings\n" : table.Render();
-  return report;
+/// Null for a profile that has been deleted.
+Json ProfileOf(int32_t index) {
+  return index < 0 ? Json() : Json(index);
 }
 
-std::string NameOf(const VlanConfig& vlan) {
+Report ListMappings(Router& router) {
+  Json list = Json::array();
+  for (const VlanMapping& mapping : router.Mappings()) {
+    list.push_back({{"vlan_id", mapping.vlan_id}, {"profile", ProfileOf(mapping.profile_index)}});
+  }
+  return {list, AsTable("no mappings")};
+}
+
+std::string NameOfMapping(const VlanConfig& vlan) {
   const std::string name = "VLAN " + std::to_string(vlan.vlan_id);
   return vlan.profile_index < 0
              ? name
              : name + " to " + ProfileName(static_cast<uint32_t>(vlan.profile_index));
 }
 
-Report DescribeChange(const VlanConfig& vlan, const char* result) {
-  Report report;
-  report.text = "mapping of " + NameOf(vlan) + " " + result + "\n";
-  report.json["result"] = result;
-  report.json["vlan_id"] = vlan.vlan_id;
-  report.json["profile"] = vlan.profile_index < 0 ? Json(nullptr) : Json(vlan.profile_index);
-  return report;
+Report DescribeMapping(const VlanConfig& vlan, const char* result) {
+  return {
+      {{"result", result}, {"vlan_id", vlan.vlan_id}, {"profile", ProfileOf(vlan.profile_index)}},
+      AsSentence("mapping of VLAN {vlan_id}[ to profile {profile}] {result}")};
 }
 
-Report Add(Router& router, const MapArguments& arguments) {
+Report CreateMapping(Router& router, const MapArguments& arguments) {
   router.Policy(*arguments.index);
   VlanConfig vlan{0, arguments.vlan_id, static_cast<int32_t>(*arguments.index)};
-  if (!router.Wrapper().SetPdnToVlanMapping(vlan)) {
-    router.RequireServer();
-    const std::vector<VlanConfig> vlans = router.Vlans();
-    const bool vlan_exists = std::any_of(vlans.begin(), vlans.end(), [&vlan](const VlanConfig& v) {
-      return v.vlan_id == vlan.vlan_id;
-    });
-    if (!vlan_exists) throw CommandFailed(Failure::NO_VLAN, "VLAN " + std::to_string(vlan.vlan_id));
-    const std::vector<VlanMapping> mappings = router.Mappings();
-    if (Contains(mappings, vlan)) throw CommandFailed(Failure::MAPPING_EXISTS, NameOf(vlan));
-    const bool mapped_elsewhere =
-        std::any_of(mappings.begin(), mappings.end(),
-                    [&vlan](const VlanMapping& m) { return m.vlan_id == vlan.vlan_id; });
-    throw CommandFailed(mapped_elsewhere ? Failure::VLAN_MAPPED : Failure::REFUSED, NameOf(vlan));
-  }
-  return DescribeChange(vlan, "added");
+  const bool granted = router.Wrapper().SetPdnToVlanMapping(vlan);
+  const auto is_same_vlan = [&vlan](const auto& other) { return other.vlan_id == vlan.vlan_id; };
+  router.Require(
+      granted,
+      [&] {
+        const std::vector<VlanConfig> vlans = router.Vlans();
+        if (std::none_of(vlans.begin(), vlans.end(), is_same_vlan)) return Failure::NO_VLAN;
+        const std::vector<VlanMapping> mappings = router.Mappings();
+        if (IsMapped(mappings, vlan)) return Failure::MAPPING_EXISTS;
+        const bool mapped = std::any_of(mappings.begin(), mappings.end(), is_same_vlan);
+        return mapped ? Failure::VLAN_MAPPED : Failure::REFUSED;
+      },
+      NameOfMapping(vlan));
+  return DescribeMapping(vlan, "added");
 }
 
-Report Delete(Router& router, const MapArguments& arguments) {
+Report DeleteMapping(Router& router, const MapArguments& arguments) {
   if (arguments.index) router.Policy(*arguments.index);
   VlanConfig vlan{0, arguments.vlan_id,
                   arguments.index ? static_cast<int32_t>(*arguments.index) : -1};
@@ -90,12 +79,12 @@ Report Delete(Router& router, const MapArguments& arguments) {
       break;
     }
   }
-  if (!router.Wrapper().DeletePdnToVlanMapping(vlan)) {
-    router.RequireServer();
-    throw CommandFailed(Contains(router.Mappings(), vlan) ? Failure::REFUSED : Failure::NO_MAPPING,
-                        NameOf(vlan));
-  }
-  return DescribeChange(vlan, "deleted");
+  const bool granted = router.Wrapper().DeletePdnToVlanMapping(vlan);
+  router.Require(
+      granted,
+      [&] { return IsMapped(router.Mappings(), vlan) ? Failure::REFUSED : Failure::NO_MAPPING; },
+      NameOfMapping(vlan));
+  return DescribeMapping(vlan, "deleted");
 }
 
 }  // namespace
@@ -104,14 +93,15 @@ void AddMap(CommandLine& line) {
   const auto arguments = std::make_shared<MapArguments>();
   CLI::App* map =
       line.AddObject("map", "Which profile's call carries a VLAN (PDN-to-VLAN mapping)");
-  line.AddVerb(map, "list", "List mappings", [](Context& context) { return List(context.router); });
-  CLI::App* add =
-      line.AddVerb(map, "add", "Map a VLAN to a profile",
-                   [arguments](Context& context) { return Add(context.router, *arguments); });
+  line.AddVerb(map, "list", "List mappings",
+               [](Context& context) { return ListMappings(context.router); });
+  CLI::App* add = line.AddVerb(
+      map, "add", "Map a VLAN to a profile",
+      [arguments](Context& context) { return CreateMapping(context.router, *arguments); });
   AddVlanId(add, arguments->vlan_id);
   AddIndex(add, arguments->index, "profile index", "PROFILE")->required();
   CLI::App* remove = line.AddVerb(map, "delete", "Delete a mapping", [arguments](Context& context) {
-    return Delete(context.router, *arguments);
+    return DeleteMapping(context.router, *arguments);
   });
   AddVlanId(remove, arguments->vlan_id);
   AddIndex(remove, arguments->index, "profile index; if missing, the VLAN's first mapping",

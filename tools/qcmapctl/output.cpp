@@ -1,64 +1,50 @@
-/// Results on standard output, as aligned text or as JSON.
+/// Writes results and failures in the form that the options ask for.
 #include "output.h"
 
-#include <algorithm>
+#include <unistd.h>
+
 #include <ctime>
 #include <iostream>
+#include <mutex>
 
-#include "failure.h"
+#include "fields.h"
 
 namespace qcmapctl {
 namespace {
 
+/// Held while something is written, so that the time limit ends no command in the middle of it.
+/// Never destroyed, because the thread of the time limit may still use it when the process ends.
+std::mutex& WritingMutex() {
+  static std::mutex& mutex = *new std::mutex;
+  return mutex;
+}
+
+/// After the last result or failure, nothing else may be written.
+void WriteNothingElse() {
+  WritingMutex().lock();
+}
+
+/// `json` as text. Bytes that are not valid UTF-8 are replaced.
+std::string Dump(const Json& json, bool on_one_line) {
+  return json.dump(on_one_line ? -1 : 2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+std::string Render(const Report& report, const Options& options, bool on_one_line) {
+  if (report.data.is_null()) return "";
+  if (options.json) return Dump(report.data, on_one_line);
+  if (options.key_values) return KeyValues(report.data, on_one_line ? ' ' : '\n');
+  if (!options.fields.empty()) return Fields(report.data, options.fields);
+  return Fit(report.describe(report.data), STDOUT_FILENO, options.colour);
+}
+
 void Write(const std::string& text) {
   std::cout << text << std::flush;
-  if (!std::cout) throw CommandFailed(Failure::NOT_WRITTEN);
+  if (std::cout) return;
+  WritingMutex().unlock();
+  throw CommandFailed(Failure::NOT_WRITTEN);
 }
 
 }  // namespace
-
-void Table::AddRow(std::vector<std::string> cells) {
-  if (!cells.empty()) rows_.push_back(std::move(cells));
-}
-
-std::string Table::Render() const {
-  std::vector<size_t> widths;
-  for (const auto& row : rows_) {
-    widths.resize(std::max(widths.size(), row.size()));
-    for (size_t i = 0; i < row.size(); ++i) widths[i] = std::max(widths[i], row[i].size());
-  }
-  std::string text;
-  for (const auto& row : rows_) {
-    std::string line;
-    for (size_t i = 0; i < row.size(); ++i) {
-      line += row[i] + std::string(widths[i] - row[i].size() + 2, ' ');
-    }
-    line.erase(line.find_last_not_of(' ') + 1);
-    text += line + "\n";
-  }
-  return text;
-}
-
-Json OneOrAll(Json list, bool one) {
-  return one ? list.at(0) : list;
-}
-
-std::string Indent(const std::string& text) {
-  std::string indented;
-  bool at_start = true;
-  for (char c : text) {
-    if (at_start && c != '\n') indented += "  ";
-    indented += c;
-    at_start = c == '\n';
-  }
-  return indented;
-}
-
-std::string Printable(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](unsigned char c) { return c < 0x20 || c == 0x7f; }, '?');
-  return text;
-}
 
 std::string FormatTime(std::chrono::system_clock::time_point time) {
   const auto since_epoch =
@@ -73,17 +59,37 @@ std::string FormatTime(std::chrono::system_clock::time_point time) {
   return std::string(date) + "." + milliseconds + "Z";
 }
 
-std::string Dump(const Json& json, bool on_one_line) {
-  return json.dump(on_one_line ? -1 : 2, ' ', false, Json::error_handler_t::replace) + "\n";
+void Print(const Report& report, const Options& options) {
+  const std::string text = options.quiet ? "" : Render(report, options, false);
+  WriteNothingElse();
+  Write(text);
 }
 
-void Print(const Report& report, bool as_json) {
-  if (as_json && report.json.is_null()) return;
-  Write(as_json ? Dump(report.json, false) : report.text);
+void PrintLine(const Report& line, const Options& options) {
+  const std::string text = options.quiet ? "" : Render(line, options, true);
+  WritingMutex().lock();
+  Write(text);
+  WritingMutex().unlock();
 }
 
-void PrintLine(const Report& line, bool as_json) {
-  Write(as_json ? Dump(line.json, true) : line.text);
+int PrintFailure(const CommandFailed& failure, const std::string& operation,
+                 const Options& options) {
+  std::string text;
+  if (options.json) {
+    Json error;
+    error["operation"] = operation;
+    error["message"] = failure.what();
+    error["hint"] = failure.hint();
+    error["exit"] = failure.exit_code();
+    text = Dump(Json{{"error", error}}, true);
+  } else {
+    text = Fit("qcmapctl: " + (operation.empty() ? "" : operation + ": ") + failure.what() +
+                   "\nhint: " + failure.hint() + "\n",
+               STDERR_FILENO, options.colour);
+  }
+  WriteNothingElse();
+  std::cerr << text;
+  return failure.exit_code();
 }
 
 }  // namespace qcmapctl

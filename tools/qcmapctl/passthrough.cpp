@@ -1,16 +1,19 @@
 /// passthrough: IP passthrough, which hands the WWAN address to a USB host.
-#include "passthrough.h"
-
-#include <string>
+#include "arguments.h"
+#include "objects.h"
+#include "readings.h"
 
 namespace qcmapctl {
 namespace {
 
 using mox::wwan::MobileapManager;
-using IpPassthroughConfig = MobileapManager::IpPassthroughConfig;
 
-Report Enable(Router& router, const std::string& host) {
-  IpPassthroughConfig config;
+Report ShowPassthrough(Router& router) {
+  return {ReadPassthrough(router), AsBlock()};
+}
+
+Report EnablePassthrough(Router& router, const std::string& host) {
+  Passthrough config;
   config.device_type = MobileapManager::DeviceType::USB_HOST;
   config.host_device_name = host;
   router.Require(router.Wrapper().SetIpPassthrough(true, config), Failure::PASSTHROUGH_REFUSED,
@@ -18,28 +21,13 @@ Report Enable(Router& router, const std::string& host) {
   return ShowPassthrough(router);
 }
 
-Report Disable(Router& router) {
-  IpPassthroughConfig config;
+Report DisablePassthrough(Router& router) {
+  Passthrough config;
   router.Require(router.Wrapper().SetIpPassthrough(false, config), Failure::REFUSED);
   return ShowPassthrough(router);
 }
 
 }  // namespace
-
-Report ShowPassthrough(Router& router) {
-  bool enabled = false;
-  IpPassthroughConfig config;
-  router.Require(router.Wrapper().GetIpPassthrough(enabled, config), Failure::REFUSED);
-  const bool has_host = config.device_type == MobileapManager::DeviceType::USB_HOST;
-  Report report;
-  report.text = std::string(enabled ? "enabled" : "disabled") +
-                (has_host ? " for USB host '" + Printable(config.host_device_name) + "'" : "") +
-                ", state " + std::to_string(config.pt_state) + "\n";
-  report.json["enabled"] = enabled;
-  report.json["host"] = has_host ? Json(config.host_device_name) : Json(nullptr);
-  report.json["state"] = config.pt_state;
-  return report;
-}
 
 void AddPassthrough(CommandLine& line) {
   const auto host = std::make_shared<std::string>();
@@ -49,16 +37,10 @@ void AddPassthrough(CommandLine& line) {
                [](Context& context) { return ShowPassthrough(context.router); });
   CLI::App* enable =
       line.AddVerb(passthrough, "enable", "Enable passthrough for a host",
-                   [host](Context& context) { return Enable(context.router, *host); });
-  enable->add_option("NAME", *host, "the USB host's name, at most 100 bytes")
-      ->option_text(" ")
-      ->required()
-      ->check([](const std::string& name) {
-        return !name.empty() && name.size() <= 100 ? ""
-                                                   : "the host's name must have 1 to 100 bytes";
-      });
+                   [host](Context& context) { return EnablePassthrough(context.router, *host); });
+  AddText(enable, "NAME", *host, "the USB host's name, at most 100 bytes", 100)->required();
   line.AddVerb(passthrough, "disable", "Disable passthrough",
-               [](Context& context) { return Disable(context.router); });
+               [](Context& context) { return DisablePassthrough(context.router); });
 }
 
 }  // namespace qcmapctl

@@ -1,12 +1,9 @@
 /// policy: the server's WWAN policies.
-#include "policy.h"
-
 #include <algorithm>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "arguments.h"
+#include "objects.h"
+#include "readings.h"
 
 namespace qcmapctl {
 namespace {
@@ -19,35 +16,24 @@ struct PolicyArguments {
   std::optional<uint32_t> profile_v6;
 };
 
-Report Describe(const std::vector<Profile>& profiles) {
-  Report report{"", Json::array()};
-  Table table({"PROFILE", "HANDLE", "TECH", "FAMILY", "PROFILE-V4", "PROFILE-V6"});
-  for (const Profile& profile : profiles) {
-    report.json.push_back(DescribePolicy(profile));
-    table.AddRow({std::to_string(profile.index), std::to_string(profile.policy.profile_handle),
-                  WordOf(profile.policy.tech), WordOf(profile.policy.ip_family),
-                  std::to_string(profile.policy.profile_v4),
-                  std::to_string(profile.policy.profile_v6)});
-  }
-  report.text = table.Render();
-  return report;
-}
-
-Report Show(Router& router, const PolicyArguments& arguments) {
-  Report report = Describe(router.Profiles(arguments.index));
-  report.json = OneOrAll(std::move(report.json), arguments.index.has_value());
-  return report;
+Report ShowPolicies(Router& router, const PolicyArguments& arguments) {
+  return {
+      OfProfiles(router, arguments.index, [](const Profile& profile) { return DataOf(profile); }),
+      AsTable("no policies")};
 }
 
 Report DescribeChange(const char* result, const Profile& profile) {
-  Report report;
-  report.text = ProfileName(profile.index) + " " + result + "\n" + Describe({profile}).text;
-  report.json["result"] = result;
-  report.json["policy"] = DescribePolicy(profile);
-  return report;
+  const bool deleted = std::string(result) == "deleted";
+  return {{{"result", result}, {"policy", DataOf(profile)}}, [deleted](const Json& data) {
+            const Json& policy = data.at("policy");
+            const std::string done = ProfileName(policy.at("index").get<uint32_t>()) + " " +
+                                     data.at("result").get<std::string>();
+            return deleted ? done + "; later profiles move up by one\n"
+                           : done + "\n" + AsTable("")(policy);
+          }};
 }
 
-Report Add(Router& router, const PolicyArguments& arguments) {
+Report CreatePolicy(Router& router, const PolicyArguments& arguments) {
   if (!arguments.profile_v4 && !arguments.profile_v6) {
     throw CommandFailed("--profile-v4 or --profile-v6 is required",
                         "if only one is given, both families use it");
@@ -69,7 +55,7 @@ bool Matches(const WwanPolicy& left, const WwanPolicy& right) {
          left.profile_v4 == right.profile_v4 && left.profile_v6 == right.profile_v6;
 }
 
-Report Set(Router& router, const PolicyArguments& arguments) {
+Report SetPolicy(Router& router, const PolicyArguments& arguments) {
   if (!arguments.tech && !arguments.family && !arguments.profile_v4 && !arguments.profile_v6) {
     throw CommandFailed("no setting is given", "for example: qcmapctl policy set 1 --profile-v4 2");
   }
@@ -102,27 +88,25 @@ Report Set(Router& router, const PolicyArguments& arguments) {
   return DescribeChange("set", {index, router.Policy(index)});
 }
 
-Report Delete(Router& router, const PolicyArguments& arguments) {
+Report DeletePolicy(Router& router, const PolicyArguments& arguments) {
   const Profile profile{*arguments.index, router.Policy(*arguments.index)};
   // The index fits, because the list has at most 50 entries.
-  if (!router.Wrapper().DeleteWwanPolicy(static_cast<uint8_t>(profile.index))) {
-    router.RequireServer();
-    const FamilyStates state = router.CallState(profile.index);
-    const bool down =
-        state.ipv4 == ConnectStatus::DISCONNECTED && state.ipv6 == ConnectStatus::DISCONNECTED;
-    if (!down) throw CommandFailed(Failure::PROFILE_IN_USE, ProfileName(profile.index));
-    const std::vector<VlanMapping> mappings = router.Mappings();
-    const bool mapped = std::any_of(mappings.begin(), mappings.end(), [&profile](const auto& m) {
-      return m.profile_index == static_cast<int32_t>(profile.index);
-    });
-    throw CommandFailed(mapped ? Failure::PROFILE_MAPPED : Failure::REFUSED,
-                        ProfileName(profile.index));
-  }
-  Report report;
-  report.text = ProfileName(profile.index) + " deleted; later profiles move up by one\n";
-  report.json["result"] = "deleted";
-  report.json["policy"] = DescribePolicy(profile);
-  return report;
+  const bool granted = router.Wrapper().DeleteWwanPolicy(static_cast<uint8_t>(profile.index));
+  router.Require(
+      granted,
+      [&] {
+        const FamilyStates state = router.CallState(profile.index);
+        const bool down =
+            state.ipv4 == ConnectStatus::DISCONNECTED && state.ipv6 == ConnectStatus::DISCONNECTED;
+        if (!down) return Failure::PROFILE_IN_USE;
+        const std::vector<VlanMapping> mappings = router.Mappings();
+        const bool mapped = std::any_of(mappings.begin(), mappings.end(), [&](const auto& mapping) {
+          return mapping.profile_index == static_cast<int32_t>(profile.index);
+        });
+        return mapped ? Failure::PROFILE_MAPPED : Failure::REFUSED;
+      },
+      ProfileName(profile.index));
+  return DescribeChange("deleted", profile);
 }
 
 void AddPolicyOptions(CLI::App* verb, PolicyArguments& arguments) {
@@ -136,33 +120,23 @@ void AddPolicyOptions(CLI::App* verb, PolicyArguments& arguments) {
 
 }  // namespace
 
-Json DescribePolicy(const Profile& profile) {
-  Json json;
-  json["index"] = profile.index;
-  json["handle"] = profile.policy.profile_handle;
-  json["tech"] = WordOf(profile.policy.tech);
-  json["family"] = WordOf(profile.policy.ip_family);
-  json["profile_v4"] = profile.policy.profile_v4;
-  json["profile_v6"] = profile.policy.profile_v6;
-  return json;
-}
-
 void AddPolicy(CommandLine& line) {
   const auto arguments = std::make_shared<PolicyArguments>();
   const auto with = [arguments](Report (*run)(Router&, const PolicyArguments&)) {
     return [arguments, run](Context& context) { return run(context.router, *arguments); };
   };
   CLI::App* policy = line.AddObject("policy", "WWAN policies; each one defines a profile");
-  CLI::App* list = line.AddVerb(policy, "list", "List policies", with(Show));
+  CLI::App* list = line.AddVerb(policy, "list", "List policies", with(ShowPolicies));
   AddIndex(list, arguments->index);
-  CLI::App* show = line.AddVerb(policy, "show", "Show a policy", with(Show));
+  CLI::App* show = line.AddVerb(policy, "show", "Show a policy", with(ShowPolicies));
   AddIndex(show, arguments->index)->required();
-  CLI::App* add = line.AddVerb(policy, "add", "Add a policy at the end of the list", with(Add));
+  CLI::App* add =
+      line.AddVerb(policy, "add", "Add a policy at the end of the list", with(CreatePolicy));
   AddPolicyOptions(add, *arguments);
-  CLI::App* set = line.AddVerb(policy, "set", "Change a policy", with(Set));
+  CLI::App* set = line.AddVerb(policy, "set", "Change a policy", with(SetPolicy));
   AddIndex(set, arguments->index)->required();
   AddPolicyOptions(set, *arguments);
-  CLI::App* remove = line.AddVerb(policy, "delete", "Delete a policy", with(Delete));
+  CLI::App* remove = line.AddVerb(policy, "delete", "Delete a policy", with(DeletePolicy));
   AddIndex(remove, arguments->index)->required();
 }
 

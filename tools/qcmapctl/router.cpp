@@ -3,15 +3,29 @@
 
 #include <chrono>
 
+#include "log_hook.h"
+
 namespace qcmapctl {
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using mox::Result;
 
 // A server that refuses does so within milliseconds. With one that hangs, each request fails after
 // two seconds.
 constexpr std::chrono::seconds kHungAfter{1};
+constexpr std::chrono::milliseconds kGivenUpAfter{1900};
+
+[[noreturn]] void FailToConnect(QcmapWrapper& wrapper, bool hung) {
+  const std::string errors = Errors();
+  if (!wrapper.IsQcmapAlive()) throw CommandFailed(Failure::SERVER_DOWN);
+  if (errors.find("belongs to user") != std::string::npos) {
+    // Without the name of the client in front.
+    const std::string line = errors.substr(errors.find("the server at"));
+    throw CommandFailed(Failure::OTHER_USER, "", {line.substr(0, line.find('\n')), "", {}});
+  }
+  if (hung) throw CommandFailed(Failure::NO_ANSWER);
+  throw CommandFailed(Failure::NOT_CONNECTED, "", ReasonIn(LastError()));
+}
 
 }  // namespace
 
@@ -23,16 +37,20 @@ bool FamilyStates::IsHalfUp(const WwanPolicy& policy) const {
 }
 
 QcmapWrapper& Router::Wrapper() {
+  ForgetErrors();
+  const auto start = Clock::now();
+  asked_at_ = start;
   if (wrapper_ != nullptr) return *wrapper_;
 
   QcmapWrapper* wrapper = QcmapWrapper::GetInstance();
-  const auto start = Clock::now();
-  if (!wrapper->ConnectToQcmapIfNeeded()) {
-    const bool hung = Clock::now() - start >= kHungAfter;
-    if (!wrapper->IsQcmapAlive()) throw CommandFailed(Failure::SERVER_DOWN);
-    throw CommandFailed(hung ? Failure::NO_ANSWER : Failure::NOT_CONNECTED);
-  }
+  // GetInstance has made the first attempt. Another one would also wait for a server that hangs.
+  const bool hung = Clock::now() - start >= kHungAfter;
+  const bool is_connected = LastLine().find("Mobile AP is Connected") != std::string::npos ||
+                            (!hung && wrapper->ConnectToQcmapIfNeeded());
+  if (!is_connected) FailToConnect(*wrapper, hung);
   wrapper_ = wrapper;
+  asked_at_ = Clock::now();
+  ForgetErrors();
   return *wrapper_;
 }
 
@@ -72,6 +90,20 @@ std::vector<std::string> Router::Addresses(uint32_t index, IPFamily family) {
   return {config.address_1, config.address_2, config.address_3};
 }
 
+QcmapWrapper::WWANStatics Router::Counters(uint32_t index, IPFamily family) {
+  QcmapWrapper::WWANStatics counters{};
+  Require(Wrapper().GetWWANStatistics(index, family, counters) == Result::SUCCESS, Failure::REFUSED,
+          ProfileName(index));
+  return counters;
+}
+
+LanConfig Router::Lan() {
+  LanConfig lan;
+  Require(Wrapper().GetLanConfig(lan.gateway, lan.netmask, lan.dhcp, lan.start, lan.end, lan.lease),
+          Failure::REFUSED);
+  return lan;
+}
+
 std::vector<VlanConfig> Router::Vlans() {
   std::vector<VlanConfig> vlans;
   Require(Wrapper().GetVlanConfigs(vlans), Failure::REFUSED, "VLAN list");
@@ -84,26 +116,41 @@ std::vector<VlanMapping> Router::Mappings() {
   return mappings;
 }
 
-void Router::Require(bool granted, Failure refusal, const std::string& subject) {
-  if (granted) return;
-  RequireServer();
-  throw CommandFailed(refusal, subject);
+Passthrough Router::PassthroughConfig(bool& enabled) {
+  Passthrough config;
+  Require(Wrapper().GetIpPassthrough(enabled, config), Failure::REFUSED);
+  return config;
 }
 
-void Router::RequireServer() {
+void Router::Require(bool granted, Failure refusal, const std::string& subject) {
+  if (!granted) throw CommandFailed(refusal, subject, ReasonOfRefusal());
+}
+
+void Router::Require(bool granted, const std::function<Failure()>& find_refusal,
+                     const std::string& subject) {
+  if (granted) return;
+  Reason reason = ReasonOfRefusal();
+  throw CommandFailed(find_refusal(), subject, reason);
+}
+
+Reason Router::ReasonOfRefusal() {
+  Reason reason = ReasonIn(LastError());
+  // The client reports this code, too, when it gives a request up.
+  const bool is_given_up = reason.code == 3 && Clock::now() - asked_at_ >= kGivenUpAfter;
   QcmapWrapper& wrapper = Wrapper();
   if (!wrapper.IsQcmapAlive()) throw CommandFailed(Failure::SERVER_GONE);
+  if (is_given_up) throw CommandFailed(Failure::NO_ANSWER);
 
   // Any granted request proves the connection. Two different ones are tried, since the server may
   // refuse one of them.
   const auto start = Clock::now();
   std::vector<WwanPolicy> policies;
-  if (wrapper.GetWwanPolicies(policies)) return;
+  if (wrapper.GetWwanPolicies(policies)) return reason;
   if (Clock::now() - start >= kHungAfter) throw CommandFailed(Failure::NO_ANSWER);
-  std::string gateway, netmask, range_start, range_end;
-  bool dhcp = false;
-  int lease = 0;
-  if (wrapper.GetLanConfig(gateway, netmask, dhcp, range_start, range_end, lease)) return;
+  LanConfig lan;
+  if (wrapper.GetLanConfig(lan.gateway, lan.netmask, lan.dhcp, lan.start, lan.end, lan.lease)) {
+    return reason;
+  }
   throw CommandFailed(Failure::SERVER_GONE);
 }
 

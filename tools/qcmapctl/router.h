@@ -2,10 +2,12 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "deadline.h"
 #include "failure.h"
 #include "mox/vendor/qcom/qcmap/qcmap_wrapper.h"
 #include "vocabulary.h"
@@ -13,6 +15,7 @@
 namespace qcmapctl {
 
 using mox::vendor::qcom::qcmap::QcmapWrapper;
+using Passthrough = mox::wwan::MobileapManager::IpPassthroughConfig;
 using VlanConfig = mox::wwan::MobileapManager::VlanConfig;
 using VlanMapping = mox::wwan::MobileapManager::VlanMapping;
 using WwanPolicy = mox::wwan::DataManager::WwanPolicy;
@@ -33,9 +36,18 @@ struct FamilyStates {
   bool IsHalfUp(const WwanPolicy& policy) const;
 };
 
+struct LanConfig {
+  std::string gateway;
+  std::string netmask;
+  bool dhcp = false;
+  std::string start;
+  std::string end;
+  int lease = 0;
+};
+
 /// Connects when a command first needs the server, so that help and usage errors work without one.
-/// The library reports no error codes, so this class finds out what failed. All members may throw
-/// CommandFailed.
+/// The library reports only success or failure, so this class finds out what failed, also from the
+/// log. All members may throw CommandFailed.
 class Router {
  public:
   /// The library's object, connected.
@@ -51,19 +63,28 @@ class Router {
   FamilyStates CallState(uint32_t index);
   /// The addresses of one family in the server's order; empty while the call has none.
   std::vector<std::string> Addresses(uint32_t index, IPFamily family);
+  QcmapWrapper::WWANStatics Counters(uint32_t index, IPFamily family);
 
+  LanConfig Lan();
   std::vector<VlanConfig> Vlans();
   std::vector<VlanMapping> Mappings();
+  Passthrough PassthroughConfig(bool& enabled);
 
-  /// Ends the command if the server did not grant the request. If the server itself is in trouble,
+  /// Ends the command if the request before it was not granted. If the server itself is in trouble,
   /// the failure says so; otherwise it is `refusal` of `subject`.
   void Require(bool granted, Failure refusal, const std::string& subject = {});
+  /// The same if more requests are needed to find out why it was refused.
+  void Require(bool granted, const std::function<Failure()>& find_refusal,
+               const std::string& subject);
 
-  /// Ends the command if the server was lost or does not answer; returns if it only refused.
-  void RequireServer();
+  /// Why the last request was not granted. Ends the command if the server was lost or does not
+  /// answer; returns if it only refused.
+  Reason ReasonOfRefusal();
 
  private:
   QcmapWrapper* wrapper_ = nullptr;
+  /// When the library was last asked for something.
+  Clock::time_point asked_at_;
 };
 
 /// The name of a profile in messages.

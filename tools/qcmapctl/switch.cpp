@@ -1,12 +1,9 @@
 /// switch: what a profile's call is allowed to do.
-#include "switch.h"
-
 #include <iterator>
-#include <optional>
-#include <string>
-#include <vector>
 
 #include "arguments.h"
+#include "objects.h"
+#include "readings.h"
 
 namespace qcmapctl {
 namespace {
@@ -41,56 +38,45 @@ struct SwitchArguments {
   std::optional<bool> wanted[std::size(kSwitches)];
 };
 
-Report Describe(Router& router, const std::vector<Profile>& profiles) {
-  Report report{"", Json::array()};
-  Table table({"PROFILE", "AUTOCONNECT", "ROAMING", "IPV4", "IPV6"});
-  for (const Profile& profile : profiles) {
-    Json json;
-    json["index"] = profile.index;
-    std::vector<std::string> row = {std::to_string(profile.index)};
-    for (const Switch& which : kSwitches) {
-      bool on = false;
-      router.Require((router.Wrapper().*which.get)(profile.index, on), Failure::REFUSED,
-                     ProfileName(profile.index) + ": " + which.name);
-      json[which.name] = on;
-      row.push_back(on ? "on" : "off");
-    }
-    report.json.push_back(json);
-    table.AddRow(row);
-  }
-  report.text = table.Render();
-  return report;
+Report ShowSwitches(Router& router, const std::optional<uint32_t>& index) {
+  return {OfProfiles(router, index,
+                     [&](const Profile& profile) {
+                       Json json = {{"index", profile.index}};
+                       for (const Switch& which : kSwitches) {
+                         bool on = false;
+                         router.Require((router.Wrapper().*which.get)(profile.index, on),
+                                        Failure::REFUSED,
+                                        ProfileName(profile.index) + ": " + which.name);
+                         json[which.name] = on;
+                       }
+                       return json;
+                     }),
+          AsTable("no profiles")};
 }
 
-Report Show(Router& router, const std::optional<uint32_t>& index) {
-  Report report = Describe(router, router.Profiles(index));
-  report.json = OneOrAll(std::move(report.json), index.has_value());
-  return report;
-}
-
-Report Set(Router& router, const SwitchArguments& arguments) {
+Report SetSwitches(Router& router, const SwitchArguments& arguments) {
   bool any = false;
   for (const auto& wanted : arguments.wanted) any = any || wanted.has_value();
   if (!any) {
     throw CommandFailed("no switch is given", "for example: qcmapctl switch set 1 --roaming on");
   }
 
-  const Profile profile{*arguments.index, router.Policy(*arguments.index)};
+  const uint32_t index = *arguments.index;
+  router.Policy(index);
   std::string done;
   for (size_t i = 0; i < std::size(kSwitches); ++i) {
     if (!arguments.wanted[i]) continue;
     const Switch& which = kSwitches[i];
-    if (!which.set(router.Wrapper(), profile.index, *arguments.wanted[i])) {
-      router.RequireServer();
-      const std::string subject = ProfileName(profile.index) + ": " + which.name;
-      if (done.empty()) throw CommandFailed(Failure::REFUSED, subject);
-      throw CommandFailed(Failure::PARTLY_DONE, subject + " was refused, already set:" + done);
+    const bool granted = which.set(router.Wrapper(), index, *arguments.wanted[i]);
+    const std::string subject = ProfileName(index) + ": " + which.name;
+    if (done.empty()) {
+      router.Require(granted, Failure::REFUSED, subject);
+    } else {
+      router.Require(granted, Failure::PARTLY_DONE, subject + " was refused, already set:" + done);
     }
     done += std::string(" ") + which.name;
   }
-  Report report = Describe(router, {profile});
-  report.json = report.json.at(0);
-  return report;
+  return ShowSwitches(router, index);
 }
 
 }  // namespace
@@ -100,15 +86,15 @@ void AddSwitch(CommandLine& line) {
   CLI::App* object = line.AddObject("switch", "What a profile's call is allowed to do");
   CLI::App* show = line.AddVerb(
       object, "show", "Show the switches of one profile, or of all",
-      [arguments](Context& context) { return Show(context.router, arguments->index); });
+      [arguments](Context& context) { return ShowSwitches(context.router, arguments->index); });
   AddIndex(show, arguments->index);
-  CLI::App* set =
-      line.AddVerb(object, "set", "Set switches of a profile",
-                   [arguments](Context& context) { return Set(context.router, *arguments); });
+  CLI::App* set = line.AddVerb(
+      object, "set", "Set switches of a profile",
+      [arguments](Context& context) { return SetSwitches(context.router, *arguments); });
   AddIndex(set, arguments->index)->required();
   for (size_t i = 0; i < std::size(kSwitches); ++i) {
-    AddOnOff(set, std::string("--") + kSwitches[i].name, arguments->wanted[i],
-             kSwitches[i].description);
+    AddWord(set, std::string("--") + kSwitches[i].name, arguments->wanted[i], SwitchWords(),
+            kSwitches[i].description);
   }
 }
 

@@ -2,8 +2,9 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "mox/util/ip_family.h"
 #include "mox/wwan/data_manager.h"
@@ -15,18 +16,24 @@ using ConnectStatus = mox::wwan::DataManager::ConnectStatus;
 using mox::util::IPFamily;
 using mox::wwan::Tech;
 
-/// The words that the command line accepts, in the order in which the help lists them.
-const std::map<std::string, IPFamily>& FamilyWords();
-const std::map<std::string, Tech>& TechWords();
-/// Includes "up" and "down".
-const std::map<std::string, ConnectStatus>& StateWords();
-/// The names and numbers of the tethering interfaces.
-const std::map<std::string, int32_t>& InterfaceWords();
+/// Words with what they stand for. If several words stand for the same, output uses the first one.
+template <typename Value>
+using Words = std::vector<std::pair<std::string, Value>>;
 
-const char* WordOf(IPFamily family);
-const char* WordOf(Tech tech);
-const char* WordOf(ConnectStatus state);
-/// Null for a mode that stands for any other interface.
-const char* InterfaceOf(int32_t tethering_mode);
+/// The words that the command line accepts, in the order in which the help lists them.
+const Words<IPFamily>& FamilyWords();
+const Words<Tech>& TechWords();
+const Words<ConnectStatus>& StateWords();
+const Words<bool>& SwitchWords();
+/// The names and numbers of the tethering interfaces.
+const Words<int32_t>& InterfaceWords();
+
+std::string WordOf(IPFamily family);
+std::string WordOf(Tech tech);
+std::string WordOf(ConnectStatus state);
+/// "other" for a mode that stands for any other interface.
+std::string InterfaceOf(int32_t tethering_mode);
+/// What the server's state byte of IP passthrough means.
+std::string WordOfPassthrough(int32_t state);
 
 }  // namespace qcmapctl

@@ -1,59 +1,42 @@
 /// watch: the present state of all calls, then their events as they come.
-#include "watch.h"
-
-#include <optional>
-#include <string>
-#include <vector>
+#include <algorithm>
 
 #include "arguments.h"
 #include "event_feed.h"
+#include "objects.h"
 
 namespace qcmapctl {
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 namespace qcmap = mox::vendor::qcom::qcmap;
-
-// How often a watch without events checks that the server is still there.
-constexpr std::chrono::seconds kCheckEvery{1};
 
 struct WatchArguments {
   std::optional<uint32_t> count;
   std::optional<milliseconds> idle_timeout;
 };
 
-const char* NameOf(uint32_t code) {
-  switch (code) {
-    case qcmap::BRING_UP_CONNECTED:
-      return "bring_up_connected";
-    case qcmap::BRING_UP_CONNECTION_FAILED:
-      return "bring_up_connection_failed";
-    case qcmap::TEAR_DOWN_DISCONNECTED:
-      return "tear_down_disconnected";
-    case qcmap::TEAR_DOWN_DISCONNECTION_FAILED:
-      return "tear_down_disconnection_failed";
-    case qcmap::WWAN_CONNECTED:
-      return "wwan_connected";
-    case qcmap::WWAN_DISCONNECTED:
-      return "wwan_disconnected";
-    default:
-      return "unknown";
-  }
-}
+/// An event by its name. It may say that a call is up or down.
+struct Kind {
+  uint32_t code;
+  const char* name;
+  std::optional<ConnectStatus> state;
+};
 
-/// Null unless the event says that a call is up or down.
-const char* StateOf(uint32_t code) {
-  switch (code) {
-    case qcmap::BRING_UP_CONNECTED:
-    case qcmap::WWAN_CONNECTED:
-      return WordOf(ConnectStatus::CONNECTED);
-    case qcmap::TEAR_DOWN_DISCONNECTED:
-    case qcmap::WWAN_DISCONNECTED:
-      return WordOf(ConnectStatus::DISCONNECTED);
-    default:
-      return nullptr;
+constexpr Kind kKinds[] = {
+    {qcmap::BRING_UP_CONNECTED, "bring_up_connected", ConnectStatus::CONNECTED},
+    {qcmap::BRING_UP_CONNECTION_FAILED, "bring_up_connection_failed", {}},
+    {qcmap::TEAR_DOWN_DISCONNECTED, "tear_down_disconnected", ConnectStatus::DISCONNECTED},
+    {qcmap::TEAR_DOWN_DISCONNECTION_FAILED, "tear_down_disconnection_failed", {}},
+    {qcmap::WWAN_CONNECTED, "wwan_connected", ConnectStatus::CONNECTED},
+    {qcmap::WWAN_DISCONNECTED, "wwan_disconnected", ConnectStatus::DISCONNECTED},
+};
+
+Kind KindOf(uint32_t code) {
+  for (const Kind& kind : kKinds) {
+    if (kind.code == code) return kind;
   }
+  return {code, "unknown", {}};
 }
 
 /// The index of the profile that an event names; empty if it names none, or a deleted one.
@@ -64,28 +47,17 @@ std::optional<uint32_t> IndexOf(const Event& event, const std::vector<Profile>& 
   return std::nullopt;
 }
 
-Report DescribeLine(const Event& event, const char* name, const char* state,
-                    const std::optional<uint32_t>& index) {
+Report DescribeEvent(const Event& event, const Kind& kind, const std::optional<uint32_t>& index) {
   const auto number = [](const std::optional<uint32_t>& value) {
-    return value ? Json(*value) : Json(nullptr);
+    return value ? Json(*value) : Json();
   };
-  const std::string time = FormatTime(event.time);
-  Report line;
-  line.json["time"] = time;
-  line.json["event"] = name;
-  line.json["handle"] = number(event.profile_handle);
-  line.json["index"] = number(index);
-  line.json["family"] = WordOf(event.family);
-  line.json["state"] = state == nullptr ? Json(nullptr) : Json(state);
-  line.text = time + "  " + name + "  profile " + (index ? std::to_string(*index) : "?") +
-              "  handle " + (event.profile_handle ? std::to_string(*event.profile_handle) : "?") +
-              "  " + WordOf(event.family) + (state == nullptr ? "" : std::string("  ") + state) +
-              "\n";
-  return line;
-}
-
-void Emit(const Context& context, const Report& line) {
-  if (!context.options.quiet) PrintLine(line, context.options.json);
+  return {{{"time", FormatTime(event.time)},
+           {"event", kind.name},
+           {"handle", number(event.profile_handle)},
+           {"index", number(index)},
+           {"family", WordOf(event.family)},
+           {"state", kind.state ? Json(WordOf(*kind.state)) : Json()}},
+          AsSentence("{time}  {event}[  profile {index}][  handle {handle}]  {family}[  {state}]")};
 }
 
 void PrintInitial(Context& context, const std::vector<Profile>& profiles) {
@@ -93,7 +65,8 @@ void PrintInitial(Context& context, const std::vector<Profile>& profiles) {
     const FamilyStates state = context.router.CallState(profile.index);
     for (const IPFamily family : {IPFamily::IPV4, IPFamily::IPV6}) {
       const Event now{std::chrono::system_clock::now(), 0, family, profile.policy.profile_handle};
-      Emit(context, DescribeLine(now, "initial", WordOf(state.Of(family)), profile.index));
+      PrintLine(DescribeEvent(now, {0, "initial", state.Of(family)}, profile.index),
+                context.options);
     }
   }
 }
@@ -108,11 +81,12 @@ void Refresh(Router& router, std::vector<Profile>& profiles) {
   }
 }
 
-void Watch(Context& context, const WatchArguments& arguments) {
+Report Watch(Context& context, const WatchArguments& arguments) {
   // Subscribes before reading the state, so that no event in between is missed.
   EventFeed feed(context.router.Wrapper());
   std::vector<Profile> profiles = context.router.Profiles();
   PrintInitial(context, profiles);
+  if (!context.options.wait) RunWithoutLimit();
 
   uint32_t printed = 0;
   auto last_event = Clock::now();
@@ -127,16 +101,17 @@ void Watch(Context& context, const WatchArguments& arguments) {
         arguments.idle_timeout && Clock::now() - last_event >= *arguments.idle_timeout;
     if (idle && events.empty()) {
       if (arguments.count) throw CommandFailed(Failure::IDLE);
-      return;
+      break;
     }
     Refresh(context.router, profiles);
     for (const Event& event : events) {
       if (arguments.count && printed == *arguments.count) break;
-      Emit(context,
-           DescribeLine(event, NameOf(event.code), StateOf(event.code), IndexOf(event, profiles)));
+      PrintLine(DescribeEvent(event, KindOf(event.code), IndexOf(event, profiles)),
+                context.options);
       ++printed;
     }
   }
+  return {};
 }
 
 }  // namespace
@@ -145,10 +120,7 @@ void AddWatch(CommandLine& line) {
   const auto arguments = std::make_shared<WatchArguments>();
   CLI::App* watch =
       line.AddObject("watch", "Print the state of all calls, then events until interrupted",
-                     [arguments](Context& context) {
-                       Watch(context, *arguments);
-                       return Report();
-                     });
+                     [arguments](Context& context) { return Watch(context, *arguments); });
   AddNumber(watch, "--count", arguments->count, 0, 1000000000, "End after N events");
   AddSeconds(
       watch, "--idle-timeout", [arguments](milliseconds limit) { arguments->idle_timeout = limit; },
