@@ -8,7 +8,7 @@ import subprocess
 import sys
 import unittest
 
-from simulator import SOURCE, Simulator, validate
+from simulator import SCHEMA, SOURCE, Simulator, validate
 
 
 def read(name):
@@ -197,7 +197,33 @@ class Documents(unittest.TestCase):
                                  known + "\t86400\n")
 
 
+def keys_in(schema):
+    """All keys of objects in a schema or a part of it."""
+    if isinstance(schema, list):
+        return set().union(*map(keys_in, schema))
+    if not isinstance(schema, dict):
+        return set()
+    if "$ref" in schema:
+        return keys_in(SCHEMA["$defs"][schema["$ref"].rsplit("/", 1)[1]])
+    return set(schema.get("properties", {})).union(*map(keys_in, schema.values()))
+
+
 class Manual(unittest.TestCase):
+    def test_and_help_have_each_key_and_code(self):
+        page = read("docs/man/qcmapctl.1.scd")
+        documents = list(SCHEMA["$defs"])
+        for name in documents[:documents.index("failure")]:
+            command = name.replace("_line", "").split("_")
+            shown = subprocess.run(["qcmapctl", *command, "--help"], capture_output=True, text=True,
+                                   check=True).stdout
+            for key in keys_in(SCHEMA["$defs"][name]):
+                self.assertRegex(page, f"\\b_{key}_\\b", name)
+                self.assertRegex(shown[shown.index("Fields: "):], f"[ _]{key}(_|,|\\n)", name)
+        shown = subprocess.run(["qcmapctl", "explain", "--help"], capture_output=True, text=True,
+                               check=True).stdout
+        for code, meaning, _ in CODES:
+            self.assertIn(f" {code} {meaning}", " ".join(shown.split()))
+
     def test_and_hints_show_command_lines_that_work(self):
         texts = [read("docs/man/qcmapctl.1.scd"), read("tools/qcmapctl/failures.inc")]
         for folder, _, files in os.walk(SOURCE + "/tools/qcmapctl"):

@@ -43,6 +43,8 @@ TEST(Usage, ErrorsNeedNoServerAndNameTheNearestWord) {
       {"call up all", "'all' is not a profile index", "give one index, as 'qcmapctl policy list'"},
       {"call -w", "--wait needs a value", "'qcmapctl"},
       {"-q call -w 1 -w 2", "--wait is given more than once", ""},
+      {"policy list -g indx", "unknown field 'indx'", "did you mean 'index'?"},
+      {"-g lan_gatewy", "unknown field 'lan_gatewy'", "did you mean 'lan_gateway'?"},
       {"call up", "call up: ID is missing", "'qcmapctl call up --help' shows more"},
       {"call up -5", "call up: '-5' is not a profile index", ""},
       {"call up 1 2", "call up: unknown word '2'", ""},

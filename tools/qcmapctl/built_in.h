@@ -5,5 +5,7 @@ namespace qcmapctl {
 
 /// docs/log-lines.md
 extern const char kLogPage[];
+/// qcmapctl.schema.json
+extern const char kSchema[];
 
 }  // namespace qcmapctl

@@ -5,6 +5,7 @@
 
 #include "arguments.h"
 #include "failure.h"
+#include "field_names.h"
 #include "mox/vendor/qcom/qcmap/version.h"
 #include "usage.h"
 
@@ -152,6 +153,9 @@ CommandLine::Command CommandLine::Parse(const std::vector<std::string>& argument
     app_.parse(reversed);
   } catch (const CLI::CallForHelp&) {
     help.text = app_.help();
+    std::vector<std::string> fields = FieldNamesOf(Operation());
+    if (commands_.count(InnermostOf(app_)) == 0) fields.clear();
+    if (!fields.empty()) help.text += "\nFields: " + CLI::detail::join(fields, ", ") + "\n";
     return help;
   } catch (const CLI::CallForVersion&) {
     help.text = app_.version() + "\n";
@@ -161,6 +165,10 @@ CommandLine::Command CommandLine::Parse(const std::vector<std::string>& argument
   }
   if (options_.json + options_.key_values + !options_.fields.empty() > 1) {
     throw CommandFailed("only one of -J, -K and -g is possible", "leave the others out");
+  }
+  const std::string operation = Operation();
+  for (const std::string& field : options_.fields) {
+    RequireField(operation.empty() ? "status show" : operation, field);
   }
   Command command = commands_[InnermostOf(app_)];
   command.options = options_;
