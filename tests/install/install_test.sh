@@ -70,14 +70,17 @@ places() {
 ./lib/libqmi_client.so
 ./lib/libqmi_client.so.1
 ./lib/pkgconfig/mvq_qcmap.pc
+./share/bash-completion/completions/qcmapctl
 ./share/doc/mvq_qcmap/CHANGELOG.md
 ./share/doc/mvq_qcmap/README.md
 ./share/doc/mvq_qcmap/log-lines.md
+./share/fish/vendor_completions.d/qcmapctl.fish
 ./share/man/man1/QCMAP_ConnectionManager.1
 ./share/man/man1/mvq-qcmap-sim.1
 ./share/man/man1/qcmapctl.1
 ./share/man/man3/libmvq_qcmap.3
 ./share/qcmapctl/qcmapctl.schema.json
+./share/zsh/vendor-completions/_qcmapctl
 END
   for program in qcmapctl mvq-qcmap-sim QCMAP_ConnectionManager; do
     [ "$("$prefix/bin/$program" --version)" = "$program $version" ] ||

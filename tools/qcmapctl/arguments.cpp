@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cctype>
 
+#include "router.h"
+
 namespace qcmapctl {
 namespace {
 
@@ -36,25 +38,38 @@ CLI::Option* AddArgument(CLI::App* command, const std::string& names, const std:
 
 CLI::Option* AddIndex(CLI::App* command, std::optional<uint32_t>& index,
                       const std::string& description, const std::string& name) {
-  return AddArgument(command, name, " ", description, [&index](const std::string& word) {
-    index = ToNumber(word, kHighestIndex);
-    if (index) return std::string();
-    throw CommandFailed("'" + word + "' is not a profile index",
-                        "give one index, as 'qcmapctl policy list' shows it; each command acts "
-                        "on one profile");
+  CLI::Option* option =
+      AddArgument(command, name, " ", description, [&index](const std::string& word) {
+        index = ToNumber(word, kHighestIndex);
+        if (index) return std::string();
+        throw CommandFailed("'" + word + "' is not a profile index",
+                            "give one index, as 'qcmapctl policy list' shows it; each command acts "
+                            "on one profile");
+      });
+  SetCandidates(option, [](Router& router) {
+    std::vector<std::string> indices;
+    for (const Profile& profile : router.Profiles()) {
+      indices.push_back(std::to_string(profile.index));
+    }
+    return indices;
   });
+  return option;
 }
 
 CLI::Option* AddVlanId(CLI::App* command, int32_t& vlan_id) {
-  return AddArgument(command, "VLAN", " ", "VLAN id, 2 to 4094",
-                     [&vlan_id](const std::string& word) {
-                       const auto number = ToNumber(word, 4094);
-                       if (!number || *number < 2)
-                         return "'" + word + "' is not a VLAN id from 2 to 4094";
-                       vlan_id = static_cast<int32_t>(*number);
-                       return std::string();
-                     })
-      ->required();
+  CLI::Option* option =
+      AddArgument(command, "VLAN", " ", "VLAN id, 2 to 4094", [&vlan_id](const std::string& word) {
+        const auto number = ToNumber(word, 4094);
+        if (!number || *number < 2) return "'" + word + "' is not a VLAN id from 2 to 4094";
+        vlan_id = static_cast<int32_t>(*number);
+        return std::string();
+      });
+  SetCandidates(option, [](Router& router) {
+    std::vector<std::string> ids;
+    for (const VlanConfig& vlan : router.Vlans()) ids.push_back(std::to_string(vlan.vlan_id));
+    return ids;
+  });
+  return option->required();
 }
 
 CLI::Option* AddNumber(CLI::App* command, const std::string& name, std::optional<uint32_t>& value,

@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "completion.h"
 #include "failure.h"
 #include "vocabulary.h"
 
@@ -49,14 +50,16 @@ CLI::Option* AddWord(CLI::App* command, const std::string& name, std::optional<V
   std::vector<std::string> list;
   for (const auto& entry : words) list.push_back(entry.first);
   const std::string shown = CLI::detail::join(list, "|");
-  return AddArgument(command, name, shown, description,
-                     [&value, &words, shown](const std::string& word) {
-                       value.reset();
-                       for (const auto& entry : words) {
-                         if (entry.first == word) value = entry.second;
-                       }
-                       return value ? std::string() : "'" + word + "' is not one of " + shown;
-                     });
+  CLI::Option* option = AddArgument(
+      command, name, shown, description, [&value, &words, shown](const std::string& word) {
+        value.reset();
+        for (const auto& entry : words) {
+          if (entry.first == word) value = entry.second;
+        }
+        return value ? std::string() : "'" + word + "' is not one of " + shown;
+      });
+  SetCandidates(option, [list](Router&) { return list; });
+  return option;
 }
 
 /// The options -4 and -6. Without them, both families are chosen.

@@ -62,6 +62,8 @@ class CommandLine {
   /// The object and verb that Parse has recognised so far, as messages show them.
   std::string Operation() const;
 
+  const CLI::App& app() const { return app_; }
+
  private:
   void AddOptions();
   std::vector<std::string> WithDefaultVerb(std::vector<std::string> arguments) const;

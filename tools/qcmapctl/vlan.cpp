@@ -1,5 +1,6 @@
 /// vlan: VLANs on the tethering interfaces.
 #include <algorithm>
+#include <set>
 
 #include "arguments.h"
 #include "objects.h"
@@ -59,6 +60,12 @@ Report DeleteVlan(Router& router, const VlanArguments& arguments) {
   return DescribeChange(vlan, "deleted");
 }
 
+std::vector<std::string> InterfacesInUse(Router& router) {
+  std::set<std::string> names;
+  for (const VlanConfig& vlan : router.Vlans()) names.insert(InterfaceOf(vlan.tethering_mode));
+  return {names.begin(), names.end()};
+}
+
 }  // namespace
 
 void AddVlan(CommandLine& line) {
@@ -78,6 +85,7 @@ void AddVlan(CommandLine& line) {
     CLI::Option* interface = AddWord(verb, "INTERFACE", arguments->interface, InterfaceWords(),
                                      "rndis0 or 1, ecm0 or 2, eth0 or 3");
     interface->required()->option_text(" ");
+    if (verb == remove) SetCandidates(interface, InterfacesInUse);
     AddVlanId(verb, arguments->vlan_id);
   }
 }
