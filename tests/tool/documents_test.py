@@ -224,6 +224,14 @@ class Manual(unittest.TestCase):
         for code, meaning, _ in CODES:
             self.assertIn(f" {code} {meaning}", " ".join(shown.split()))
 
+    def test_shows_documents_that_the_schema_allows(self):
+        # Another test compares what the page shows with what the tool prints.
+        shown = re.findall(r"^\$ qcmapctl --json (\w+) (\w+)\n([^$`]*)", read("docs/man/qcmapctl.1.scd"),
+                           re.M)
+        self.assertTrue(shown)
+        for command, verb, document in shown:
+            validate(json.loads(document), f"{command}_{verb}")
+
     def test_and_hints_show_command_lines_that_work(self):
         texts = [read("docs/man/qcmapctl.1.scd"), read("tools/qcmapctl/failures.inc")]
         for folder, _, files in os.walk(SOURCE + "/tools/qcmapctl"):

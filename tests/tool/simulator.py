@@ -3,6 +3,7 @@
 import json
 import os
 import pty
+import re
 import select
 import subprocess
 import tempfile
@@ -80,7 +81,7 @@ class Simulator:
                                  input=text, stdin=None if text else subprocess.DEVNULL,
                                  capture_output=True, encoding="utf-8", check=False)
         outcome = Outcome(process, time.monotonic() - start)
-        if "-J" in words:
+        if any(re.fullmatch("-[a-z]*J|--json", word) for word in words):
             name, is_stream = name_of(words)
             for document in outcome.out.splitlines() if is_stream else [outcome.out]:
                 if document:

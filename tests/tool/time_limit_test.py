@@ -9,7 +9,7 @@ import tempfile
 import time
 import unittest
 
-from simulator import Simulator
+from simulator import Simulator, validate
 
 
 class TimeLimit(unittest.TestCase):
@@ -59,12 +59,16 @@ class TimeLimit(unittest.TestCase):
                                       stdout=subprocess.PIPE, pipesize=4096)
             with self.assertRaises(subprocess.TimeoutExpired):
                 status.wait(0.7)  # Nobody reads, so it cannot end.
-            self.assertEqual(len(json.loads(status.communicate()[0])["profiles"]), 50)
+            document = json.loads(status.communicate()[0])
+            validate(document, "status_show")
+            self.assertEqual(len(document["profiles"]), 50)
             self.assertEqual(status.returncode, 0)
 
             watch = self.start(simulator, "-J -w 0.5 watch", '"index":49')
             lines = watch.communicate()[0].splitlines()
-            self.assertEqual(list(json.loads(lines[-1])), ["error"])
+            for line in lines[:-1]:
+                validate(json.loads(line), "watch_line")
+            validate(json.loads(lines[-1]), "failure")
             self.assertEqual(watch.returncode, 3)
 
 
