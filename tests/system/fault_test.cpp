@@ -25,23 +25,6 @@ milliseconds Since(steady_clock::time_point start) {
   return std::chrono::duration_cast<milliseconds>(steady_clock::now() - start);
 }
 
-TEST_F(Fault, EveryRequestFailsWithoutAServerAndAtOnceAfterItsEnd) {
-  QCMAP_Client never_connected(nullptr);
-  Start();
-  QCMAP_Client left_alone(nullptr);
-  server_.reset();
-  Start();  // No client connects to a server that was started after it.
-  for (QCMAP_Client* client : {&never_connected, &left_alone}) {
-    for (const Request& request : kEveryRequest) {
-      const auto start = steady_clock::now();
-      qmi_error_type_v01 error{};
-      EXPECT_FALSE(request.send(*client, &error)) << request.name;
-      EXPECT_EQ(error, QMI_ERR_INTERNAL_V01) << request.name;
-      EXPECT_LE(Since(start), kLimit / 2) << request.name;
-    }
-  }
-}
-
 TEST_F(Fault, HangingServerCostsNoMoreThanTheLimitAndIsUsableAfterwards) {
   Start();
   static std::atomic<bool> has_heard{false};

@@ -46,7 +46,7 @@ class Memory : public SimulatedServer {
     const int control = RawSocket(sim::ControlPath(path_));
     Send(control, "show");
     server_->Write(
-        "show\nshow --json\nbogus\nfail ActivateLAN:3:1\nlate GetLANConfig 1 1\n"
+        "show\nshow --json\nx\nfail ActivateLAN:3:1\nlate GetLANConfig 1 1\n"
         "delay WWAN_STATUS_IND 1 1\nindicate 0x25 1\nraw 0x25 00\ntraffic 0 4 1 1\n"
         "network off\nnetwork on\ndrop 0\nsleep 1\nhelp\n");
     QCMAP_Client client(nullptr);
