@@ -46,16 +46,18 @@ void Console::Arm() {
   }
 }
 
-void Console::Read() {
+bool Console::Read() {
   char bytes[kReadBytes];
   const ssize_t size = ::read(own_fd_ >= 0 ? own_fd_ : fd_, bytes, sizeof bytes);
+  if (size < 0 && (errno == EAGAIN || errno == EINTR)) return false;
   if (size > 0) {
     unread_.append(bytes, static_cast<size_t>(size));
-  } else if (size == 0 || (errno != EAGAIN && errno != EINTR)) {
+  } else {
     has_ended_ = true;
     if (!unread_.empty() || discards_line_) unread_ += '\n';
   }
   DiscardLongLine();
+  return true;
 }
 
 void Console::DiscardLongLine() {
@@ -72,7 +74,8 @@ void Console::DiscardLongLine() {
 
 void Console::RunFirstLines() {
   throws_ = true;
-  while (MayRun() && !io_.stopped() && (HasLine() || !has_ended_)) HasLine() ? RunLine() : Read();
+  while (MayRun() && !io_.stopped() && (HasLine() || (!has_ended_ && Read())))
+    if (HasLine()) RunLine();
   throws_ = false;
 }
 
@@ -104,11 +107,11 @@ void Console::Run(const std::string& line) {
   if (result.quits) io_.stop();
 }
 
-// `what` is often too short to need memory, so a line is not carried out twice for want of it.
-void Console::Complain(const std::string& what) {
-  if (throws_) throw WrongCommand("line " + std::to_string(line_number_) + ": " + what);
+void Console::Complain(std::string_view what) {
+  if (throws_)
+    throw WrongCommand("line " + std::to_string(line_number_) + ": " + std::string(what));
   try {
-    complaints_.Add("line " + std::to_string(line_number_) + ": " + what);
+    complaints_.Add("line " + std::to_string(line_number_) + ": " + std::string(what));
   } catch (const std::bad_alloc&) {
     complaints_.Add("out of memory");
   }

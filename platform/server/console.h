@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 
 #include "server/alarm.h"
 #include "server/commands.h"
@@ -22,21 +23,22 @@ class Console : public Activity {
   Console& operator=(const Console&) = delete;
 
   void Arm() override;
-  /// Carries out the lines before the first one that has to wait. Throws WrongCommand at the first
-  /// one that is wrong.
+  /// Carries out the lines that are there, up to the first one that has to wait. Throws
+  /// WrongCommand at the first one that is wrong.
   void RunFirstLines();
 
  private:
   bool HasLine() const { return unread_.find('\n') != std::string::npos; }
   bool MayRun() const { return next_line_at_ <= Clock::now() && commands_.HasReached(awaited_); }
-  void Read();
+  /// Returns false when there is nothing to read yet.
+  bool Read();
   /// Discards what has been read of a line that is too long. The rest of it is discarded as well
   /// when it comes.
   void DiscardLongLine();
   void RunLines();
   void RunLine();
   void Run(const std::string& line);
-  void Complain(const std::string& what);
+  void Complain(std::string_view what);
 
   asio::io_context& io_;
   Commands& commands_;

@@ -153,7 +153,11 @@ void Serve(const Options& options, asio::io_context& io, Streams& streams, sim::
   });
   const ScenarioFile file(options.scenario);
   sim::Console scenario(io, file.fd(), commands, streams.output, streams.about_scenario);
-  scenario.RunFirstLines();
+  try {
+    scenario.RunFirstLines();
+  } catch (const sim::WrongCommand& wrong) {
+    throw sim::WrongCommand(options.scenario + ": " + wrong.what());
+  }
   sim::ListeningSocket listening(options.socket);
   hub.Accept(listening.fd(), model);
   sim::ListeningSocket controlled(sim::ControlPath(options.socket));

@@ -18,7 +18,7 @@ TEST_F(Server, ReportsWhatIsWrongWithItsOptions) {
   ExpectEnd({"--fail", "Connect"}, 2, "unknown request 'Connect'");
   ExpectEnd({"--fail", "ActivateLAN:3:x"}, 2, "'x' is not a number from 1");
   std::ofstream(directory_ + "/wrong") << "# comment\nnetwrk off\n";
-  ExpectEnd({"--scenario", directory_ + "/wrong"}, 2, "line 2: unknown command 'netwrk'");
+  ExpectEnd({"--scenario", directory_ + "/wrong"}, 2, "/wrong: line 2: unknown command 'netwrk'");
   ExpectEnd({"--scenario", directory_ + "/none"}, 1, "No such file");
 }
 
