@@ -186,7 +186,7 @@ void Connection::FlushIndications() {
     auto next = position_;
     const auto entry = hub_.log_.Next(next);
     const uint32_t handle = client_->ticket.handle;
-    if (entry.receiver == 0 || entry.receiver == handle) {
+    if (IsFor(entry)) {
       const bool is_sent =
           Send(entry.has_elements ? MakeIndication(entry.indication.id, std::string(entry.elements))
                                   : MakeIndication(entry.indication, handle)) >= 0;
@@ -196,7 +196,6 @@ void Connection::FlushIndications() {
         awaits_room_ = true;
         return;
       }
-      if (hub_.record_.IsOn()) hub_.record_.Indication(peer_, entry);
     }
     position_ = next;
   }

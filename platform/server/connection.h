@@ -25,6 +25,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Start() noexcept { Guard(&Connection::Begin); }
   /// Sends what is new in the hub's log.
   void SendIndications() noexcept { Guard(&Connection::FlushIndications); }
+  /// Whether it carries this indication.
+  bool IsFor(const IndicationLog::Entry& entry) const {
+    return gets_indications_ && (entry.receiver == 0 || entry.receiver == client_->ticket.handle);
+  }
   /// Whether it has sent everything in the hub's log that it is to send.
   bool HasSentAll() const { return !gets_indications_ || position_ == hub_.log_.end(); }
   /// Does what is due.

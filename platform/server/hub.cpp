@@ -125,6 +125,11 @@ void Hub::IndicateRaw(uint32_t id, std::string_view elements) noexcept {
 }
 
 void Hub::Add(const IndicationLog::Entry& entry) noexcept {
+  // They are recorded when they happen, not when a slow client has room for them.
+  if (record_.IsOn()) {
+    for (const auto& connection : connections_)
+      if (connection->IsFor(entry)) record_.Indication(connection->peer_, entry);
+  }
   log_.Add(entry);
   bool all_are_sent = true;
   for (const auto& connection : connections_) {
