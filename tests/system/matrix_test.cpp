@@ -114,6 +114,18 @@ TEST_F(Matrix, HasARowForEachRequest) {
     EXPECT_STREQ(kEveryRequest[id].name, sim::kMessageNames[id]);
 }
 
+// The client discards the second reply, so only a peer that speaks bytes sees it.
+TEST_F(Matrix, RepeatedReplyIsSentTwice) {
+  Start();
+  const int fd = RawSocket(path_);
+  OpenHalf(fd);
+  Control("repeat ActivateLAN 1");
+  Send(fd, sim::MakeDatagram(sim::message::ActivateLAN::kId, 7, 0, ""));
+  const std::string reply = Receive(fd);
+  EXPECT_EQ(Receive(fd), reply);
+  ::close(fd);
+}
+
 /// The indications that a client has received, such as " own malformed".
 std::mutex received_mutex;
 std::string received;
