@@ -26,8 +26,7 @@ class Printer {
   template <typename Value>
   void Member(const char* name, const Value& value) {
     Separate();
-    PutWord(name);
-    out_ += style_ == kJson ? ':' : '=';
+    PutName(name);
     Put(value);
   }
 
@@ -36,6 +35,16 @@ class Printer {
   void Members(const Names& names, const std::tuple<Values...>& values) {
     size_t i = 0;
     std::apply([&](const auto&... value) { (Member(names[i++], value), ...); }, values);
+  }
+
+  /// Appends a name and an object, whose members `put_members` appends.
+  template <typename PutMembers>
+  void Object(const char* name, const PutMembers& put_members) {
+    Separate();
+    PutName(name);
+    Open('{');
+    put_members();
+    out_ += '}';
   }
 
   template <typename Value>
@@ -56,7 +65,7 @@ class Printer {
   }
   template <typename Entry, size_t kCount>
   void Put(const Entry (&entries)[kCount]) {
-    Put(Entries<const Entry>{entries, kCount});
+    Put(Entries<const Entry>{entries, kCount, kCount});
   }
   template <size_t kCapacity>
   void Put(const char (&text)[kCapacity]) {
@@ -84,8 +93,12 @@ class Printer {
   }
   template <typename Number>
   void Put(const Ipv4Address<Number>& address) {
-    const in_addr bytes{htonl(address.number)};
-    PutAddress(AF_INET, &bytes);
+    char text[INET_ADDRSTRLEN], *end = text;
+    for (int shift = 24; shift >= 0; shift -= 8) {
+      end = std::to_chars(end, std::end(text), address.number >> shift & 0xFF).ptr;
+      *end++ = shift > 0 ? '.' : '\0';
+    }
+    PutWord(text);
   }
   /// The union does not say which family it holds. Three IPv6 addresses use more of it.
   void Put(const qcmap_nw_params_t& params) {
@@ -96,7 +109,7 @@ class Printer {
     for (int i = 0; i < 3; ++i) {
       Separate();
       if (is_v6)
-        PutAddress(AF_INET6, params.v6[i]);
+        PutIpv6Address(params.v6[i]);
       else
         Put(Ipv4Address{params.v4[i]});
     }
@@ -106,7 +119,11 @@ class Printer {
  private:
   void Open(char bracket) { out_ += bracket; }
   void Separate() {
-    if (!out_.empty() && std::strchr("{[(", out_.back()) == nullptr) out_ += ',';
+    if (!out_.empty() && out_.back() != '{' && out_.back() != '[') out_ += ',';
+  }
+  void PutName(const char* name) {
+    PutWord(name);
+    out_ += style_ == kJson ? ':' : '=';
   }
   /// A word needs quotes only in JSON.
   void PutWord(const char* word) {
@@ -122,9 +139,9 @@ class Printer {
     else
       Put(number);
   }
-  void PutAddress(int family, const void* bytes) {
+  void PutIpv6Address(const uint8_t (&bytes)[16]) {
     char text[INET6_ADDRSTRLEN] = "";
-    ::inet_ntop(family, bytes, text, sizeof text);
+    ::inet_ntop(AF_INET6, bytes, text, sizeof text);
     PutWord(text);
   }
   /// Each byte outside ASCII is a character of its own, since nobody knows its encoding.

@@ -47,11 +47,14 @@ template <typename Entry>
 struct Entries {
   Entry* first;
   size_t count;
+  /// How many a reader may write.
+  size_t capacity = 0;
 };
 /// As many entries as `count` says, but no more than there is room for.
 template <typename Entry, typename Count>
 Entries<Entry> Counted(Entry* first, Count count, size_t capacity) {
-  return {first, count < 0 ? 0 : std::min<size_t>(static_cast<size_t>(count), capacity)};
+  const size_t wanted = count < 0 ? 0 : static_cast<size_t>(count);
+  return {first, std::min(wanted, capacity), capacity};
 }
 
 /// A field's name, and a function that returns its value in a given record.
