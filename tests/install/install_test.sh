@@ -43,6 +43,7 @@ places() {
     LC_ALL=C sort) <<'END'
 ./bin/QCMAP_ConnectionManager
 ./bin/mvq-qcmap-sim
+./bin/mvq-qcmap-trace
 ./bin/qcmapctl
 ./include/mox/result.h
 ./include/mox/util/event_dic.h
@@ -69,25 +70,31 @@ places() {
 ./lib/libqcmap_client.so.1
 ./lib/libqmi_client.so
 ./lib/libqmi_client.so.1
+./lib/mvq-qcmap/libmvq_qcmap_trace.so
 ./lib/pkgconfig/mvq_qcmap.pc
 ./share/bash-completion/completions/qcmapctl
 ./share/doc/mvq_qcmap/CHANGELOG.md
 ./share/doc/mvq_qcmap/README.md
 ./share/doc/mvq_qcmap/log-lines.md
+./share/doc/qcmapctl/reporting.md
 ./share/fish/vendor_completions.d/qcmapctl.fish
 ./share/man/man1/QCMAP_ConnectionManager.1
 ./share/man/man1/mvq-qcmap-sim.1
+./share/man/man1/mvq-qcmap-trace.1
 ./share/man/man1/qcmapctl.1
 ./share/man/man3/libmvq_qcmap.3
 ./share/qcmapctl/qcmapctl.schema.json
 ./share/zsh/vendor-completions/_qcmapctl
 END
-  for program in qcmapctl mvq-qcmap-sim QCMAP_ConnectionManager; do
+  for program in qcmapctl mvq-qcmap-sim mvq-qcmap-trace QCMAP_ConnectionManager; do
     [ "$("$prefix/bin/$program" --version)" = "$program $version" ] ||
       fail "$program --version is not $version"
   done
   "$prefix/bin/mvq-qcmap-sim" -- "$prefix/bin/qcmapctl" >"$work/log" ||
     fail "the installed tool fails with the installed server"
+  "$prefix/bin/mvq-qcmap-sim" -- "$prefix/bin/mvq-qcmap-trace" --output "$work/trace" -- \
+    "$prefix/bin/qcmapctl" >"$work/log" && grep -q EnableMobileAP "$work/trace" ||
+    fail "the installed tool is not traced"
 }
 
 pkg_config() {
@@ -146,11 +153,13 @@ device() {
     -DCMAKE_INSTALL_PREFIX="$work/device" -DCMAKE_BUILD_TYPE=Debug
   grep -q "RPATH \"$libdir\"" "$work/build/tools/qcmapctl/cmake_install.cmake" ||
     fail "the tool will not find the library in $libdir"
-  quietly cmake --build "$work/build" --target mvq_qcmap docs/all
+  quietly cmake --build "$work/build" --target mvq_qcmap mvq-qcmap-trace docs/all
   quietly cmake --install "$work/build" --component runtime
   quietly cmake --install "$work/build" --component development
   PKG_CONFIG_PATH=$libdir/pkgconfig LD_LIBRARY_PATH=$root/lib compile g++ 14
-  runs env LD_LIBRARY_PATH="$root/lib" "$work/consumer"
+  runs env LD_LIBRARY_PATH="$root/lib" "$work/build/tools/mvq-qcmap-trace/mvq-qcmap-trace" \
+    --record "$work/recording" -- "$work/consumer"
+  [ "$(tail -n 1 "$work/recording")" = '{"end":true}' ] || fail "the program is not recorded"
 }
 
 # The library and the libraries beyond the seam, from copies of the tree in folders whose names

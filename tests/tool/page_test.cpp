@@ -72,7 +72,8 @@ TEST(Page, HasTheOptionsVerbsAndCodesOfTheHelp) {
 }
 
 TEST(Page, HasTheOptionsOfTheServerAndTheLauncher) {
-  for (const std::string program : {"QCMAP_ConnectionManager", "mvq-qcmap-sim"}) {
+  for (const std::string program :
+       {"QCMAP_ConnectionManager", "mvq-qcmap-sim", "mvq-qcmap-trace"}) {
     const std::string page = Page(program + ".1");
     const std::string outside_examples = page.substr(0, page.find("# EXAMPLES"));
     EXPECT_EQ(Find(outside_examples, "--[a-z][a-z-]*"), Find(Help(program), "--[a-z][a-z-]*"))
@@ -84,8 +85,9 @@ constexpr char kSession[] = "```[a-z]*\n(\\$ (?:[^`]|`[^`])*)```";
 
 TEST(Page, ShowsWhatItsCommandLinesPrint) {
   size_t shown = 0;
-  for (const std::string file : {"docs/man/qcmapctl.1.scd", "docs/man/mvq-qcmap-sim.1.scd",
-                                 "docs/man/QCMAP_ConnectionManager.1.scd", "README.md"}) {
+  for (const std::string file :
+       {"docs/man/qcmapctl.1.scd", "docs/man/mvq-qcmap-sim.1.scd",
+        "docs/man/QCMAP_ConnectionManager.1.scd", "docs/man/mvq-qcmap-trace.1.scd", "README.md"}) {
     for (const std::string& session : FindAll(ReadFile(MVQ_QCMAP_SOURCE "/" + file), kSession)) {
       std::istringstream lines(session);
       std::string script, expected;

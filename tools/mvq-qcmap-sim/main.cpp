@@ -50,6 +50,7 @@ constexpr char kHelp[] =
     "\n"
     "  -h, --help     show this help\n"
     "  -V, --version  show the version\n"
+    "  --replay FILE  start no server, but answer from a recording; --fast leaves its pauses out\n"
     "\n"
     "The exit status is the program's. If a signal ends the program, mvq-qcmap-sim ends with the same\n"
     "signal, which a shell shows as 128 plus the number of the signal.\n"
@@ -188,6 +189,16 @@ int Simulate(const std::vector<std::string>& options, const std::vector<std::str
   return child.Run(program, !console);
 }
 
+/// Recordings are played by the launcher that makes them. It takes the same words.
+int Replay(std::vector<std::string> words) {
+  const fs::path here = launch::OwnFolder();
+  words.insert(words.begin(), "mvq-qcmap-trace");
+  for (const fs::path& folder : {here, here / "../mvq-qcmap-trace"})
+    execv((folder / words[0]).c_str(), launch::ToArguments(words).data());
+  std::fputs("mvq-qcmap-sim: mvq-qcmap-trace, which plays recordings, is not installed\n", stderr);
+  return launch::kExitFailed;
+}
+
 }  // namespace
 
 int main(int argc, char* argv[]) {
@@ -197,6 +208,7 @@ int main(int argc, char* argv[]) {
     return std::find(words.begin(), separator, letter) != separator ||
            std::find(words.begin(), separator, name) != separator;
   };
+  if (given("--replay", "--replay")) return Replay(words);
   if (given("-h", "--help")) {
     std::fputs(kHelp, stdout);
     return 0;

@@ -1,0 +1,66 @@
+/// A file to which the traced program's processes append lines, unnoticed by the program.
+#pragma once
+
+#include <signal.h>
+#include <sys/types.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace trace {
+
+/// Keeps errno, and holds back signals: a handler might use the traced library again.
+class Unnoticed {
+ public:
+  Unnoticed() {
+    sigset_t all;
+    ::sigfillset(&all);
+    ::pthread_sigmask(SIG_SETMASK, &all, &mask_);
+  }
+  ~Unnoticed() {
+    ::pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
+    errno = errno_;
+  }
+  Unnoticed(const Unnoticed&) = delete;
+  Unnoticed& operator=(const Unnoticed&) = delete;
+
+ private:
+  const int errno_ = errno;
+  sigset_t mask_;
+};
+
+/// Prints a message of the library itself on standard error.
+void Complain(const std::string& message);
+
+/// Opens the file again when the program has closed the descriptor, as daemons do with all of
+/// theirs. Never writes to a descriptor that has come to mean another file.
+class LineFile {
+ public:
+  /// An empty path means standard error. `purpose` is what a message calls the file.
+  LineFile(std::string path, const char* purpose);
+
+  /// Appends with one write. After a failure, which is reported once, nothing more is written.
+  /// To be called with signals held back: SIGPIPE and SIGXFSZ, if raised, are discarded.
+  void Write(std::string_view line);
+  /// Whether this call is the first to ask and the file is still empty, among all processes.
+  bool Claim();
+
+ private:
+  bool IsOpen();
+  void Open();
+  void Fail(int error);
+
+  const std::string path_;
+  const char* const purpose_;
+  std::atomic<int> fd_{-1};
+  dev_t device_ = 0;
+  ino_t inode_ = 0;
+  std::atomic<bool> failed_{false};
+  /// When the descriptor was last looked at.
+  std::atomic<int64_t> checked_ms_{0};
+};
+
+}  // namespace trace
