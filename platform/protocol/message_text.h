@@ -39,8 +39,8 @@ inline auto ValuesOf(const MappingList& list) {
 constexpr seam::Request kOpenSession = {"OpenSession", {"handle"}, {"handle"}};
 
 /// The names of a message. OpenSession is the only one that is no request of the client class.
-// It compares no pointer to a request with null: with UndefinedBehaviorSanitizer, that is no constant
-// for GCC 12.
+// It compares no pointer to a request with null: with UndefinedBehaviorSanitizer, that is no
+// constant for GCC 12.
 constexpr const seam::Request& NamesOf(MessageId id) {
   const std::string_view name = kMessageNames[static_cast<uint32_t>(id)];
   for (const seam::Request& request : seam::kRequests) {

@@ -95,7 +95,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     const auto request =
         sim::ParseDatagram(reinterpret_cast<unsigned char*>(bytes.data()), bytes.size());
     if (!request) continue;
-    const Header reply = Check(request->header, AnswerRequest(server.model, client.handle, *request, sim::kGranted));
+    const Header reply =
+        Check(request->header, AnswerRequest(server.model, client.handle, *request, sim::kGranted));
     if (reply.error == 0) client.profile = reply.profile;
     if ((ending & kProceeds) != 0) server.Proceed();
   }
