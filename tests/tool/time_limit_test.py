@@ -12,6 +12,10 @@ import unittest
 from simulator import Simulator, validate
 
 
+# A busy machine may make a command late, but not each time.
+ATTEMPTS = 3
+
+
 class TimeLimit(unittest.TestCase):
     def expect(self, outcome, code, message, least, most):
         self.assertEqual((outcome.exit, outcome.out), (code, ""), outcome)
@@ -32,7 +36,11 @@ class TimeLimit(unittest.TestCase):
             with self.subTest(command), Simulator(*options) as simulator:
                 if stopped:
                     simulator.server.send_signal(signal.SIGSTOP)
-                self.expect(simulator.run(command), code, message, seconds, seconds + 0.2)
+                for _ in range(ATTEMPTS):
+                    outcome = simulator.run(command)
+                    if outcome.seconds < seconds + 0.2:
+                        break
+                self.expect(outcome, code, message, seconds, seconds + 0.2)
 
     def start(self, simulator, command, until):
         """Starts a command and waits until its output has that text."""
@@ -80,8 +88,10 @@ class Server(unittest.TestCase):
                 (signal.SIGKILL, "-v call up 1", "family [1] call", "call up: the connection to"),
                 (signal.SIGKILL, "-v -w 60 stats show --watch 60", "AP is Connected", "stats show: the"),
                 (signal.SIGSTOP, "-v call up 1", "family [1] call", "runs but does not answer")):
-            fastest = 60
-            for _ in range(2 if sent == signal.SIGKILL else 1):
+            fastest, most = 60, 0.1 if sent == signal.SIGKILL else 3
+            for _ in range(ATTEMPTS):
+                if fastest < most:
+                    break
                 with self.subTest(command), Simulator("--call-time", "60000") as simulator:
                     process = TimeLimit.start(self, simulator, command, until)
                     start = time.monotonic()
@@ -90,7 +100,7 @@ class Server(unittest.TestCase):
                     fastest = min(fastest, time.monotonic() - start)
                     self.assertIn(message, " ".join(printed.split()))
                     self.assertEqual(process.returncode, 8)
-            self.assertLess(fastest, 0.1 if sent == signal.SIGKILL else 3, command)
+            self.assertLess(fastest, most, command)
 
     def test_that_cannot_be_used_is_told_from_others(self):
         with Simulator() as simulator:
