@@ -114,7 +114,7 @@ TEST(Replay, RefusesWhatIsNotAWholeRecording) {
       {"cat story", ""},
       {"head -n 5 story", "damaged:6: the recording is cut off here\n"},
       {"head -c 1000 story", "damaged:6: the recording is cut off here\n"},
-      {"sed '4s/5/6/' story", "damaged:4: the line is damaged\n"},
+      {"sed '4s/true/false/' story", "damaged:4: the line is damaged\n"},
       {"sed 3d story", "damaged:3: the line is damaged\n"},
       {"sed '1s/:1/:2/' story", "damaged:1: version 2 is unknown\n"},
       {"echo hello", "damaged:1: this is not a recording\n"},

@@ -172,7 +172,7 @@ void* PlayIndications(void* place) {
     played = &indication;
     const auto number = static_cast<uintptr_t>(indication.handle);
     qmi_client_struct* handle;
-    std::memcpy(&handle, &number, sizeof handle);
+    std::memcpy(&handle, &number, sizeof number);
     if (client.callback != nullptr)
       client.callback(handle, static_cast<unsigned>(indication.id), bytes.data(), indication.length,
                       nullptr);
