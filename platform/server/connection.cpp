@@ -1,7 +1,6 @@
 /// Receives a client's requests one by one and sends replies and indications.
 #include "server/connection.h"
 
-#include <poll.h>
 #include <signal.h>
 #include <sys/random.h>
 #include <sys/socket.h>
@@ -14,12 +13,6 @@ namespace {
 /// How long a client may take to send its first datagram, to open its second connection, and to
 /// read a reply.
 constexpr std::chrono::seconds kTimeLimit{5};
-
-/// Returns which of `events` hold for the socket now.
-int Poll(int fd, short events) {
-  pollfd polled{fd, events, 0};
-  return ::poll(&polled, 1, 0) > 0 ? polled.revents : 0;
-}
 
 /// Whether the caller no longer waits for the reply. Then the request must not be carried out,
 /// since the caller would not learn of it.
@@ -79,9 +72,18 @@ void Connection::OnTime(Clock::time_point now) noexcept {
 void Connection::Begin() {
   if (hub_.record_.IsOn()) peer_ = PeerOf(socket_.native_handle());
   SetTimeLimit("a client sent nothing");
-  // A client that has gone is noticed at once, even while nothing is received from it.
-  Await(asio::socket_base::wait_error, &Connection::Close);
+  AwaitEnd();
   AwaitRequest();
+}
+
+void Connection::AwaitEnd() {
+  Await(asio::socket_base::wait_error, &Connection::OnEnd);
+}
+
+void Connection::OnEnd() {
+  // The end of a connection can be reported to one that has taken its place since.
+  if (Poll(socket_.native_handle(), 0) == 0) return AwaitEnd();
+  Close();
 }
 
 void Connection::Receive() {

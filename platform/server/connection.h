@@ -46,6 +46,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Await(asio::socket_base::wait_type type, Handler handler);
 
   void Begin();
+  /// Notices a client that has gone at once, even while nothing is received from it.
+  void AwaitEnd();
+  void OnEnd();
   void Receive();
   void AwaitRequest() { Await(asio::socket_base::wait_read, &Connection::Receive); }
   void OnDatagram(const Datagram& datagram);

@@ -8,6 +8,7 @@
 #include <cerrno>
 
 #include "protocol/control.h"
+#include "server/readiness.h"
 
 namespace sim {
 namespace {
@@ -28,7 +29,7 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
   /// again.
   Clock::time_point Arm() {
     if (!watches_end_) {
-      Await(asio::socket_base::wait_error, &ControlClient::Close);
+      Await(asio::socket_base::wait_error, &ControlClient::OnEnd);
       watches_end_ = true;
     }
     if (has_answer_ && !awaits_socket_ && commands_.HasReached(awaited_)) {
@@ -56,6 +57,11 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
         self->Close();
       }
     });
+  }
+  void OnEnd() {
+    watches_end_ = false;
+    // The end of a connection can be reported to one that has taken its place since.
+    if (Poll(socket_.native_handle(), 0) != 0) Close();
   }
   void Close() {
     asio::error_code ignored;

@@ -2,6 +2,7 @@
 #include "server/readiness.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/epoll.h>
 #include <sys/stat.h>
 
@@ -18,6 +19,11 @@ int ReopenWithoutBlocking(int fd, int access) {
     return -1;
   const std::string path = "/proc/self/fd/" + std::to_string(fd);
   return ::open(path.c_str(), access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+}
+
+int Poll(int fd, short events) {
+  pollfd polled{fd, events, 0};
+  return ::poll(&polled, 1, 0) > 0 ? polled.revents : 0;
 }
 
 Readiness::Readiness(asio::io_context& io, int fd, uint32_t event) : watch_(io) {

@@ -10,6 +10,9 @@ namespace sim {
 /// (O_RDONLY or O_WRONLY) in a non-blocking mode of its own. Returns -1 where that is not possible.
 int ReopenWithoutBlocking(int fd, int access);
 
+/// Returns which of `events` hold for `fd` now, and POLLHUP or POLLERR if its other end has gone.
+int Poll(int fd, short events);
+
 /// Asio would switch the descriptor to non-blocking mode for every program that shares it. So Asio
 /// waits for an epoll instance instead, which in turn watches the descriptor.
 class Readiness {
