@@ -34,7 +34,7 @@ done < <(grep -roP --include='*.h' --include='*.cpp' \
   '^class ((__attribute__|MVQ_QCMAP_)\S+ )?\K\w+(?=[^;]*\{)' include src platform tools)
 
 while IFS=. read -r suite name; do
-  grep -rqE "^TEST\w*\($suite, $name\)" tests || fail "docs/reliability.md names a test that does not exist: $suite.$name"
+  grep -rqE "^TEST\w*\($suite, $name\)" tests bench || fail "docs/reliability.md names a test that does not exist: $suite.$name"
 done < <(grep -oP '`\K[A-Z]\w+\.[A-Z]\w+(?=`)' docs/reliability.md)
 
 [ $((links * classes)) -gt 0 ] || fail "found $links links and $classes classes"

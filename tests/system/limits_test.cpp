@@ -1,6 +1,5 @@
 /// What the server grants its clients: places, memory, and time for each other.
 #include <atomic>
-#include <fstream>
 #include <future>
 
 #include "protocol/indication.h"
@@ -14,26 +13,7 @@ using std::chrono::steady_clock;
 
 constexpr size_t kPlaces = 256;
 
-class Limits : public SimulatedServer {
- protected:
-  auto Descriptors() const {
-    std::filesystem::directory_iterator all("/proc/" + std::to_string(server_->pid()) + "/fd");
-    return std::distance(begin(all), end(all));
-  }
-  /// The most memory that has been in use at one time, or what is in use now (VmRSS). 0 where a
-  /// sanitizer uses much memory of its own.
-  size_t Kilobytes(const std::string& field = "VmHWM:") const {
-#ifdef __SANITIZE_ADDRESS__
-    return 0;
-#endif
-    std::ifstream status("/proc/" + std::to_string(server_->pid()) + "/status");
-    std::string word;
-    size_t kilobytes = 0;
-    while (status >> word && word != field) continue;
-    status >> kilobytes;
-    return kilobytes;
-  }
-};
+using Limits = SimulatedServer;
 
 TEST_F(Limits, PlacesOfClientsThatDoNotOpenTheirSessionAreFreeInTime) {
   Start();

@@ -8,6 +8,7 @@
 
 #include <condition_variable>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <map>
 #include <memory>
@@ -73,6 +74,23 @@ class SimulatedServer : public testing::Test {
   void Console(const std::string& commands) {
     server_->Write(commands + "\necho end" + std::to_string(++commands_) + "\n");
     ASSERT_TRUE(server_->WaitForOutput("end" + std::to_string(commands_) + "\n"));
+  }
+  auto Descriptors() const {
+    std::filesystem::directory_iterator all("/proc/" + std::to_string(server_->pid()) + "/fd");
+    return std::distance(begin(all), end(all));
+  }
+  /// The most memory that has been in use at one time, or what is in use now (VmRSS). 0 where a
+  /// sanitizer uses much memory of its own.
+  size_t Kilobytes(const std::string& field = "VmHWM:") const {
+#ifdef __SANITIZE_ADDRESS__
+    return 0;
+#endif
+    std::ifstream status("/proc/" + std::to_string(server_->pid()) + "/status");
+    std::string word;
+    size_t kilobytes = 0;
+    while (status >> word && word != field) continue;
+    status >> kilobytes;
+    return kilobytes;
   }
 
   std::string directory_, path_;
