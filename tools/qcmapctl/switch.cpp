@@ -68,13 +68,14 @@ Report SetSwitches(Router& router, const SwitchArguments& arguments) {
     if (!arguments.wanted[i]) continue;
     const Switch& which = kSwitches[i];
     const bool granted = which.set(router.Wrapper(), index, *arguments.wanted[i]);
-    const std::string subject = ProfileName(index) + ": " + which.name;
+    std::string subject = ProfileName(index) + ": " + which.name;
     if (done.empty()) {
       router.Require(granted, Failure::REFUSED, subject);
     } else {
-      router.Require(granted, Failure::PARTLY_DONE, subject + " was refused, already set:" + done);
+      subject.append(" was refused, already set:").append(done);
+      router.Require(granted, Failure::PARTLY_DONE, subject);
     }
-    done += std::string(" ") + which.name;
+    done.append(" ").append(which.name);
   }
   return ShowSwitches(router, index);
 }

@@ -74,7 +74,8 @@ const CLI::App* InnermostOf(const CLI::App& app) {
 std::string PathOf(const CLI::App* command) {
   std::string path;
   for (; command->get_parent() != nullptr; command = command->get_parent()) {
-    path = command->get_name() + (path.empty() ? "" : " ") + path;
+    const char* const separator = path.empty() ? "" : " ";
+    path.insert(0, separator).insert(0, command->get_name());
   }
   return path;
 }
