@@ -12,6 +12,11 @@
 
 namespace seam {
 
+/// Text that is JSON, or looks like other values of the same printer.
+struct Json {
+  std::string_view text;
+};
+
 /// Appends to a string. In JSON, `{"family":"V4","bytes":[1,2]}`; as plain text, for people,
 /// `{family=V4,bytes=[1,2]}`. A value without an enumerator is printed as its number.
 class Printer {
@@ -71,8 +76,10 @@ class Printer {
   void Put(const char (&text)[kCapacity]) {
     PutText({text, ::strnlen(text, kCapacity)});
   }
+  void Put(std::string_view text) { PutText(text); }
   void Put(const char* text) { PutText(text); }
   void Put(const std::string& text) { PutText(text); }
+  void Put(const Json& json) { out_ += json.text; }
   template <typename Entry>
   void Put(const Entries<Entry>& entries) {
     Open('[');

@@ -10,6 +10,7 @@
 #include <tuple>
 #include <type_traits>
 
+#include "records/printer.h"
 #include "records/table.h"
 
 namespace seam {
@@ -115,29 +116,27 @@ class Reader {
     }
     Expect("]");
   }
-
-  /// Skips what comes before `end`, and returns it.
-  std::string_view SkipUntil(char end) {
-    const std::string_view skipped = left_.substr(0, left_.find(end));
-    Expect(skipped);
-    return skipped;
+  /// The result refers to the text that is read, and keeps its escapes.
+  void Read(std::string_view& text) {
+    Expect("\"");
+    const std::string_view all = left_;
+    while (good_ && !StartsWith("\"")) Skip(StartsWith("\\") ? 2 : 1);
+    text = all.substr(0, all.size() - left_.size());
+    Expect("\"");
   }
-  /// Skips a whole object and returns it.
-  std::string_view SkipObject() {
+  /// Reads an object.
+  void Read(Json& json) {
     const std::string_view all = left_;
     int depth = 0;
-    bool in_text = false;
     do {
-      const char c = left_.empty() ? '\0' : left_.front();
-      if (in_text && c == '\\')
+      std::string_view text;
+      depth += StartsWith("{") ? 1 : StartsWith("}") ? -1 : 0;
+      if (StartsWith("\""))
+        Read(text);
+      else
         Skip(1);
-      else if (c == '"')
-        in_text = !in_text;
-      else if (!in_text && (c == '{' || c == '}'))
-        depth += c == '{' ? 1 : -1;
-      Skip(1);
     } while (good_ && depth > 0);
-    return all.substr(0, all.size() - left_.size());
+    json.text = all.substr(0, all.size() - left_.size());
   }
 
  private:

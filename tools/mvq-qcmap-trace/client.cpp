@@ -1,15 +1,18 @@
 /// The client class of the preloaded library, and two functions on which the program's events and
 /// log depend. Each reports its call and forwards it, or lets a recording answer it.
 #include <mox/util/process_control.h>
-#include <pthread.h>
 #include <qcmap_client.h>
 #include <qmi_client.h>
 
 #include <array>
+#include <cstring>
+#include <mutex>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "real.h"
+#include "records/reader.h"
 #include "tracer.h"
 
 namespace trace {
@@ -22,29 +25,11 @@ struct Client {
   std::atomic<const QCMAP_Client*> object{nullptr};
   unsigned number = 0;
   Callback* callback = nullptr;
-  /// The thread of its indications while a recording is played.
-  pthread_t thread{};
-  bool stopping = true;
 };
-
 constexpr size_t kMaxClients = 32;
 Client clients[kMaxClients];
-std::atomic<unsigned> clients_made{0};
 
-constexpr auto kNone = [] { return std::tuple<>(); };
-/// What the decoder returns for a message that it does not know.
-constexpr int kUnknown = 1;
-
-struct DecodedIndication {
-  seam::IndicationId id{};
-  uint64_t handle = 0;
-  uint32_t length = 0;
-  int result = kUnknown;
-  IndicationRecord record{};
-};
-/// What this thread delivers while a recording is played.
-thread_local const DecodedIndication* played = nullptr;
-
+/// Null for an object without a place. Places without an object are found by null.
 Client* Find(const QCMAP_Client* object) {
   for (Client& client : clients) {
     if (client.object == object) return &client;
@@ -55,76 +40,150 @@ Client* Find(const QCMAP_Client* object) {
 /// An object whose end was not seen leaves its place to the next one at its address. Null when all
 /// places are taken.
 Client* MakePlace(const QCMAP_Client* object, Callback* callback) {
+  static std::mutex mutex;
+  static unsigned made = 0;
+  const Unnoticed unnoticed;
+  const std::lock_guard<std::mutex> lock(mutex);
   Client* place = Find(object);
-  for (size_t i = 0; place == nullptr && i < kMaxClients; ++i) {
-    const QCMAP_Client* none = nullptr;
-    if (clients[i].object.compare_exchange_strong(none, object)) place = &clients[i];
-  }
+  if (place == nullptr) place = Find(nullptr);
   if (place == nullptr) {
     Complain("there are too many clients: the indications of one are not traced");
     return nullptr;
   }
-  place->number = ++clients_made;
+  place->number = ++made;
   place->callback = callback;
+  place->object = object;
   return place;
 }
 
-unsigned NumberOf(const Client* client) {
-  return client != nullptr ? client->number : 0;
-}
-
-/// Has `forward` make a call, or a recording answer it. `arguments` and `answers` make tuples.
+/// Has `forward` make a call, or a recording answer it. `answers` makes a tuple.
 template <typename Arguments, typename Answers, typename Forward>
-bool Perform(const seam::Request& names, unsigned client, const Arguments& arguments,
+bool Perform(const seam::Request& names, const Client* client, const Arguments& arguments,
              const Answers& answers, qmi_error_type_v01* error, const Forward& forward) {
   Tracer& tracer = Tracer::Get();
-  Event call{names.name, client, tracer.Count()};
-  const auto values = arguments();
+  Event call = tracer.Begin(names, client != nullptr ? client->number : 0);
   if (Replay* const replay = tracer.replay()) {
-    replay->Answer(call, names, tracer.Text(seam::Printer::kJson, names.arguments, values),
-                   answers);
+    const std::string text = tracer.Text(seam::Printer::kJson, names.arguments, arguments);
+    call.arguments.text = text;
+    const Event* const recorded = replay->IsOwnProcess() ? replay->Take(call) : nullptr;
+    call.ok = recorded != nullptr && recorded->ok;
+    call.error = recorded != nullptr ? recorded->error : QMI_ERR_INTERNAL_V01;
     if (error != nullptr) *error = call.error;
+    if (call.ok) seam::Reader(recorded->answer.text.substr(1)).Members(names.answers, answers());
   } else {
     call.ok = forward();
     if (error != nullptr) call.error = *error;
   }
-  call.took = Clock::now() - call.start;
-  tracer.Report(call, names, values, answers);
+  call.took_us = Now() - call.at_us;
+  tracer.Report(call, names, arguments, answers);
   return call.ok;
 }
 
-void Report(unsigned client, const DecodedIndication& indication) {
-  Tracer& tracer = Tracer::Get();
-  const Event event{kIndication.name, client, {}};
-  const auto arguments = std::tie(indication.id, indication.handle, indication.length);
-  if (indication.result != 0) {
-    tracer.Report(event, kIndication, arguments, [&] { return std::tie(indication.result); });
-  } else {
-    WithRecord(indication.id, indication.record, [&](const auto& record) {
-      tracer.Report(event, kIndication, arguments,
-                    [&] { return std::tie(indication.result, record); });
-    });
+template <typename... Types>
+std::tuple<Types...> ParametersOf(bool (QCMAP_Client::*)(Types...));
+template <size_t kIndex, typename Method>
+using Parameter = std::tuple_element_t<kIndex, decltype(ParametersOf(Method()))>;
+
+constexpr auto kNoAnswers = [] { return std::tuple<>(); };
+
+template <typename Value>
+auto ArgumentOf(Value value) {
+  if constexpr (std::is_pointer_v<Value>)
+    return std::tuple<>();
+  else
+    return std::make_tuple(value);
+}
+template <typename Value>
+auto AnswerOf(Value value) {
+  if constexpr (std::is_pointer_v<Value> && !std::is_same_v<Value, qmi_error_type_v01*>)
+    return std::tie(*value);
+  else
+    return std::tuple<>();
+}
+
+template <auto kMethod, typename... Values>
+bool Forward(QCMAP_Client* client, Values... values) {
+  const auto real = FindRealMethod<kMethod>();
+  if (real != nullptr) return (client->*real)(values...);
+  auto* const error = std::get<qmi_error_type_v01*>(std::make_tuple(values...));
+  if (error != nullptr) *error = QMI_ERR_INTERNAL_V01;
+  return false;
+}
+
+/// A request whose arguments are passed by value, and whose answers are pointers.
+template <auto kMethod, typename... Values>
+bool Send(const seam::Request& names, QCMAP_Client* client, Values... values) {
+  return Perform(
+      names, Find(client), std::tuple_cat(ArgumentOf(values)...),
+      [&] { return std::tuple_cat(AnswerOf(values)...); },
+      std::get<qmi_error_type_v01*>(std::make_tuple(values...)),
+      [&] { return Forward<kMethod>(client, values...); });
+}
+
+/// What the decoder returns for a message that it does not know.
+constexpr int kUnknown = 1;
+
+struct Indication {
+  seam::IndicationId id{};
+  uintptr_t handle = 0;
+  uint32_t length = 0;
+  int decoded = kUnknown;
+  /// Those about a call and those about a status have different records.
+  union {
+    qcmap_msgr_tear_down_wwan_ind_msg_v01 call;
+    qcmap_msgr_status_ind_msg_v01 status;
+  } record{};
+
+  auto Arguments() { return std::tie(id, handle, length); }
+};
+/// What this thread delivers while a recording is played.
+thread_local const Indication* played = nullptr;
+
+/// Calls `with` with the record, unless the kind of the indication is unknown.
+template <typename With>
+void WithRecord(Indication& indication, const With& with) {
+  switch (static_cast<uint32_t>(indication.id)) {
+    case QMI_QCMAP_MSGR_BRING_UP_WWAN_IND_V01:
+    case QMI_QCMAP_MSGR_TEAR_DOWN_WWAN_IND_V01:
+    case QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01:
+      return with(indication.record.call);
+    case QMI_QCMAP_MSGR_MOBILE_AP_STATUS_IND_V01:
+    case QMI_QCMAP_MSGR_STATION_MODE_STATUS_IND_V01:
+      return with(indication.record.status);
+    default:
+      return;
   }
-  tracer.CountCome();
+}
+
+void Report(unsigned client, Indication& indication) {
+  Tracer& tracer = Tracer::Get();
+  const Event event = tracer.Begin(kIndication, client);
+  if (indication.decoded != 0) {
+    tracer.Report(event, kIndication, indication.Arguments(),
+                  [&] { return std::tie(indication.decoded); });
+    return;
+  }
+  WithRecord(indication, [&](const auto& record) {
+    tracer.Report(event, kIndication, indication.Arguments(),
+                  [&] { return std::tie(indication.decoded, record); });
+  });
 }
 
 auto* FindDecoder() {
-  static std::atomic<void*> cache{nullptr};
-  return FindRealFunction<decltype(qmi_client_message_decode)>("qmi_client_message_decode", cache);
+  return FindRealFunction<decltype(qmi_client_message_decode)>("qmi_client_message_decode");
 }
 
-DecodedIndication Decode(qmi_client_struct* handle, unsigned id, const void* bytes,
-                         unsigned length) {
+Indication Decode(qmi_client_struct* handle, unsigned id, const void* bytes, unsigned length) {
   const Unnoticed unnoticed;
-  DecodedIndication indication{seam::IndicationId{id}, reinterpret_cast<uintptr_t>(handle), length};
+  Indication indication{seam::IndicationId{id}, reinterpret_cast<uintptr_t>(handle), length};
   const bool is_long =
       id == QMI_QCMAP_MSGR_BRING_UP_WWAN_IND_V01 || id == QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01;
   auto* const decode = FindDecoder();
-  WithRecord(indication.id, indication.record, [&](auto& record) {
+  WithRecord(indication, [&](auto& record) {
     qcmap_msgr_bring_up_wwan_ind_msg_v01 whole{};
     const auto size = static_cast<unsigned>(is_long ? sizeof whole : sizeof record);
     if (decode != nullptr)
-      indication.result = decode(handle, QMI_IDL_INDICATION, id, bytes, length, &whole, size);
+      indication.decoded = decode(handle, QMI_IDL_INDICATION, id, bytes, length, &whole, size);
     std::memcpy(&record, &whole, sizeof record);
   });
   return indication;
@@ -135,10 +194,8 @@ template <size_t kPlace>
 void OnIndication(qmi_client_struct* handle, unsigned id, void* bytes, unsigned length,
                   void* user) {
   const Client& client = clients[kPlace];
-  Report(client.number, Decode(handle, id, bytes, length));
-  struct AtReturn {
-    ~AtReturn() { Tracer::Get().CountReturned(); }
-  } const at_return;
+  Indication indication = Decode(handle, id, bytes, length);
+  Report(client.number, indication);
   client.callback(handle, id, bytes, length, user);
 }
 template <size_t... kPlaces>
@@ -147,171 +204,129 @@ constexpr std::array<Callback*, kMaxClients> Callbacks(std::index_sequence<kPlac
 }
 constexpr auto kCallbacks = Callbacks(std::make_index_sequence<kMaxClients>());
 
-DecodedIndication FromRecording(const RecordedEvent& event) {
-  DecodedIndication indication;
-  seam::Reader arguments(event.arguments), answers(event.answers);
-  arguments.Expect("{");
-  arguments.Members(kIndication.arguments,
-                    std::tie(indication.id, indication.handle, indication.length));
-  answers.Expect("{");
-  answers.Member("decoded", indication.result);
-  if (indication.result == 0)
-    WithRecord(indication.id, indication.record,
-               [&](auto& record) { answers.Member("record", record); });
-  return indication;
-}
+}  // namespace
 
-void* PlayIndications(void* place) {
-  Client& client = *static_cast<Client*>(place);
-  Replay& replay = *Tracer::Get().replay();
-  while (const RecordedEvent* const event =
-             replay.BeginIndication(client.number, client.stopping)) {
-    const DecodedIndication indication = FromRecording(*event);
-    Report(client.number, indication);
-    std::vector<unsigned char> bytes(std::max(indication.length, 1u));
-    played = &indication;
-    const auto number = static_cast<uintptr_t>(indication.handle);
-    qmi_client_struct* handle;
-    std::memcpy(&handle, &number, sizeof number);
-    if (client.callback != nullptr)
+void Deliver(const Event& event) {
+  Indication indication;
+  seam::Reader(event.arguments.text.substr(1))
+      .Members(kIndication.arguments, indication.Arguments());
+  seam::Reader answer(event.answer.text.substr(1));
+  answer.Member(kIndication.answers[0], indication.decoded);
+  if (indication.decoded == 0)
+    WithRecord(indication, [&](auto& record) { answer.Member(kIndication.answers[1], record); });
+  Report(event.client, indication);
+  std::vector<unsigned char> bytes(std::max(indication.length, 1u));
+  qmi_client_struct* handle;
+  std::memcpy(&handle, &indication.handle, sizeof handle);
+  played = &indication;
+  for (const Client& client : clients) {
+    if (client.object != nullptr && client.number == event.client && client.callback != nullptr)
       client.callback(handle, static_cast<unsigned>(indication.id), bytes.data(), indication.length,
                       nullptr);
-    played = nullptr;
-    replay.EndIndication();
   }
-  return nullptr;
+  played = nullptr;
 }
 
-}  // namespace
 }  // namespace trace
 
 QCMAP_Client::QCMAP_Client(trace::Callback* callback) : mobile_ap_handle(0), state_(nullptr) {
   static_cast<void>(state_);
   trace::Client* const place = trace::MakePlace(this, callback);
+  const auto forward = [&] {
+    auto* const real = trace::FindRealFunction<void(QCMAP_Client*, trace::Callback*)>(
+        "_ZN12QCMAP_ClientC1EPFvP17qmi_client_structjPvjS2_E");
+    const bool is_traced = place != nullptr && callback != nullptr;
+    if (real != nullptr)
+      real(this, is_traced ? trace::kCallbacks[place - trace::clients] : callback);
+    return true;
+  };
   trace::Perform(
-      trace::kConstructor, trace::NumberOf(place), trace::kNone,
-      [this] { return std::tie(mobile_ap_handle); }, nullptr,
-      [&] {
-        static std::atomic<void*> cache{nullptr};
-        auto* const real = trace::FindRealFunction<void(QCMAP_Client*, trace::Callback*)>(
-            "_ZN12QCMAP_ClientC1EPFvP17qmi_client_structjPvjS2_E", cache);
-        const bool is_traced = place != nullptr && callback != nullptr;
-        if (real != nullptr)
-          real(this, is_traced ? trace::kCallbacks[static_cast<size_t>(place - trace::clients)]
-                               : callback);
-        return true;
-      });
-  if (place == nullptr || trace::Tracer::Get().replay() == nullptr) return;
-  const trace::Unnoticed unnoticed;  // the thread inherits that signals are held back
-  place->stopping = false;
-  if (::pthread_create(&place->thread, nullptr, trace::PlayIndications, place) != 0)
-    place->stopping = true;
+      trace::kConstructor, place, std::tuple(), [this] { return std::tie(mobile_ap_handle); },
+      nullptr, forward);
 }
 
 QCMAP_Client::~QCMAP_Client() {
   trace::Client* const place = trace::Find(this);
-  trace::Perform(trace::kDestructor, trace::NumberOf(place), trace::kNone, trace::kNone, nullptr,
-                 [this] {
-                   static std::atomic<void*> cache{nullptr};
-                   auto* const real =
-                       trace::FindRealFunction<void(QCMAP_Client*)>("_ZN12QCMAP_ClientD1Ev", cache);
-                   if (real != nullptr) real(this);
-                   return true;
-                 });
+  const auto forward = [this] {
+    auto* const real = trace::FindRealFunction<void(QCMAP_Client*)>("_ZN12QCMAP_ClientD1Ev");
+    if (real != nullptr) real(this);
+    return true;
+  };
+  trace::Perform(trace::kDestructor, place, std::tuple(), trace::kNoAnswers, nullptr, forward);
   if (place == nullptr) return;
-  trace::Replay* const replay = trace::Tracer::Get().replay();
-  if (replay != nullptr && replay->IsOwnProcess() && !place->stopping) {
-    replay->Stop(place->number, place->stopping);
-    ::pthread_join(place->thread, nullptr);
-  }
   place->object = nullptr;
+  trace::Replay* const replay = trace::Tracer::Get().replay();
+  if (replay != nullptr && replay->IsOwnProcess()) replay->AwaitEnd(place->number);
 }
 
-/// `arguments` is a list in parentheses, of the values in the order of the table.
-#define FORWARD(name, arguments, answers, ...)                                               \
-  static constexpr const seam::Request& kNames = *seam::FindRequest(#name);                  \
-  return trace::Perform(                                                                     \
-      kNames, trace::NumberOf(trace::Find(this)), [&] { return std::make_tuple arguments; }, \
-      answers, error,                                                                        \
-      [&] {                                                                                  \
-        const auto real = trace::FindRealMethod<&QCMAP_Client::name>();                      \
-        if (real != nullptr) return (this->*real)(__VA_ARGS__);                              \
-        if (error != nullptr) *error = QMI_ERR_INTERNAL_V01;                                 \
-        return false;                                                                        \
-      })
-#define ANSWERS(...) [&] { return std::tie(__VA_ARGS__); }
-
-#define ORDER(name)                                    \
-  bool QCMAP_Client::name(qmi_error_type_v01* error) { \
-    FORWARD(name, (), trace::kNone, error);            \
+// Types and names of parameters are those of the class. The number says how many there are.
+#define SEND(name, ...)                                                     \
+  static constexpr const seam::Request& kNames = *seam::FindRequest(#name); \
+  return trace::Send<&QCMAP_Client::name>(kNames, this, __VA_ARGS__)
+#define TYPE(name, index) trace::Parameter<index, decltype(&QCMAP_Client::name)>
+#define REQUEST_1(name)                      \
+  bool QCMAP_Client::name(TYPE(name, 0) a) { \
+    SEND(name, a);                           \
   }
-#define ORDER_WITH(name, type)                                     \
-  bool QCMAP_Client::name(type value, qmi_error_type_v01* error) { \
-    FORWARD(name, (value), trace::kNone, value, error);            \
+#define REQUEST_2(name)                                       \
+  bool QCMAP_Client::name(TYPE(name, 0) a, TYPE(name, 1) b) { \
+    SEND(name, a, b);                                         \
   }
-#define ORDER_WITH_TWO(name, first_type, second_type)                                        \
-  bool QCMAP_Client::name(first_type first, second_type second, qmi_error_type_v01* error) { \
-    FORWARD(name, (first, second), trace::kNone, first, second, error);                      \
-  }
-#define READ(name, type)                                            \
-  bool QCMAP_Client::name(type* value, qmi_error_type_v01* error) { \
-    FORWARD(name, (), ANSWERS(*value), value, error);               \
-  }
-#define READ_TWO(name, first_type, second_type)                                                \
-  bool QCMAP_Client::name(first_type* first, second_type* second, qmi_error_type_v01* error) { \
-    FORWARD(name, (), ANSWERS(*first, *second), first, second, error);                         \
-  }
-#define READ_WITH(name, key_type, type)                                           \
-  bool QCMAP_Client::name(key_type key, type* value, qmi_error_type_v01* error) { \
-    FORWARD(name, (key), ANSWERS(*value), key, value, error);                     \
+#define REQUEST_3(name)                                                        \
+  bool QCMAP_Client::name(TYPE(name, 0) a, TYPE(name, 1) b, TYPE(name, 2) c) { \
+    SEND(name, a, b, c);                                                       \
   }
 
-ORDER(EnableMobileAP)
-READ(GetMobileAPStatus, qcmap_msgr_mobile_ap_status_enum_v01)
+REQUEST_1(EnableMobileAP)
+REQUEST_2(GetMobileAPStatus)
 
-READ(GetWWANPolicyList, qcmap_msgr_wwan_policy_list_resp_msg_v01)
-ORDER_WITH(SetWWANProfileHandlePreference, unsigned int)
+REQUEST_2(GetWWANPolicyList)
+REQUEST_2(SetWWANProfileHandlePreference)
 
-READ(GetWWANPolicy, qcmap_msgr_net_policy_info_v01)
-ORDER_WITH(SetWWANPolicy, qcmap_msgr_net_policy_info_v01)
-ORDER_WITH_TWO(UpdateWWANPolicy, qcmap_msgr_update_profile_enum_v01, qcmap_msgr_net_policy_info_v01)
-ORDER_WITH(CreateWWANPolicy, qcmap_msgr_net_policy_info_v01)
-ORDER(DeleteWWANPolicy)
+REQUEST_2(GetWWANPolicy)
+REQUEST_2(SetWWANPolicy)
+REQUEST_3(UpdateWWANPolicy)
+REQUEST_2(CreateWWANPolicy)
+REQUEST_1(DeleteWWANPolicy)
 
-ORDER_WITH(SetAutoconnect, unsigned char)
-READ(GetAutoconnect, unsigned char)
-ORDER_WITH(SetRoaming, unsigned char)
-READ(GetRoaming, unsigned char)
-ORDER(EnableIPV4)
-ORDER(DisableIPV4)
-ORDER(EnableIPV6)
-ORDER(DisableIPV6)
-READ(GetIPv4State, unsigned char)
-READ(GetIPv6State, unsigned char)
+REQUEST_2(SetAutoconnect)
+REQUEST_2(GetAutoconnect)
+REQUEST_2(SetRoaming)
+REQUEST_2(GetRoaming)
+REQUEST_1(EnableIPV4)
+REQUEST_1(DisableIPV4)
+REQUEST_1(EnableIPV6)
+REQUEST_1(DisableIPV6)
+REQUEST_2(GetIPv4State)
+REQUEST_2(GetIPv6State)
 
-READ_TWO(GetWWANStatus, qcmap_msgr_wwan_status_enum_v01, qcmap_msgr_wwan_status_enum_v01)
-ORDER_WITH(ConnectBackHaul, qcmap_msgr_wwan_call_type_v01)
-ORDER_WITH(DisconnectBackHaul, qcmap_msgr_wwan_call_type_v01)
+REQUEST_3(GetWWANStatus)
+REQUEST_2(ConnectBackHaul)
+REQUEST_2(DisconnectBackHaul)
 
-READ_WITH(GetWWANStatistics, qcmap_msgr_ip_family_enum_v01, qcmap_msgr_wwan_statistics_type_v01)
-ORDER_WITH(ResetWWANStatistics, qcmap_msgr_ip_family_enum_v01)
-READ_WITH(GetNetworkConfiguration, qcmap_msgr_ip_family_enum_v01, qcmap_nw_params_t)
+REQUEST_3(GetWWANStatistics)
+REQUEST_2(ResetWWANStatistics)
+REQUEST_3(GetNetworkConfiguration)
 
-READ(GetLANConfig, qcmap_msgr_lan_config_v01)
-ORDER_WITH(SetLANConfig, qcmap_msgr_lan_config_v01)
-ORDER(ActivateLAN)
+REQUEST_2(GetLANConfig)
+REQUEST_2(SetLANConfig)
+REQUEST_1(ActivateLAN)
+
+REQUEST_2(DeleteVLANConfig)
+REQUEST_2(GetVLANConfig)
+
+REQUEST_3(AddPDNToVLANMapping)
+REQUEST_3(DeletePDNToVLANMapping)
+
+REQUEST_3(GetIPPassthroughConfig)
+REQUEST_2(GetIPPassthroughState)
 
 bool QCMAP_Client::SetVLANConfig(qcmap_msgr_vlan_config_v01 config, qmi_error_type_v01* error,
                                  bool* flag) {
   bool nobodys = false;
-  FORWARD(SetVLANConfig, (config), ANSWERS(flag != nullptr ? *flag : nobodys), config, error, flag);
+  if (flag == nullptr) flag = &nobodys;
+  SEND(SetVLANConfig, config, error, flag);
 }
-
-ORDER_WITH(DeleteVLANConfig, qcmap_msgr_vlan_config_v01)
-READ(GetVLANConfig, qcmap_msgr_vlan_conf_t)
-
-ORDER_WITH_TWO(AddPDNToVLANMapping, short, unsigned int)
-ORDER_WITH_TWO(DeletePDNToVLANMapping, short, unsigned int)
 
 bool QCMAP_Client::GetPDNtoVLANMappings(qcmap_msgr_pdn_to_vlan_mapping_v01* mappings, int* count,
                                         qmi_error_type_v01* error) {
@@ -319,18 +334,22 @@ bool QCMAP_Client::GetPDNtoVLANMappings(qcmap_msgr_pdn_to_vlan_mapping_v01* mapp
     const auto list = seam::Counted(mappings, *count, QCMAP_MSGR_MAX_MAPPINGS_V01);
     return std::tuple_cat(std::tie(*count), std::make_tuple(list));
   };
-  FORWARD(GetPDNtoVLANMappings, (), answers, mappings, count, error);
+  return trace::Perform(*seam::FindRequest("GetPDNtoVLANMappings"), trace::Find(this), std::tuple(),
+                        answers, error, [&] {
+                          return trace::Forward<&QCMAP_Client::GetPDNtoVLANMappings>(this, mappings,
+                                                                                     count, error);
+                        });
 }
 
 bool QCMAP_Client::SetIPPassthroughConfig(qcmap_msgr_ip_passthrough_mode_enum_v01 mode, bool flag,
                                           qcmap_msgr_ip_passthrough_config_v01* config,
                                           qmi_error_type_v01* error) {
-  FORWARD(SetIPPassthroughConfig, (mode, *config, flag), trace::kNone, mode, flag, config, error);
+  return trace::Perform(*seam::FindRequest("SetIPPassthroughConfig"), trace::Find(this),
+                        std::make_tuple(mode, *config, flag), trace::kNoAnswers, error, [&] {
+                          return trace::Forward<&QCMAP_Client::SetIPPassthroughConfig>(
+                              this, mode, flag, config, error);
+                        });
 }
-
-READ_TWO(GetIPPassthroughConfig, qcmap_msgr_ip_passthrough_mode_enum_v01,
-         qcmap_msgr_ip_passthrough_config_v01)
-READ(GetIPPassthroughState, unsigned char)
 
 extern "C" int qmi_client_message_decode(qmi_client_type client, int message_type,
                                          unsigned int message_id, const void* bytes,
@@ -343,22 +362,22 @@ extern "C" int qmi_client_message_decode(qmi_client_type client, int message_typ
   }
   using trace::played;
   if (played == nullptr || static_cast<unsigned>(played->id) != message_id) return trace::kUnknown;
-  if (played->result == 0) {
+  if (played->decoded == 0) {
     std::memset(record, 0, record_size);
     std::memcpy(record, &played->record, std::min<size_t>(record_size, sizeof played->record));
   }
-  return played->result;
+  return played->decoded;
 }
 
 int mox::util::ProcessControl::GetPidByProcessName(std::string name, int limit) {
   int pid = -1;
+  const auto forward = [&] {
+    const auto real = trace::FindRealMethod<&ProcessControl::GetPidByProcessName>();
+    if (real != nullptr) pid = real(name, limit);
+    return true;
+  };
   trace::Perform(
-      trace::kProbe, 0, [&] { return std::make_tuple(name, limit); }, [&] { return std::tie(pid); },
-      nullptr,
-      [&] {
-        const auto real = trace::FindRealMethod<&ProcessControl::GetPidByProcessName>();
-        if (real != nullptr) pid = real(name, limit);
-        return true;
-      });
+      trace::kProbe, nullptr, std::tie(name, limit), [&] { return std::tie(pid); }, nullptr,
+      forward);
   return pid;
 }

@@ -5,77 +5,53 @@
 #include <unistd.h>
 
 #include <chrono>
-#include <string>
-#include <string_view>
+#include <tuple>
 
 #include "records/printer.h"
 
 namespace trace {
 
-using Clock = std::chrono::steady_clock;
-
-inline int64_t Microseconds(Clock::duration duration) {
-  return std::chrono::duration_cast<std::chrono::microseconds>(duration).count();
+/// Microseconds of CLOCK_MONOTONIC.
+inline int64_t Now() {
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::microseconds>(now).count();
 }
 
 /// Asking the system each time would be slow.
-inline pid_t ThreadId() {
-  thread_local const pid_t id = ::gettid();
+inline int ThreadId() {
+  thread_local const int id = ::gettid();
   return id;
 }
 
-/// How many indications had come, and how many of their callbacks had returned.
-struct IndicationCount {
-  unsigned come;
-  unsigned returned;
-};
-
+/// A line of a trace or of a recording.
 struct Event {
   std::string_view name;
   /// Counts the program's clients from 1 on. 0 for none.
-  unsigned client;
-  /// When it began.
-  IndicationCount before;
-  Clock::time_point start = Clock::now();
-  Clock::duration took{};
+  unsigned client = 0;
+  /// How many events had been recorded when it began.
+  unsigned after = 0;
+  int64_t at_us = Now(), took_us = 0;
+  int thread = ThreadId();
   bool ok = true;
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
-  pid_t thread = ThreadId();
-};
+  /// When it began, in UTC.
+  std::string_view time{};
+  seam::Json arguments{}, answer{};
 
-/// The arguments and answers of an event, each as a JSON object or in the same form for people.
-struct Texts {
-  std::string arguments, answers;
-};
-
-/// An event's names in a trace and in a recording. Indications are described like calls: their
-/// arguments are what the callback gets, their answers what the decoder makes of it.
-inline constexpr seam::Request kIndication = {
-    "indication", {"id", "handle", "length"}, {"decoded", "record"}};
-inline constexpr seam::Request kConstructor = {"QCMAP_Client", {}, {"mobile_ap_handle"}};
-inline constexpr seam::Request kDestructor = {"~QCMAP_Client", {}, {}};
-inline constexpr seam::Request kProbe = {"GetPidByProcessName", {"name", "limit"}, {"pid"}};
-
-/// Indications about a call and those about a status have different records.
-union IndicationRecord {
-  qcmap_msgr_tear_down_wwan_ind_msg_v01 call;
-  qcmap_msgr_status_ind_msg_v01 status;
-};
-
-/// Calls `with` with the record of an indication of this kind, unless the kind is unknown.
-template <typename Record, typename With>
-void WithRecord(seam::IndicationId id, Record& record, const With& with) {
-  switch (static_cast<uint32_t>(id)) {
-    case QMI_QCMAP_MSGR_BRING_UP_WWAN_IND_V01:
-    case QMI_QCMAP_MSGR_TEAR_DOWN_WWAN_IND_V01:
-    case QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01:
-      return with(record.call);
-    case QMI_QCMAP_MSGR_MOBILE_AP_STATUS_IND_V01:
-    case QMI_QCMAP_MSGR_STATION_MODE_STATUS_IND_V01:
-      return with(record.status);
-    default:
-      return;
+  auto Members() {
+    return std::tie(time, thread, client, name, arguments, took_us, ok, error, answer, at_us,
+                    after);
   }
-}
+};
+constexpr const char* kEventNames[] = {"time", "thread", "client", "name",  "arguments", "took_us",
+                                       "ok",   "error",  "answer", "at_us", "after"};
+
+// Names of what is no request. Indications are described like requests: their arguments are what
+// the callback gets, their answers what the decoder makes of it.
+constexpr seam::Request kIndication = {
+    "indication", {"id", "handle", "length"}, {"decoded", "record"}};
+constexpr seam::Request kConstructor = {"QCMAP_Client", {}, {"mobile_ap_handle"}};
+constexpr seam::Request kDestructor = {"~QCMAP_Client", {}, {}};
+constexpr seam::Request kProbe = {"GetPidByProcessName", {"name", "limit"}, {"pid"}};
 
 }  // namespace trace

@@ -3,12 +3,10 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
-#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cstring>
-#include <ctime>
 #include <utility>
 
 namespace trace {
@@ -29,42 +27,27 @@ void Complain(const std::string& message) {
 }
 
 LineFile::LineFile(std::string path, const char* purpose)
-    : path_(std::move(path)), purpose_(purpose) {
-  Open();
+    : path_(std::move(path)), purpose_(purpose), fd_(Open()) {
+  if (::fstat(fd_, &file_) != 0) Fail(errno);
 }
 
-void LineFile::Open() {
-  int fd = STDERR_FILENO;
-  if (!path_.empty()) {
-    const int opened = ::open(path_.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
-    if (opened < 0) return Fail(errno);
-    fd = ::fcntl(opened, F_DUPFD_CLOEXEC, kLowestDescriptor);
-    if (fd < 0)
-      fd = opened;
-    else
-      ::close(opened);
-  }
-  struct stat file {};
-  if (::fstat(fd, &file) != 0) return Fail(errno);
-  device_ = file.st_dev;
-  inode_ = file.st_ino;
-  fd_ = fd;
+int LineFile::Open() const {
+  if (path_.empty()) return STDERR_FILENO;
+  const int opened = ::open(path_.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+  const int fd = ::fcntl(opened, F_DUPFD_CLOEXEC, kLowestDescriptor);
+  if (opened >= 0) ::close(opened);
+  return fd;
 }
 
-bool LineFile::IsOpen() {
-  // Looking takes a third of the time of a write. A number of ours is not given away at once.
-  timespec now{};
-  ::clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
-  const int64_t now_ms = int64_t{now.tv_sec} * 1000 + now.tv_nsec / 1000000;
-  if (fd_ >= kLowestDescriptor && now_ms - checked_ms_ < 10) return true;
-  checked_ms_ = now_ms;
-  struct stat file {};
-  return ::fstat(fd_, &file) == 0 && file.st_dev == device_ && file.st_ino == inode_;
+bool LineFile::IsOpen() const {
+  struct stat now {};
+  return ::fstat(fd_, &now) == 0 && now.st_dev == file_.st_dev && now.st_ino == file_.st_ino;
 }
 
 void LineFile::Write(std::string_view line) {
-  if (!failed_ && !IsOpen()) path_.empty() ? Fail(EBADF) : Open();
   if (failed_) return;
+  if (!IsOpen()) fd_ = Open();
+  if (!IsOpen()) return Fail(EBADF);
   const ssize_t written = WriteAll(fd_, line);
   if (written == static_cast<ssize_t>(line.size())) return;
   Fail(written < 0 ? errno : ENOSPC);
@@ -77,9 +60,7 @@ void LineFile::Write(std::string_view line) {
 }
 
 bool LineFile::Claim() {
-  struct stat file {};
-  if (failed_ || ::flock(fd_, LOCK_EX | LOCK_NB) != 0) return false;
-  return ::fstat(fd_, &file) == 0 && file.st_size == 0;
+  return !failed_ && ::flock(fd_, LOCK_EX | LOCK_NB) == 0 && file_.st_size == 0;
 }
 
 void LineFile::Fail(int error) {

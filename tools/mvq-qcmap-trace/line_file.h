@@ -2,11 +2,10 @@
 #pragma once
 
 #include <signal.h>
-#include <sys/types.h>
+#include <sys/stat.h>
 
 #include <atomic>
 #include <cerrno>
-#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -49,18 +48,15 @@ class LineFile {
   bool Claim();
 
  private:
-  bool IsOpen();
-  void Open();
+  int Open() const;
+  bool IsOpen() const;
   void Fail(int error);
 
   const std::string path_;
   const char* const purpose_;
-  std::atomic<int> fd_{-1};
-  dev_t device_ = 0;
-  ino_t inode_ = 0;
+  std::atomic<int> fd_;
+  struct stat file_ {};
   std::atomic<bool> failed_{false};
-  /// When the descriptor was last looked at.
-  std::atomic<int64_t> checked_ms_{0};
 };
 
 }  // namespace trace

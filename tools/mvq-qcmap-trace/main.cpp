@@ -3,12 +3,11 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
-#include <iterator>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -26,14 +25,13 @@ struct CommandLine {
   std::vector<std::string> only, program;
 };
 
-/// Returns what is wrong with a name for --only.
-std::string CheckName(const std::string& name) {
-  const auto has_name = [&](const auto& known) { return name == known.name; };
-  const seam::Request others[] = {trace::kIndication, trace::kConstructor, trace::kDestructor,
-                                  trace::kProbe};
-  const bool is_known = seam::FindRequest(name) != nullptr ||
-                        std::any_of(std::begin(others), std::end(others), has_name);
-  return is_known ? "" : "there is no request '" + name + "'";
+std::set<std::string> NamesOfEvents() {
+  std::set<std::string> names;
+  for (const seam::Request& request : seam::kRequests) names.insert(request.name);
+  for (const seam::Request& other :
+       {trace::kIndication, trace::kConstructor, trace::kDestructor, trace::kProbe})
+    names.insert(other.name);
+  return names;
 }
 
 void AddOptions(CLI::App& app, CommandLine& line) {
@@ -48,7 +46,7 @@ void AddOptions(CLI::App& app, CommandLine& line) {
   app.add_option("--only", line.only, "Show these requests only")
       ->type_name("REQUEST,...")
       ->delimiter(',')
-      ->check(CheckName);
+      ->check(CLI::IsMember(NamesOfEvents()));
   app.add_option("--slow", options.slow_ms, "Show only what takes MS milliseconds or more")
       ->type_name("MS");
   app.add_flag("--names", options.host_names, "Do not mask host names");
@@ -71,16 +69,6 @@ void Create(std::string& path, int flags) {
   path = fs::absolute(path);
 }
 
-void Check(trace::Options& options) {
-  if (options.replay.empty()) return;
-  const bool has_names = trace::ReadRecording(options.replay).has_host_names;
-  if (has_names != options.host_names)
-    launch::Fail(options.replay + ":1: " +
-                 (has_names ? "the recording has host names: add --names"
-                            : "the recording has no host names: leave --names out"));
-  options.replay = fs::absolute(options.replay);
-}
-
 /// Has the loader put our library before all others in this process's children.
 void Preload() {
   const fs::path folder = launch::OwnFolder();
@@ -97,23 +85,22 @@ void Preload() {
   ::setenv("LD_PRELOAD", path.c_str(), 1);
 }
 
-void SetEnvironment(trace::Options& options) {
-  std::string text;
-  seam::Printer(text).Members(trace::kOptionNames, options.Members());
-  ::setenv(trace::kVariable, text.c_str(), 1);
-}
-
 int Run(CommandLine& line) {
   trace::Options& options = line.options;
   for (const std::string& name : line.only) options.only += "," + name + ",";
   options.is_shown =
       !options.output.empty() || options.json || (options.record.empty() && options.replay.empty());
   options.launcher = ::getpid();
-  Check(options);
+  if (!options.replay.empty()) {
+    static_cast<void>(trace::Recording(options.replay));  // refuses a bad one
+    options.replay = fs::absolute(options.replay);
+  }
   Create(options.output, O_APPEND);
   Create(options.record, O_TRUNC);
   Preload();
-  SetEnvironment(options);
+  std::string text;
+  seam::Printer(text).Members(trace::kOptionNames, options.Members());
+  ::setenv(trace::kVariable, text.c_str(), 1);
 
   launch::Program program;
   bool is_used = false, differs = false;

@@ -3,6 +3,7 @@
 
 #include <link.h>
 
+#include <atomic>
 #include <string>
 #include <vector>
 
@@ -33,17 +34,10 @@ void* FindInLoaded(const char* symbol) {
 
 }  // namespace
 
-void* FindReal(const char* symbol, std::atomic<void*>& cache) {
-  void* found = cache.load(std::memory_order_acquire);
-  if (found != nullptr) return found;
+void* FindReal(const char* symbol) {
   const Unnoticed unnoticed;
-  found = ::dlsym(RTLD_NEXT, symbol);
-  if (found != nullptr) {
-    cache.store(found, std::memory_order_release);
-    return found;
-  }
-  // Not kept: a plug-in may be unloaded and loaded again elsewhere.
-  found = FindInLoaded(symbol);
+  void* found = ::dlsym(RTLD_NEXT, symbol);
+  if (found == nullptr) found = FindInLoaded(symbol);
   static std::atomic<bool> reported{false};
   if (found == nullptr && !reported.exchange(true))
     Complain(std::string("no library of this program has ") + symbol + "; its calls fail");

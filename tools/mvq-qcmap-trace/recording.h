@@ -1,10 +1,6 @@
 /// The file that keeps what passed the seam, an event in each line.
 #pragma once
 
-#include <sys/types.h>
-#include <unistd.h>
-
-#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -16,49 +12,51 @@
 
 namespace trace {
 
-/// Members of a JSON object, each after a comma.
-std::string Describe(const Event& event, const Texts& texts);
+/// Ends each line with a sum (FNV-1a) of it and all lines before it, so that none can change or be
+/// missing unnoticed.
+class LineSum {
+ public:
+  /// What comes after `line`, up to its end.
+  std::string After(std::string_view line);
+
+ private:
+  uint32_t sum_ = 0;
+};
 
 /// Records what one process does.
 class Recorder {
  public:
   /// Null, with a message, when the file cannot be written or another process records into it.
-  static std::unique_ptr<Recorder> Start(const std::string& path, seam::Printer::Names host_names);
+  static std::unique_ptr<Recorder> Start(const std::string& path, bool has_host_names);
 
-  /// `now` is the count when the event has ended. Does nothing in a forked child.
-  void Append(const Event& event, const Texts& texts, IndicationCount now);
+  /// How many events have been recorded.
+  unsigned count() const { return count_; }
+  void Append(std::string event);
 
  private:
   explicit Recorder(std::unique_ptr<LineFile> file) : file_(std::move(file)) {}
 
-  void Write(std::string line);
-
   const pid_t process_ = ::getpid();
-  const Clock::time_point start_ = Clock::now();
   const std::unique_ptr<LineFile> file_;
-  /// Held while a line is written, so that sums follow each other as the lines do.
+  std::atomic<unsigned> count_{0};
+  /// Has the lines in the order of their sums.
   std::mutex mutex_;
-  uint32_t sum_ = 0;
+  LineSum sum_;
 };
 
-/// Marks a recording whose program has ended as complete.
+/// Ends a recording. One that has no end is refused as incomplete.
 void EndRecording(const std::string& path);
 
-/// An event as it was recorded. Its start is counted from the beginning of the recording.
-struct RecordedEvent : Event {
-  size_t line;
-  std::string_view arguments, answers;
-  unsigned returned_at_end;
-};
-
+/// A whole recording. The events refer to its text.
 struct Recording {
-  /// The events refer to parts of it.
-  std::unique_ptr<const std::string> text;
-  bool has_host_names;
-  std::vector<RecordedEvent> events;
-};
+  /// Throws std::runtime_error, with the line, if it is no whole recording.
+  explicit Recording(const std::string& path);
+  Recording(const Recording&) = delete;
+  Recording& operator=(const Recording&) = delete;
 
-/// Throws std::runtime_error, with file, line and reason, when the recording cannot be played.
-Recording ReadRecording(const std::string& path);
+  std::string text;
+  bool has_host_names = false;
+  std::vector<Event> events;
+};
 
 }  // namespace trace

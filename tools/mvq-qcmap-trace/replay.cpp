@@ -6,35 +6,51 @@
 namespace trace {
 namespace {
 
-/// How long the program must be quiet before an indication comes for which no call waits. What it
-/// does after a call is then done, and its log lines are in the same order every time.
-constexpr std::chrono::milliseconds kQuiet{20};
+/// So long after a call or a callback the program is taken to wait for what comes next.
+constexpr int64_t kQuietUs = 20000;
+/// A callback that takes longer may itself wait for a thread whose call waits for the callback.
+constexpr int64_t kPatienceUs = 200000;
 
-thread_local bool is_in_callback = false;
+std::chrono::steady_clock::time_point TimePoint(int64_t us) {
+  return std::chrono::steady_clock::time_point(std::chrono::microseconds(us));
+}
 
 }  // namespace
 
-Replay::Replay(Recording recording, bool fast, std::function<void()> on_difference)
-    : text_(std::move(recording.text)), fast_(fast), on_difference_(std::move(on_difference)) {
-  Clock::time_point end{};
-  for (RecordedEvent& event : recording.events) {
+Replay::Replay(const std::string& path, bool fast, std::function<void()> on_difference,
+               std::function<void(const Event&)> deliver)
+    : recording_(path),
+      fast_(fast),
+      on_difference_(std::move(on_difference)),
+      deliver_(std::move(deliver)) {
+  unsigned end = 0;
+  for (const Event& event : recording_.events) {
+    const auto turn = static_cast<unsigned>(calls_.size() + indications_.size());
     const bool is_call = event.name != kIndication.name;
-    if (is_call) {
-      one_by_one_ = one_by_one_ && event.start >= end;
-      one_thread_ = one_thread_ && (calls_.empty() || event.thread == calls_[0].event.thread);
-      end = event.start + event.took;
-    }
-    const auto calls = static_cast<unsigned>(calls_.size());
-    const auto indications = static_cast<unsigned>(indications_.size());
-    (is_call ? calls_ : indications_).push_back({event, calls, indications});
+    (is_call ? calls_ : indications_).push_back({&event, event.after, turn});
+    if (!is_call) continue;
+    one_by_one_ &= event.after >= end;
+    one_thread_ &= event.thread == calls_.front().event->thread;
+    end = turn + 1;
   }
+  if (!recording_.events.empty()) delay_us_ = last_us_ - recording_.events.front().at_us;
+  if (!one_by_one_) {
+    for (Step& call : calls_) call.begin = call.end = 0;
+    unsigned others = 0;
+    for (Step& indication : indications_) indication.end -= others++;
+  }
+  const Lock lock(mutex_);
+  std::thread thread([this] { DeliverAll(); });
+  thread_ = thread.get_id();
+  thread.detach();
 }
 
-Replay::Step* Replay::Find(const Event& call, const std::string& arguments) {
+Replay::Step* Replay::Find(const Event& call) {
   for (Step& step : calls_) {
+    const Event& event = *step.event;
     if (step.is_taken) continue;
-    if (step.event.name == call.name && step.event.client == call.client &&
-        step.event.arguments == arguments) {
+    if (event.name == call.name && event.client == call.client &&
+        event.arguments.text == call.arguments.text) {
       return &step;
     }
     if (one_thread_) break;
@@ -42,97 +58,85 @@ Replay::Step* Replay::Find(const Event& call, const std::string& arguments) {
   return nullptr;
 }
 
-const RecordedEvent* Replay::Take(const Event& call, const std::string& arguments) {
+const Event* Replay::Take(const Event& call) {
   Lock lock(mutex_);
-  Step* const step = differs_ ? nullptr : Find(call, arguments);
+  Step* const step = differs_ ? nullptr : Find(call);
   if (step == nullptr) {
     // Not every device shows when a client ends.
-    if (!differs_ && call.name != kDestructor.name) Differ(call, arguments);
+    if (!differs_ && call.name != kDestructor.name) Differ(call);
     return nullptr;
   }
   step->is_taken = true;
-  const RecordedEvent& event = step->event;
-  AwaitIndications(lock, event.before);
-  if (!fast_) changed_.wait_until(lock, Clock::now() + event.took, [] { return false; });
-  // The thread that delivers indications starts when the client has been constructed.
-  if (call.name != kConstructor.name)
-    AwaitIndications(lock, {step->indications, event.returned_at_end});
-  ++answered_;
-  last_ = Clock::now();
-  beginning_ = last_ - (event.start - Clock::time_point()) - event.took;
+  const Event& event = *step->event;
+  AwaitTurn(lock, step->begin);
+  if (!fast_) changed_.wait_until(lock, TimePoint(Now() + event.took_us), [] { return false; });
+  AwaitTurn(lock, step->end);
+  ++turn_;
+  last_us_ = Now();
+  delay_us_ = last_us_ - (event.at_us + event.took_us);
   changed_.notify_all();
   return &event;
 }
 
-void Replay::AwaitIndications(Lock& lock, IndicationCount count) {
+void Replay::AwaitTurn(Lock& lock, unsigned turn) {
   if (!one_by_one_) return;
   ++waiting_;
   changed_.notify_all();
-  changed_.wait(lock,
-                [&] { return count_.come >= count.come && count_.returned >= count.returned; });
-  --waiting_;
-  // A callback that was still running may itself wait for this thread, so not for long.
-  changed_.wait_for(lock, kQuiet, [&] { return count_.returned + is_in_callback >= count_.come; });
-}
-
-Clock::time_point Replay::DueTime(const Event& indication) const {
-  const auto recorded = fast_ ? last_ : beginning_ + (indication.start - Clock::time_point());
-  return waiting_ > 0 ? recorded : std::max(recorded, last_ + kQuiet);
-}
-
-const RecordedEvent* Replay::BeginIndication(unsigned client, const bool& stopping) {
-  Lock lock(mutex_);
-  while (!stopping) {
-    const Step* const next =
-        count_.come < indications_.size() ? &indications_[count_.come] : nullptr;
-    if (next == nullptr || next->event.client != client || next->calls > answered_) {
+  for (;;) {
+    const bool is_free = in_progress_ == nullptr || thread_ == std::this_thread::get_id();
+    if (turn_ >= turn && is_free) break;
+    const auto patience_ends = TimePoint(began_us_ + kPatienceUs);
+    if (in_progress_ == nullptr)
       changed_.wait(lock);
-    } else if (const auto due = DueTime(next->event); Clock::now() < due) {
-      changed_.wait_until(lock, due);
-    } else {
-      ++count_.come;
-      SkipIndications();
-      is_in_callback = true;
-      changed_.notify_all();
-      return &next->event;
-    }
+    else if (changed_.wait_until(lock, patience_ends) == std::cv_status::timeout)
+      break;
   }
-  return nullptr;
+  --waiting_;
 }
 
-void Replay::EndIndication() {
-  const Lock lock(mutex_);
-  ++count_.returned;
-  last_ = Clock::now();
-  is_in_callback = false;
-  changed_.notify_all();
+int64_t Replay::DueTime(const Event& indication) const {
+  const int64_t recorded = fast_ ? 0 : indication.at_us + delay_us_;
+  return waiting_ > 0 ? recorded : std::max(recorded, last_us_ + kQuietUs);
 }
 
-void Replay::Stop(unsigned client, bool& stopping) {
-  const Lock lock(mutex_);
-  stopping = true;
-  for (Step& step : indications_) step.is_taken |= step.event.client == client;
-  SkipIndications();
-  changed_.notify_all();
+void Replay::DeliverAll() {
+  Lock lock(mutex_);
+  for (const Step& step : indications_) {
+    while (step.end > turn_) changed_.wait(lock);
+    while (Now() < DueTime(*step.event)) changed_.wait_until(lock, TimePoint(DueTime(*step.event)));
+    if (one_by_one_) ++turn_;
+    in_progress_ = step.event;
+    began_us_ = Now();
+    changed_.notify_all();
+    lock.unlock();
+    deliver_(*step.event);
+    lock.lock();
+    in_progress_ = nullptr;
+    last_us_ = Now();
+    changed_.notify_all();
+  }
 }
 
-void Replay::SkipIndications() {
-  for (; count_.come < indications_.size() && indications_[count_.come].is_taken; ++count_.come)
-    ++count_.returned;
+void Replay::AwaitEnd(unsigned client) {
+  Lock lock(mutex_);
+  changed_.wait(lock, [&] { return in_progress_ == nullptr || in_progress_->client != client; });
 }
 
-void Replay::Differ(const Event& call, const std::string& arguments) {
+void Replay::Differ(const Event& call) {
   differs_ = true;
   const auto next =
       std::find_if(calls_.begin(), calls_.end(), [](const Step& step) { return !step.is_taken; });
-  const Unnoticed unnoticed;
+  const auto describe = [](const Event& event) {
+    return std::string(event.name) + std::string(event.arguments.text);
+  };
   std::string recorded = "no more calls";
   if (next != calls_.end()) {
-    recorded = std::string(next->event.name) + std::string(next->event.arguments) + " in line " +
-               std::to_string(next->event.line);
+    const auto line = next->event - recording_.events.data() + 2;
+    recorded = describe(*next->event) + " in line " + std::to_string(line);
   }
+  const Unnoticed unnoticed;
   Complain("the program makes a call that was not recorded\n  recorded: " + recorded +
-           "\n  asked: " + std::string(call.name) + arguments);
+           "\n  asked: " + describe(call));
   on_difference_();
 }
 

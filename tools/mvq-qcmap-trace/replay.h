@@ -1,83 +1,74 @@
 /// Plays a recording to the program.
 #pragma once
 
-#include <unistd.h>
-
 #include <condition_variable>
 #include <functional>
 #include <mutex>
+#include <string>
+#include <thread>
 #include <vector>
 
 #include "recording.h"
-#include "records/reader.h"
 
 namespace trace {
 
-/// If the recorded calls came one after the other, everything happens in the recorded order: a call
-/// waits for the indications before it. Otherwise a call takes the next recorded one of the same
-/// name and arguments, and an indication comes after as many calls as were recorded before it.
+/// If the recorded calls came one after the other, everything happens in the recorded order.
+/// Otherwise a call takes the next recorded one of the same name and arguments, and an indication
+/// comes after as many calls as were recorded before it.
 class Replay {
  public:
   /// If `fast`, nothing waits because time passed when it was recorded. `on_difference` is called
-  /// when the program makes a call that was not recorded. All calls fail from then on.
-  Replay(Recording recording, bool fast, std::function<void()> on_difference);
+  /// when the program makes a call that was not recorded. All calls fail from then on. `deliver`
+  /// gets the indications, each in its turn, on a thread that inherits which signals are blocked.
+  Replay(const std::string& path, bool fast, std::function<void()> on_difference,
+         std::function<void(const Event&)> deliver);
 
+  bool has_host_names() const { return recording_.has_host_names; }
   /// A forked child has neither the threads nor the session of its parent.
   bool IsOwnProcess() const { return ::getpid() == process_; }
 
-  /// Answers a call as it was answered. `answers` makes the tuple of what is filled in.
-  template <typename Answers>
-  void Answer(Event& call, const seam::Request& names, const std::string& arguments,
-              const Answers& answers) {
-    const RecordedEvent* const recorded = IsOwnProcess() ? Take(call, arguments) : nullptr;
-    call.ok = recorded != nullptr && recorded->ok;
-    call.error = recorded != nullptr ? recorded->error : QMI_ERR_INTERNAL_V01;
-    if (!call.ok) return;
-    seam::Reader reader(recorded->answers);
-    reader.Expect("{");
-    reader.Members(names.answers, answers());
-  }
-
-  /// Waits for the next indication of the client. Null once `stopping` is true.
-  const RecordedEvent* BeginIndication(unsigned client, const bool& stopping);
-  /// To be called on the same thread, when the callback has returned.
-  void EndIndication();
-  /// Ends the wait of a client. Its other indications are left out.
-  void Stop(unsigned client, bool& stopping);
+  /// Waits until it is a call's turn, and returns what was recorded of it, or null.
+  const Event* Take(const Event& call);
+  /// Waits while an indication of this client is being delivered.
+  void AwaitEnd(unsigned client);
 
  private:
   struct Step {
-    RecordedEvent event;
-    /// How many came before it.
-    unsigned calls, indications;
+    const Event* event;
+    /// How many turns come before it begins, and before it ends.
+    unsigned begin, end;
     bool is_taken = false;
   };
   using Lock = std::unique_lock<std::mutex>;
 
-  const RecordedEvent* Take(const Event& call, const std::string& arguments);
-  Step* Find(const Event& call, const std::string& arguments);
-  void SkipIndications();
-  void AwaitIndications(Lock& lock, IndicationCount count);
-  Clock::time_point DueTime(const Event& indication) const;
-  void Differ(const Event& call, const std::string& arguments);
+  Step* Find(const Event& call);
+  void AwaitTurn(Lock& lock, unsigned turn);
+  void Differ(const Event& call);
+  void DeliverAll();
+  int64_t DueTime(const Event& indication) const;
 
   const pid_t process_ = ::getpid();
-  const std::unique_ptr<const std::string> text_;
+  const Recording recording_;
   const bool fast_;
   const std::function<void()> on_difference_;
+  const std::function<void(const Event&)> deliver_;
   bool one_by_one_ = true, one_thread_ = true;
 
   /// Guards what follows.
   std::mutex mutex_;
   std::condition_variable changed_;
   std::vector<Step> calls_, indications_;
-  unsigned answered_ = 0;
-  IndicationCount count_{};
+  /// Counts the calls that were answered and, one by one, the indications that have come.
+  unsigned turn_ = 0;
+  /// The indication that is being delivered, by which thread, and when that began.
+  const Event* in_progress_ = nullptr;
+  std::thread::id thread_;
+  int64_t began_us_ = 0;
   /// How many calls wait for an indication.
   unsigned waiting_ = 0;
   bool differs_ = false;
-  /// When something last happened, and when the recording then would have begun.
-  Clock::time_point last_ = Clock::now(), beginning_ = last_;
+  /// When something last happened, and how much later that was than in the recording.
+  int64_t last_us_ = Now(), delay_us_ = 0;
 };
 
 }  // namespace trace

@@ -2,7 +2,6 @@
 #include "tracer.h"
 
 #include <cctype>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <fstream>
@@ -19,21 +18,16 @@ Options OptionsFromEnvironment() {
   return options;
 }
 
-/// Appends the time in UTC, with milliseconds. The text of a second is made once.
-void AppendWallTime(std::string& line, Clock::time_point time) {
-  using std::chrono::milliseconds, std::chrono::system_clock;
-  thread_local time_t second = -1;
-  thread_local char text[24] = "";
-  const auto wall = system_clock::now() - (Clock::now() - time);
-  const auto ms = std::chrono::duration_cast<milliseconds>(wall.time_since_epoch()).count();
-  if (ms / 1000 != second) {
-    second = static_cast<time_t>(ms / 1000);
-    tm parts{};
-    ::gmtime_r(&second, &parts);
-    std::strftime(text, sizeof text, "%FT%T", &parts);
-  }
-  line += text;
-  line += '.' + std::to_string(1000 + ms % 1000).substr(1) + 'Z';
+/// The time of day, in UTC with milliseconds, when it was `at_us`.
+std::string WallTime(int64_t at_us) {
+  using std::chrono::system_clock;
+  const auto wall = system_clock::now() - std::chrono::microseconds(Now() - at_us);
+  const auto ms = wall.time_since_epoch() / std::chrono::milliseconds(1);
+  const time_t seconds = system_clock::to_time_t(wall);
+  tm parts{};
+  char text[24];
+  std::strftime(text, sizeof text, "%FT%T.", ::gmtime_r(&seconds, &parts));
+  return text + std::to_string(1000 + ms % 1000).substr(1) + 'Z';
 }
 
 std::string InWords(qmi_error_type_v01 error) {
@@ -59,40 +53,42 @@ Tracer& Tracer::Get() {
 }
 
 Tracer::Tracer(const Options& options)
-    : options_(options),
-      host_names_(options.host_names ? seam::Printer::kShown : seam::Printer::kMasked),
-      style_(options.json ? seam::Printer::kJson : seam::Printer::kPlain) {
+    : options_(options), style_(options.json ? seam::Printer::kJson : seam::Printer::kPlain) {
   const Unnoticed unnoticed;
+  bool has_names = options.host_names;
   if (options.is_shown) output_ = std::make_unique<LineFile>(options.output, "the trace");
-  if (!options.record.empty()) recorder_ = Recorder::Start(options.record, host_names_);
+  if (!options.record.empty()) recorder_ = Recorder::Start(options.record, has_names);
   if (!options.replay.empty()) {
-    replay_ = std::make_unique<Replay>(ReadRecording(options.replay), options.fast,
-                                       [this] { Notify(options_.launcher, SIGUSR2); });
+    replay_ = std::make_unique<Replay>(
+        options.replay, options.fast, [this] { Notify(options_.launcher, SIGUSR2); }, Deliver);
+    has_names = replay_->has_host_names();
   }
+  host_names_ = has_names ? seam::Printer::kShown : seam::Printer::kMasked;
   Notify(options.launcher, SIGUSR1);
 }
 
 bool Tracer::IsShown(const Event& event) const {
-  if (output_ == nullptr || event.took < std::chrono::milliseconds(options_.slow_ms)) return false;
+  if (output_ == nullptr || event.took_us < int64_t{options_.slow_ms} * 1000) return false;
   return options_.only.empty() ||
          options_.only.find("," + std::string(event.name) + ",") != std::string::npos;
 }
 
-void Tracer::Show(const Event& event, const Texts& texts) {
+std::string Tracer::Line(seam::Printer::Style style, Event event) {
+  const std::string time = WallTime(event.at_us);
   std::string line;
-  line.reserve(200 + texts.arguments.size() + texts.answers.size());
-  if (options_.json) line += "{\"time\":\"";
-  AppendWallTime(line, event.start);
-  if (options_.json) {
-    line += '"' + Describe(event, texts) + '}';
+  line.reserve(200 + event.arguments.text.size() + event.answer.text.size());
+  if (style == seam::Printer::kJson) {
+    event.time = time;
+    seam::Printer(line += '{').Members(kEventNames, event.Members());
   } else {
-    line += " [" + std::to_string(event.thread) + "] " + std::to_string(Microseconds(event.took)) +
-            " us ";
+    line +=
+        time + " [" + std::to_string(event.thread) + "] " + std::to_string(event.took_us) + " us ";
     line += event.name;
-    line += texts.arguments + " = " + (event.ok ? "ok" : InWords(event.error));
-    if (texts.answers != "{}") line += ' ' + texts.answers;
+    line += event.arguments.text;
+    line += " = " + (event.ok ? "ok" : InWords(event.error));
+    if (event.answer.text != "{}") (line += ' ') += event.answer.text;
   }
-  output_->Write(line += '\n');
+  return line;
 }
 
 }  // namespace trace

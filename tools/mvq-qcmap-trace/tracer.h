@@ -1,7 +1,6 @@
 /// Shows what passes the seam, records it, or plays a recording.
 #pragma once
 
-#include <atomic>
 #include <memory>
 #include <new>
 #include <string>
@@ -14,6 +13,9 @@
 
 namespace trace {
 
+/// Calls the callback of the client that got this indication.
+void Deliver(const Event& indication);
+
 /// Lives from the first call until the process ends.
 class Tracer {
  public:
@@ -22,26 +24,27 @@ class Tracer {
   /// Null unless a recording is played.
   Replay* replay() const { return replay_.get(); }
 
-  IndicationCount Count() const { return {come_, returned_}; }
-  /// To be called after the indication has been reported, so that a call which counts it is
-  /// recorded later.
-  void CountCome() { ++come_; }
-  void CountReturned() { ++returned_; }
+  Event Begin(const seam::Request& names, unsigned client) const {
+    return {names.name, client, recorder_ != nullptr ? recorder_->count() : 0};
+  }
 
   /// `answers` makes a tuple of the answers, if there are any.
   template <typename Arguments, typename Answers>
-  void Report(const Event& event, const seam::Request& names, const Arguments& arguments,
+  void Report(Event event, const seam::Request& names, const Arguments& arguments,
               const Answers& answers) {
     const bool is_shown = IsShown(event);
     if (!is_shown && recorder_ == nullptr) return;
     const Unnoticed unnoticed;
-    const auto texts = [&](seam::Printer::Style style) {
-      return Texts{Text(style, names.arguments, arguments),
-                   event.ok ? Text(style, names.answers, answers()) : "{}"};
+    const auto describe = [&](seam::Printer::Style style) {
+      const std::string arguments_text = Text(style, names.arguments, arguments);
+      const std::string answer = event.ok ? Text(style, names.answers, answers()) : "{}";
+      event.arguments.text = arguments_text;
+      event.answer.text = answer;
+      return Line(style, event);
     };
     try {
-      if (is_shown) Show(event, texts(style_));
-      if (recorder_ != nullptr) recorder_->Append(event, texts(seam::Printer::kJson), Count());
+      if (is_shown) output_->Write(describe(style_) += options_.json ? "}\n" : "\n");
+      if (recorder_ != nullptr) recorder_->Append(describe(seam::Printer::kJson));
     } catch (const std::bad_alloc&) {  // the program goes on without this line
     }
   }
@@ -59,15 +62,15 @@ class Tracer {
   explicit Tracer(const Options& options);
 
   bool IsShown(const Event& event) const;
-  void Show(const Event& event, const Texts& texts);
+  /// Without what ends the line.
+  static std::string Line(seam::Printer::Style style, Event event);
 
   const Options options_;
-  const seam::Printer::Names host_names_;
   const seam::Printer::Style style_;
   std::unique_ptr<LineFile> output_;
   std::unique_ptr<Recorder> recorder_;
   std::unique_ptr<Replay> replay_;
-  std::atomic<unsigned> come_{0}, returned_{0};
+  seam::Printer::Names host_names_;
 };
 
 }  // namespace trace
