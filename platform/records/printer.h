@@ -100,12 +100,12 @@ class Printer {
   }
   template <typename Number>
   void Put(const Ipv4Address<Number>& address) {
-    char text[INET_ADDRSTRLEN], *end = text;
+    PutQuote();
     for (int shift = 24; shift >= 0; shift -= 8) {
-      end = std::to_chars(end, std::end(text), address.number >> shift & 0xFF).ptr;
-      *end++ = shift > 0 ? '.' : '\0';
+      Put(address.number >> shift & 0xFF);
+      if (shift > 0) out_ += '.';
     }
-    PutWord(text);
+    PutQuote();
   }
   /// The union does not say which family it holds. Three IPv6 addresses use more of it.
   void Put(const qcmap_nw_params_t& params) {
@@ -133,10 +133,13 @@ class Printer {
     out_ += style_ == kJson ? ':' : '=';
   }
   /// A word needs quotes only in JSON.
+  void PutQuote() {
+    if (style_ == kJson) out_ += '"';
+  }
   void PutWord(const char* word) {
-    if (style_ == kJson) out_ += '"';
+    PutQuote();
     out_ += word;
-    if (style_ == kJson) out_ += '"';
+    PutQuote();
   }
   template <typename Enum>
   void PutEnumerator(Enum value, int64_t number) {

@@ -43,9 +43,9 @@ TEST(Trace, ShowsCallsAndIndications) {
       "",
       "mvq-qcmap-trace --json --only AddPDNToVLANMapping -- trace_program requests 2>&1 >/dev/null");
   EXPECT_EQ(Replace(json.out, "\"(thread|took_us|at_us)\":\\d+", "\"$1\":0"),
-            "{\"time\":\"TIME\",\"thread\":0,\"client\":1,\"name\":\"AddPDNToVLANMapping\","
-            "\"arguments\":{\"vlan_id\":7,\"profile_handle\":103},\"took_us\":0,\"ok\":false,"
-            "\"error\":\"INVALID_ARG\",\"answer\":{},\"at_us\":0,\"after\":0}\n");
+            "{\"time\":\"TIME\",\"at_us\":0,\"thread\":0,\"client\":1,"
+            "\"name\":\"AddPDNToVLANMapping\",\"arguments\":{\"vlan_id\":7,\"profile_handle\":103},"
+            "\"took_us\":0,\"ok\":false,\"error\":\"INVALID_ARG\",\"answer\":{},\"after\":0}\n");
 }
 
 TEST(Trace, StaysOutOfTheWay) {
@@ -112,7 +112,7 @@ TEST(Replay, RefusesWhatIsNotAWholeRecording) {
   } rows[] = {
       {"cat story", ""},
       {"head -n 5 story", "damaged:6: the recording is cut off here\n"},
-      {"head -c 1000 story", "damaged:5: the recording is cut off here\n"},
+      {"head -c 1000 story", "damaged:6: the recording is cut off here\n"},
       {"sed '4s/true/false/' story", "damaged:4: the line is damaged\n"},
       {"sed 3d story", "damaged:3: the line is damaged\n"},
       {"sed '1s/:2/:1/' story", "damaged:1: version 1 is unknown\n"},

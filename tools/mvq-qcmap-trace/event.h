@@ -34,17 +34,17 @@ struct Event {
   int thread = ThreadId();
   bool ok = true;
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
-  /// When it began, in UTC.
-  std::string_view time{};
   seam::Json arguments{}, answer{};
 
   auto Members() {
-    return std::tie(time, thread, client, name, arguments, took_us, ok, error, answer, at_us,
-                    after);
+    return std::tie(at_us, thread, client, name, arguments, took_us, ok, error, answer, after);
   }
 };
-constexpr const char* kEventNames[] = {"time", "thread", "client", "name",  "arguments", "took_us",
-                                       "ok",   "error",  "answer", "at_us", "after"};
+constexpr const char* kEventNames[] = {"at_us",   "thread", "client", "name",   "arguments",
+                                       "took_us", "ok",     "error",  "answer", "after"};
+
+/// The time of day, in UTC with milliseconds, when it was `at_us`.
+std::string WallTime(int64_t at_us);
 
 // Names of what is no request. Indications are described like requests: their arguments are what
 // the callback gets, their answers what the decoder makes of it.

@@ -49,13 +49,16 @@ class LineFile {
 
  private:
   int Open() const;
-  bool IsOpen() const;
+  bool IsOurs() const;
+  bool IsOpen();
   void Fail(int error);
 
   const std::string path_;
   const char* const purpose_;
   std::atomic<int> fd_;
   struct stat file_ {};
+  /// When the descriptor was last looked at.
+  std::atomic<int64_t> checked_us_{0};
   std::atomic<bool> failed_{false};
 };
 

@@ -34,9 +34,9 @@ void* FindInLoaded(const char* symbol) {
 
 }  // namespace
 
-void* FindReal(const char* symbol) {
+void* FindReal(const char* symbol, std::atomic<void*>& cache) {
   const Unnoticed unnoticed;
-  void* found = ::dlsym(RTLD_NEXT, symbol);
+  void* found = cache = ::dlsym(RTLD_NEXT, symbol);
   if (found == nullptr) found = FindInLoaded(symbol);
   static std::atomic<bool> reported{false};
   if (found == nullptr && !reported.exchange(true))

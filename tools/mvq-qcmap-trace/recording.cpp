@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <ctime>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
@@ -13,10 +14,21 @@ namespace trace {
 namespace {
 
 constexpr unsigned kVersion = 2;
-constexpr const char* kHeaderNames[] = {"recording", "names", "program"};
+constexpr const char* kHeaderNames[] = {"recording", "names", "program", "time", "at_us"};
 constexpr std::string_view kEnd = "{\"end\":true}\n";
 
 }  // namespace
+
+std::string WallTime(int64_t at_us) {
+  using std::chrono::system_clock;
+  const auto wall = system_clock::now() - std::chrono::microseconds(Now() - at_us);
+  const auto ms = wall.time_since_epoch() / std::chrono::milliseconds(1);
+  const time_t seconds = system_clock::to_time_t(wall);
+  tm parts{};
+  char text[24];
+  std::strftime(text, sizeof text, "%FT%T.", ::gmtime_r(&seconds, &parts));
+  return text + std::to_string(1000 + ms % 1000).substr(1) + 'Z';
+}
 
 std::string LineSum::After(std::string_view line) {
   for (const char c : line) sum_ = (sum_ ^ static_cast<unsigned char>(c)) * 16777619u;
@@ -32,19 +44,27 @@ std::unique_ptr<Recorder> Recorder::Start(const std::string& path, bool has_host
     return nullptr;
   }
   std::string line = "{";
-  const std::string_view program = program_invocation_short_name;
-  seam::Printer(line).Members(kHeaderNames, std::tie(kVersion, has_host_names, program));
+  const char* const program = program_invocation_short_name;
+  const int64_t now = Now();
+  seam::Printer(line).Members(
+      kHeaderNames, std::make_tuple(kVersion, has_host_names, program, WallTime(now), now));
   std::unique_ptr<Recorder> recorder(new Recorder(std::move(file)));
-  recorder->Append(line);
-  recorder->count_ = 0;
+  recorder->Write(line);
   return recorder;
 }
 
-void Recorder::Append(std::string event) {
+void Recorder::Append(Event& event) {
   if (::getpid() != process_) return;
+  std::string line = "{";
+  line.reserve(300 + event.arguments.text.size() + event.answer.text.size());
+  seam::Printer(line).Members(kEventNames, event.Members());
   const std::lock_guard<std::mutex> lock(mutex_);
-  file_->Write(event += sum_.After(event));
+  Write(line);
   ++count_;
+}
+
+void Recorder::Write(std::string& line) {
+  file_->Write(line += sum_.After(line));
 }
 
 void EndRecording(const std::string& path) {

@@ -31,10 +31,12 @@ class Recorder {
 
   /// How many events have been recorded.
   unsigned count() const { return count_; }
-  void Append(std::string event);
+  void Append(Event& event);
 
  private:
   explicit Recorder(std::unique_ptr<LineFile> file) : file_(std::move(file)) {}
+
+  void Write(std::string& line);
 
   const pid_t process_ = ::getpid();
   const std::unique_ptr<LineFile> file_;

@@ -3,7 +3,6 @@
 
 #include <cctype>
 #include <cstdlib>
-#include <ctime>
 #include <fstream>
 
 #include "records/reader.h"
@@ -16,18 +15,6 @@ Options OptionsFromEnvironment() {
   const char* const text = std::getenv(kVariable);
   seam::Reader(text != nullptr ? text : "").Members(kOptionNames, options.Members());
   return options;
-}
-
-/// The time of day, in UTC with milliseconds, when it was `at_us`.
-std::string WallTime(int64_t at_us) {
-  using std::chrono::system_clock;
-  const auto wall = system_clock::now() - std::chrono::microseconds(Now() - at_us);
-  const auto ms = wall.time_since_epoch() / std::chrono::milliseconds(1);
-  const time_t seconds = system_clock::to_time_t(wall);
-  tm parts{};
-  char text[24];
-  std::strftime(text, sizeof text, "%FT%T.", ::gmtime_r(&seconds, &parts));
-  return text + std::to_string(1000 + ms % 1000).substr(1) + 'Z';
 }
 
 std::string InWords(qmi_error_type_v01 error) {
@@ -73,22 +60,22 @@ bool Tracer::IsShown(const Event& event) const {
          options_.only.find("," + std::string(event.name) + ",") != std::string::npos;
 }
 
-std::string Tracer::Line(seam::Printer::Style style, Event event) {
-  const std::string time = WallTime(event.at_us);
+void Tracer::Show(Event& event) {
   std::string line;
-  line.reserve(200 + event.arguments.text.size() + event.answer.text.size());
-  if (style == seam::Printer::kJson) {
-    event.time = time;
-    seam::Printer(line += '{').Members(kEventNames, event.Members());
+  line.reserve(300 + event.arguments.text.size() + event.answer.text.size());
+  if (options_.json) {
+    line += "{\"time\":\"" + WallTime(event.at_us) + '"';
+    seam::Printer(line).Members(kEventNames, event.Members());
+    line += '}';
   } else {
-    line +=
-        time + " [" + std::to_string(event.thread) + "] " + std::to_string(event.took_us) + " us ";
+    line += WallTime(event.at_us) + " [" + std::to_string(event.thread) + "] " +
+            std::to_string(event.took_us) + " us ";
     line += event.name;
     line += event.arguments.text;
     line += " = " + (event.ok ? "ok" : InWords(event.error));
     if (event.answer.text != "{}") (line += ' ') += event.answer.text;
   }
-  return line;
+  output_->Write(line += '\n');
 }
 
 }  // namespace trace

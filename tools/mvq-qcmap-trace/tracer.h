@@ -35,16 +35,22 @@ class Tracer {
     const bool is_shown = IsShown(event);
     if (!is_shown && recorder_ == nullptr) return;
     const Unnoticed unnoticed;
+    std::string arguments_text, answer_text;
     const auto describe = [&](seam::Printer::Style style) {
-      const std::string arguments_text = Text(style, names.arguments, arguments);
-      const std::string answer = event.ok ? Text(style, names.answers, answers()) : "{}";
+      arguments_text = Text(style, names.arguments, arguments);
+      answer_text = event.ok ? Text(style, names.answers, answers()) : "{}";
       event.arguments.text = arguments_text;
-      event.answer.text = answer;
-      return Line(style, event);
+      event.answer.text = answer_text;
     };
     try {
-      if (is_shown) output_->Write(describe(style_) += options_.json ? "}\n" : "\n");
-      if (recorder_ != nullptr) recorder_->Append(describe(seam::Printer::kJson));
+      if (is_shown) {
+        describe(style_);
+        Show(event);
+      }
+      if (recorder_ != nullptr) {
+        describe(seam::Printer::kJson);
+        recorder_->Append(event);
+      }
     } catch (const std::bad_alloc&) {  // the program goes on without this line
     }
   }
@@ -62,8 +68,7 @@ class Tracer {
   explicit Tracer(const Options& options);
 
   bool IsShown(const Event& event) const;
-  /// Without what ends the line.
-  static std::string Line(seam::Printer::Style style, Event event);
+  void Show(Event& event);
 
   const Options options_;
   const seam::Printer::Style style_;
