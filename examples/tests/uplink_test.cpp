@@ -16,8 +16,8 @@ TEST(Uplink, ComesUp) {
   EXPECT_TRUE(uplink.WaitFor(1));
 }
 
+/// The scenario no_network has switched the network off.
 TEST(Uplink, IsRefusedWithoutANetwork) {
-  Control("network off");
   EXPECT_FALSE(Uplink(1).Start());
 }
 
