@@ -58,7 +58,8 @@ void LineFile::Write(std::string_view line) {
   if (failed_) return;
   if (!IsOpen()) {
     fd_ = Open();
-    if (!IsOurs()) return Fail(EBADF);
+    // Standard error has become another file, which is no place for a message either.
+    if (!IsOurs()) return path_.empty() ? failed_.store(true) : Fail(EBADF);
   }
   const ssize_t written = WriteAll(fd_, line);
   if (written == static_cast<ssize_t>(line.size())) return;
