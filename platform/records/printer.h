@@ -58,6 +58,8 @@ class Printer {
       out_ += value ? "true" : "false";
     } else if constexpr (std::is_enum_v<Value>) {
       PutEnumerator(value, static_cast<int64_t>(value));
+    } else if constexpr (std::is_same_v<Value, const char*>) {
+      PutText(value);
     } else if constexpr (std::is_integral_v<Value>) {
       char digits[24];
       out_.append(digits, std::to_chars(digits, std::end(digits), +value).ptr);
@@ -72,12 +74,12 @@ class Printer {
   void Put(const Entry (&entries)[kCount]) {
     Put(Entries<const Entry>{entries, kCount, kCount});
   }
+  /// A function for `const char*` would take precedence, and read past a field without terminator.
   template <size_t kCapacity>
   void Put(const char (&text)[kCapacity]) {
     PutText({text, ::strnlen(text, kCapacity)});
   }
   void Put(std::string_view text) { PutText(text); }
-  void Put(const char* text) { PutText(text); }
   void Put(const std::string& text) { PutText(text); }
   void Put(const Json& json) { out_ += json.text; }
   template <typename Entry>
