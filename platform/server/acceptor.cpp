@@ -30,9 +30,7 @@ void Acceptor::Await() {
   const bool pauses = Clock::now() < again_at_;
   again_.Set(pauses ? again_at_ : kNever);
   if (pauses) return;
-  acceptor_.async_wait(asio::socket_base::wait_read, [this](const asio::error_code& error) {
-    if (!error) OnPeer();
-  });
+  acceptor_.async_wait(asio::socket_base::wait_read, [this](auto) { OnPeer(); });
   accepting_ = true;
 }
 
@@ -48,7 +46,6 @@ void Acceptor::OnPeer() {
 void Acceptor::AcceptOne() {
   asio::error_code error;
   Protocol::socket socket = acceptor_.accept(io_, error);
-  if (error == asio::error::would_block) return;
   if (error) {  // most likely out of descriptors, so trying again at once would not help
     again_at_ = Clock::now() + kPause;
     complaints_.Add("cannot accept: " + error.message());

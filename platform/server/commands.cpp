@@ -15,7 +15,8 @@ FamilyIndex ReadFamily(Words& words) {
 
 }  // namespace
 
-/// `run` gets the words after the name. It is null for a fault.
+/// `arguments` follow the name without a blank, or are empty. `run` gets the words after the name.
+/// It is null for a fault.
 struct Commands::Command {
   const char* name;
   const char* arguments;
@@ -23,31 +24,31 @@ struct Commands::Command {
 };
 
 const Commands::Command Commands::kCommands[] = {
-    {"network", "on|off", &Commands::SetNetwork},
-    {"roaming", "on|off", &Commands::SetRoaming},
-    {"mobile-ap", "on|off", &Commands::SetMobileAp},
-    {"drop", "PROFILE [4|6]", &Commands::Drop},
-    {"fail-call", "PROFILE 4|6 [COUNT]", &Commands::FailCall},
-    {"traffic", "PROFILE 4|6 RECEIVED SENT", &Commands::AddTraffic},
-    {"fail", "REQUEST [ERROR [COUNT]]", nullptr},
-    {"late", "REQUEST MS [COUNT]", nullptr},
-    {"late-reply", "REQUEST MS [COUNT]", nullptr},
-    {"hang", "REQUEST [COUNT]", nullptr},
-    {"garble", "REQUEST size|id|transaction|record [COUNT]", nullptr},
-    {"truncate", "REQUEST [COUNT]", nullptr},
-    {"repeat", "REQUEST|INDICATION [COUNT]", nullptr},
-    {"die", "REQUEST before|after [COUNT]", nullptr},
-    {"lose", "INDICATION [COUNT]", nullptr},
-    {"delay", "INDICATION MS [COUNT]", nullptr},
-    {"malform", "INDICATION [COUNT]", nullptr},
-    {"misdirect", "INDICATION [COUNT]", nullptr},
-    {"heal", "[REQUEST|INDICATION]", &Commands::Heal},
-    {"indicate", "ID STATUS [PROFILE-HANDLE [MOBILE-AP-HANDLE]]", &Commands::Indicate},
-    {"raw", "ID [HEXADECIMAL-BYTES]", &Commands::IndicateRaw},
-    {"advance", "DURATION", &Commands::Advance},
-    {"sleep", "MILLISECONDS", &Commands::Sleep},
-    {"echo", "WORDS", &Commands::Echo},
-    {"show", "[--json]", &Commands::Show},
+    {"network", " on|off", &Commands::SetNetwork},
+    {"roaming", " on|off", &Commands::SetRoaming},
+    {"mobile-ap", " on|off", &Commands::SetMobileAp},
+    {"drop", " PROFILE [4|6]", &Commands::Drop},
+    {"fail-call", " PROFILE 4|6 [COUNT]", &Commands::FailCall},
+    {"traffic", " PROFILE 4|6 RECEIVED SENT", &Commands::AddTraffic},
+    {"fail", " REQUEST [ERROR [COUNT]]", nullptr},
+    {"late", " REQUEST MS [COUNT]", nullptr},
+    {"late-reply", " REQUEST MS [COUNT]", nullptr},
+    {"hang", " REQUEST [COUNT]", nullptr},
+    {"garble", " REQUEST size|id|transaction|record [COUNT]", nullptr},
+    {"truncate", " REQUEST [COUNT]", nullptr},
+    {"repeat", " REQUEST|INDICATION [COUNT]", nullptr},
+    {"die", " REQUEST before|after [COUNT]", nullptr},
+    {"lose", " INDICATION [COUNT]", nullptr},
+    {"delay", " INDICATION MS [COUNT]", nullptr},
+    {"malform", " INDICATION [COUNT]", nullptr},
+    {"misdirect", " INDICATION [COUNT]", nullptr},
+    {"heal", " [REQUEST|INDICATION]", &Commands::Heal},
+    {"indicate", " ID STATUS [PROFILE-HANDLE [MOBILE-AP-HANDLE]]", &Commands::Indicate},
+    {"raw", " ID [HEXADECIMAL-BYTES]", &Commands::IndicateRaw},
+    {"advance", " DURATION", &Commands::Advance},
+    {"sleep", " MILLISECONDS", &Commands::Sleep},
+    {"echo", " WORDS", &Commands::Echo},
+    {"show", " [--json]", &Commands::Show},
     {"quit", "", &Commands::Quit},
     {"help", "", &Commands::Help},
 };
@@ -66,7 +67,7 @@ CommandResult Commands::Execute(Words words) {
   std::string hint = "try help";
   try {
     const Command& command = kCommands[words.OneOf("command", names)];
-    hint = std::string("usage: ") + command.name + " " + command.arguments;
+    hint = std::string("usage: ") + command.name + command.arguments;
     return command.run == nullptr ? AddFault(command.name, words) : (this->*command.run)(words);
   } catch (const WrongCommand& wrong) {
     return {wrong.what() + (" (" + hint + ")")};
@@ -213,7 +214,7 @@ CommandResult Commands::Help(Words words) {
   words.End();
   CommandResult result;
   for (const Command& command : kCommands)
-    result.output += std::string(command.name) + " " + command.arguments + "\n";
+    result.output += std::string(command.name) + command.arguments + "\n";
   result.output += Faults::Targets();
   return result;
 }

@@ -23,8 +23,7 @@ class Complaints : public Activity {
   void Arm() override;
 
  private:
-  /// Returns false when there is no memory for the line.
-  bool Print(std::string_view text) noexcept;
+  void Print(std::string_view line) noexcept;
 
   Output& output_;
   const char* const prefix_;

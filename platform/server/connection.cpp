@@ -2,10 +2,10 @@
 #include "server/connection.h"
 
 #include <signal.h>
-#include <sys/random.h>
 #include <sys/socket.h>
 
 #include <cerrno>
+#include <random>
 
 namespace sim {
 namespace {
@@ -89,8 +89,8 @@ void Connection::OnEnd() {
 void Connection::Receive() {
   const ssize_t size =
       ::recv(socket_.native_handle(), received_.data(), received_.size(), MSG_DONTWAIT | MSG_TRUNC);
-  if (size < 0 && (errno == EAGAIN || errno == EINTR)) return AwaitRequest();
-  if (size <= 0) return Close();
+  if (size < 0) return AwaitRequest();  // Nothing has come, or the end, which then comes again.
+  if (size == 0) return Close();
   received_size_ = static_cast<size_t>(size);
   const auto datagram = ParseDatagram(received_.data(), std::min(received_size_, received_.size()));
   if (!datagram || received_size_ > received_.size())
@@ -129,8 +129,7 @@ std::string Connection::Open(const Datagram& datagram) {
   if (ticket.handle == 0) {
     client_ = std::make_shared<ClientState>();
     client_->ticket.handle = hub_.NewHandle();
-    if (::getrandom(client_->ticket.key, sizeof client_->ticket.key, 0) < 0)
-      return close_because("there are no random numbers");
+    for (uint32_t& part : client_->ticket.key) part = std::random_device()();
     SetTimeLimit("a client did not open its second connection");
   } else {
     client_ = hub_.Join(ticket);

@@ -49,7 +49,7 @@ void Console::Arm() {
 bool Console::Read() {
   char bytes[kReadBytes];
   const ssize_t size = ::read(own_fd_ >= 0 ? own_fd_ : fd_, bytes, sizeof bytes);
-  if (size < 0 && (errno == EAGAIN || errno == EINTR)) return false;
+  if (size < 0 && errno == EAGAIN) return false;
   if (size > 0) {
     unread_.append(bytes, static_cast<size_t>(size));
   } else {

@@ -44,6 +44,7 @@ ListeningSocket::ListeningSocket(const std::string& path) : ListeningSocket() {
 }
 
 ListeningSocket::~ListeningSocket() {
+  if (fd_ >= 0) ::close(fd_);
   if (bound_) ::unlinkat(directory_fd_, name_.c_str(), 0);
   if (lock_fd_ >= 0) {
     ::unlinkat(directory_fd_, lock_name_.c_str(), 0);
@@ -59,9 +60,9 @@ void ListeningSocket::OpenDirectory() {
   while (directory_.size() > 1 && directory_.back() == '/') directory_.pop_back();
   made_directory_ = ::mkdir(directory_.c_str(), 0700) == 0;
   directory_fd_ = ::open(directory_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-  struct stat status;
-  if (directory_fd_ < 0 || ::fstat(directory_fd_, &status) != 0)
-    RefuseForErrno(directory_, "cannot open the directory");
+  if (directory_fd_ < 0) RefuseForErrno(directory_, "cannot open the directory");
+  struct stat status {};
+  ::fstat(directory_fd_, &status);
   if (status.st_uid != ::geteuid()) Refuse(directory_, "the directory is another user's");
   if ((status.st_mode & 022) != 0) Refuse(directory_, "others can write to the directory");
 }
@@ -73,14 +74,15 @@ void ListeningSocket::Lock() {
     const int fd = ::openat(directory_fd_, lock_name_.c_str(),
                             O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
     if (fd < 0) RefuseForErrno(directory_ + "/" + lock_name_, "cannot open the lock file");
-    struct stat opened, present;
     if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
       ::close(fd);
       Refuse(directory_ + "/" + name_, "a server is already running");
     }
-    if (::fstat(fd, &opened) == 0 &&
-        ::fstatat(directory_fd_, lock_name_.c_str(), &present, AT_SYMLINK_NOFOLLOW) == 0 &&
-        opened.st_ino == present.st_ino) {
+    struct stat opened {};
+    struct stat present {};
+    ::fstat(fd, &opened);
+    ::fstatat(directory_fd_, lock_name_.c_str(), &present, AT_SYMLINK_NOFOLLOW);
+    if (opened.st_ino == present.st_ino) {
       lock_fd_ = fd;
       return;
     }
@@ -105,24 +107,19 @@ void ListeningSocket::RemoveStaleSocket() {
   const int fd = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
   const int result = ::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address);
   const bool is_stale = result != 0 && errno == ECONNREFUSED;
-  if (fd >= 0) ::close(fd);
+  ::close(fd);
   if (!is_stale) Refuse(path, "a server is already running");
-  if (::unlinkat(directory_fd_, name_.c_str(), 0) != 0) RefuseForErrno(path, "cannot be replaced");
+  ::unlinkat(directory_fd_, name_.c_str(), 0);
 }
 
 void ListeningSocket::Listen() {
   const sockaddr_un address = Address();
   fd_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
   const mode_t before = ::umask(0177);
-  bound_ =
-      fd_ >= 0 && ::bind(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  bound_ = ::bind(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
   ::umask(before);
-  if (!bound_ || ::listen(fd_, kBacklog) != 0) {
-    const int error = errno;
-    if (fd_ >= 0) ::close(fd_);
-    errno = error;
+  if (!bound_ || ::listen(fd_, kBacklog) != 0)
     RefuseForErrno(directory_ + "/" + name_, "cannot listen");
-  }
 }
 
 }  // namespace sim

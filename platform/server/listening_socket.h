@@ -4,6 +4,7 @@
 #include <sys/un.h>
 
 #include <string>
+#include <utility>
 
 namespace sim {
 
@@ -18,8 +19,8 @@ class ListeningSocket {
   ListeningSocket(const ListeningSocket&) = delete;
   ListeningSocket& operator=(const ListeningSocket&) = delete;
 
-  /// The descriptor is not closed here. The user of the socket takes it over.
-  int fd() const { return fd_; }
+  /// Hands the descriptor over, which is then no longer closed here.
+  int TakeDescriptor() { return std::exchange(fd_, -1); }
 
  private:
   ListeningSocket() = default;

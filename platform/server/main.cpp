@@ -148,9 +148,7 @@ void RunCommandsOf(const Options& options, sim::Commands& commands) {
 void Serve(const Options& options, asio::io_context& io, Streams& streams, sim::Model& model,
            sim::Hub& hub, sim::Commands& commands) {
   asio::signal_set signals(io, SIGINT, SIGTERM, SIGHUP);
-  signals.async_wait([&io](const asio::error_code& error, int) {
-    if (!error) io.stop();
-  });
+  signals.async_wait([&io](auto, int) { io.stop(); });
   const ScenarioFile file(options.scenario);
   sim::Console scenario(io, file.fd(), commands, streams.output, streams.about_scenario);
   try {
@@ -159,10 +157,10 @@ void Serve(const Options& options, asio::io_context& io, Streams& streams, sim::
     throw sim::WrongCommand(options.scenario + ": " + wrong.what());
   }
   sim::ListeningSocket listening(options.socket);
-  hub.Accept(listening.fd(), model);
+  hub.Accept(listening.TakeDescriptor(), model);
   sim::ListeningSocket controlled(sim::ControlPath(options.socket));
   sim::Control control(io, commands, streams.about_clients);
-  control.Accept(controlled.fd());
+  control.Accept(controlled.TakeDescriptor());
   sim::Console console(io, STDIN_FILENO, commands, streams.output, streams.about_lines);
   std::vector<sim::Activity*> activities = {
       &streams.output, &streams.errors, &hub, &model.modem, &control, &streams.about_clients};
@@ -207,11 +205,10 @@ int Run(int argc, char** argv) {
 
 /// The server's own descriptors must not take the places of standard streams that are closed.
 void OpenStandardStreams() {
-  int fd;
-  do {
-    fd = ::open("/dev/null", O_RDWR);
-  } while (fd >= 0 && fd <= STDERR_FILENO);
-  if (fd >= 0) ::close(fd);
+  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    // A new descriptor takes the lowest place that is free, which is this one.
+    if (::fcntl(fd, F_GETFD) < 0) ::open("/dev/null", O_RDWR);
+  }
 }
 
 }  // namespace

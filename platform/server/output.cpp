@@ -5,8 +5,6 @@
 #include <limits.h>
 #include <poll.h>
 #include <sys/epoll.h>
-#include <sys/socket.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -26,10 +24,6 @@ constexpr std::chrono::milliseconds kPatienceAtTheEnd{250};
 
 Output::Output(asio::io_context& io, int fd)
     : fd_(fd), own_fd_(ReopenWithoutBlocking(fd, O_WRONLY)), writable_(io, fd, EPOLLOUT) {
-  struct stat status {};
-  ::fstat(fd, &status);
-  is_socket_ = S_ISSOCK(status.st_mode);
-  is_plain_file_ = S_ISREG(status.st_mode);
   unsent_.reserve(kMaxBytes + kMaxNoteBytes);
 }
 
@@ -68,7 +62,7 @@ void Output::Flush() noexcept {
       unsent_.erase(0, static_cast<size_t>(written));
     } else if (errno == EAGAIN) {
       return;
-    } else if (errno != EINTR) {
+    } else {
       // The reader has gone, or the disk is full. The next line makes another attempt.
       lines_left_out_ += static_cast<unsigned>(std::count(unsent_.begin(), unsent_.end(), '\n'));
       unsent_.clear();
@@ -81,8 +75,6 @@ void Output::Flush() noexcept {
 // it in between. Only a pipe that cannot be reopened runs that risk.
 ssize_t Output::WriteSome() {
   if (own_fd_ >= 0) return ::write(own_fd_, unsent_.data(), unsent_.size());
-  if (is_socket_) return ::send(fd_, unsent_.data(), unsent_.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
-  if (is_plain_file_) return ::write(fd_, unsent_.data(), unsent_.size());
   pollfd waited{fd_, POLLOUT, 0};
   if (::poll(&waited, 1, 0) > 0)
     return ::write(fd_, unsent_.data(), std::min<size_t>(unsent_.size(), PIPE_BUF));
@@ -91,13 +83,11 @@ ssize_t Output::WriteSome() {
 }
 
 void Output::Finish() noexcept {
-  using std::chrono::milliseconds;
-  const auto end = std::chrono::steady_clock::now() + kPatienceAtTheEnd;
-  for (Flush(); !unsent_.empty(); Flush()) {
-    const auto left =
-        std::chrono::duration_cast<milliseconds>(end - std::chrono::steady_clock::now());
+  using Clock = std::chrono::steady_clock;
+  const auto end = Clock::now() + kPatienceAtTheEnd;
+  for (Flush(); !unsent_.empty() && Clock::now() < end; Flush()) {
     pollfd waited{fd_, POLLOUT, 0};
-    if (left.count() <= 0 || ::poll(&waited, 1, static_cast<int>(left.count())) <= 0) return;
+    ::poll(&waited, 1, static_cast<int>(kPatienceAtTheEnd.count()));
   }
 }
 

@@ -33,8 +33,6 @@ class Output : public Activity {
   const int fd_;
   /// A descriptor of this process alone for the same pipe or terminal; -1 when there is none.
   const int own_fd_;
-  bool is_socket_ = false;
-  bool is_plain_file_ = false;
   Readiness writable_;
   /// Its memory is reserved at the start, so printing needs none.
   std::string unsent_;

@@ -14,9 +14,9 @@
 namespace sim {
 
 int ReopenWithoutBlocking(int fd, int access) {
-  struct stat status;
-  if (::fstat(fd, &status) != 0 || !(S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode)))
-    return -1;
+  struct stat status {};
+  ::fstat(fd, &status);
+  if (!S_ISFIFO(status.st_mode) && !S_ISCHR(status.st_mode)) return -1;
   const std::string path = "/proc/self/fd/" + std::to_string(fd);
   return ::open(path.c_str(), access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
 }
@@ -28,7 +28,6 @@ int Poll(int fd, short events) {
 
 Readiness::Readiness(asio::io_context& io, int fd, uint32_t event) : watch_(io) {
   const int watch = ::epoll_create1(EPOLL_CLOEXEC);
-  if (watch < 0) throw std::system_error(errno, std::generic_category(), "epoll");
   watch_.assign(watch);
   epoll_event events{};
   events.events = event;
@@ -36,23 +35,17 @@ Readiness::Readiness(asio::io_context& io, int fd, uint32_t event) : watch_(io) 
 }
 
 void Readiness::Wait(std::function<void()> ready) {
-  if (waiting_ || !watch_.is_open()) return;
-  auto handler = [this, ready = std::move(ready)](const asio::error_code& error) {
-    if (error == asio::error::operation_aborted) return;
+  if (waiting_) return;
+  const auto handler = [this, ready = std::move(ready)](auto...) {
     waiting_ = false;
-    if (watch_.is_open()) ready();
+    ready();
   };
   if (is_plain_file_) {
-    asio::post(watch_.get_executor(), [handler = std::move(handler)] { handler({}); });
+    asio::post(watch_.get_executor(), handler);
   } else {
-    watch_.async_wait(asio::posix::stream_descriptor::wait_read, std::move(handler));
+    watch_.async_wait(asio::posix::stream_descriptor::wait_read, handler);
   }
   waiting_ = true;
-}
-
-void Readiness::Stop() {
-  asio::error_code ignored;
-  watch_.close(ignored);
 }
 
 }  // namespace sim

@@ -23,7 +23,6 @@ class Readiness {
   /// Calls `ready` once the descriptor is ready. Does nothing if a wait is in progress. A plain
   /// file is always ready.
   void Wait(std::function<void()> ready);
-  void Stop();
 
  private:
   asio::posix::stream_descriptor watch_;

@@ -89,12 +89,12 @@ Record::~Record() {
 void Record::Open(const std::string& path, const Timeline& timeline) {
   timeline_ = &timeline;
   // Opening a pipe must not wait for its reader.
-  fd_ = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC | O_NONBLOCK, 0600);
+  fd_ =
+      ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC | O_NONBLOCK, 0600);
+  if (fd_ < 0) throw std::system_error(errno, std::generic_category(), path);
   struct stat status {};
-  if (fd_ < 0 || ::fstat(fd_, &status) != 0)
-    throw std::system_error(errno, std::generic_category(), path);
+  ::fstat(fd_, &status);
   if (!S_ISREG(status.st_mode)) throw std::runtime_error(path + ": is not a regular file");
-  if (::ftruncate(fd_, 0) != 0) throw std::system_error(errno, std::generic_category(), path);
 }
 
 template <typename Put>
@@ -118,7 +118,6 @@ void Record::WriteLine(const std::string& line) noexcept {
   size_t written = 0;
   while (written < line.size()) {
     const ssize_t size = ::write(fd_, line.data() + written, line.size() - written);
-    if (size < 0 && errno == EINTR) continue;
     if (size < 0) return LeaveOut(written, errno);
     written += static_cast<size_t>(size);
   }
@@ -126,14 +125,14 @@ void Record::WriteLine(const std::string& line) noexcept {
 
 void Record::LeaveOut(size_t written, int error) noexcept {
   struct stat status {};
-  const bool is_whole =
-      written == 0 || (::fstat(fd_, &status) == 0 &&
-                       ::ftruncate(fd_, status.st_size - static_cast<off_t>(written)) == 0);
+  ::fstat(fd_, &status);
+  // Making a file shorter succeeds even where there is no room.
+  if (written > 0)
+    static_cast<void>(::ftruncate(fd_, status.st_size - static_cast<off_t>(written)));
   if (has_complained_) return;
   has_complained_ = true;
   char complaint[128];
-  std::snprintf(complaint, sizeof complaint, "log: %s, %s\n", std::strerror(error),
-                is_whole ? "lines are left out" : "a line is cut off");
+  std::snprintf(complaint, sizeof complaint, "log: %s, lines are left out\n", std::strerror(error));
   errors_.Print(complaint);
 }
 
@@ -167,7 +166,6 @@ void Record::Reply(const Peer& peer, std::string reply) noexcept {
   Write("reply", [&](Printer& printer, std::string& line) {
     const auto datagram =
         ParseDatagram(reinterpret_cast<unsigned char*>(reply.data()), reply.size());
-    if (!datagram) return;
     const auto error = static_cast<qmi_error_type_v01>(datagram->header.error);
     printer.Member("client", peer);
     printer.Member("name", NameOf(datagram->header.id));

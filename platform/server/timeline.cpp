@@ -18,7 +18,6 @@ Timeline::Timeline(asio::io_context& io, bool is_manual, std::function<void(cons
     : is_manual_(is_manual), happen_(std::move(happen)), alarm_(io, [this] { Proceed(); }) {}
 
 void Timeline::Add(const Event& event) noexcept {
-  Remove(event.profile, event.family);
   const auto is_earlier = [](const Event& a, const Event& b) { return a.at < b.at; };
   queue_.insert(std::upper_bound(queue_.begin(), queue_.end(), event, is_earlier), event);
 }

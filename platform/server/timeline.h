@@ -34,11 +34,10 @@ class Timeline : public Activity {
 
   /// Makes room for so many events, so that adding them needs no memory.
   void Reserve(size_t events) { queue_.reserve(events); }
-  /// Adds an event. It replaces the one of this family that has not happened yet.
+  /// Adds an event. Its family must have none that has not happened yet.
   void Add(const Event& event) noexcept;
   void Remove(profile_handle_type_v01 profile, FamilyIndex family) noexcept;
 
-  bool IsManual() const { return is_manual_; }
   /// Has time move on, once it has reached the end of earlier advances. Returns the time that it
   /// will reach. Clients are served meanwhile.
   Time Advance(std::chrono::milliseconds duration);
