@@ -14,10 +14,11 @@ constexpr std::chrono::milliseconds kPause{100};
 }  // namespace
 
 Acceptor::Acceptor(asio::io_context& io, Complaints& complaints,
-                   std::function<void(Protocol::socket)> take)
+                   std::function<void(Protocol::socket)> take, std::function<void()> prepare)
     : io_(io),
       complaints_(complaints),
       take_(std::move(take)),
+      prepare_(std::move(prepare)),
       acceptor_(io),
       again_(io, [] { /* The loop then arms this activity. */ }) {}
 
@@ -44,6 +45,7 @@ void Acceptor::OnPeer() {
 }
 
 void Acceptor::AcceptOne() {
+  prepare_();
   asio::error_code error;
   Protocol::socket socket = acceptor_.accept(io_, error);
   if (error) {  // most likely out of descriptors, so trying again at once would not help

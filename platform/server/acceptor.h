@@ -16,9 +16,11 @@ using Protocol = asio::generic::seq_packet_protocol;
 /// Accepts connections of this user and of root, one at a time. It refuses other users.
 class Acceptor : public Activity {
  public:
-  /// `take` gets each connection. When it throws, the connection is closed.
-  Acceptor(asio::io_context& io, Complaints& complaints,
-           std::function<void(Protocol::socket)> take);
+  /// `take` gets each connection. When it throws, the connection is closed. `prepare` is called
+  /// before one is accepted.
+  Acceptor(
+      asio::io_context& io, Complaints& complaints, std::function<void(Protocol::socket)> take,
+      std::function<void()> prepare = [] {});
 
   /// Accepts on `listening_fd`, which it takes over.
   void Listen(int listening_fd);
@@ -34,6 +36,7 @@ class Acceptor : public Activity {
   asio::io_context& io_;
   Complaints& complaints_;
   const std::function<void(Protocol::socket)> take_;
+  const std::function<void()> prepare_;
   asio::basic_socket_acceptor<Protocol> acceptor_;
   bool accepting_ = false;
   /// Rings when accepting goes on after a failure.

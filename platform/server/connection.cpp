@@ -1,7 +1,6 @@
 /// Receives a client's requests one by one and sends replies and indications.
 #include "server/connection.h"
 
-#include <signal.h>
 #include <sys/socket.h>
 
 #include <cerrno>
@@ -107,7 +106,7 @@ void Connection::OnDatagram(const Datagram& datagram) {
     if (faults_) hub_.record_.FaultsOf(peer_, id, *faults_);
   }
   if (FaultOf(kHang) != 0) return AwaitRequest();
-  if (FaultOf(kDie) == kBefore) ::raise(SIGKILL);
+  Reach(kBefore);
   if (FaultOf(kLate) != 0) return Hold(FaultOf(kLate), &Connection::Answer);
   Answer();
 }
@@ -160,7 +159,7 @@ void Connection::Answer() {
                           ? Open(*datagram)
                           : AnswerRequest(*hub_.model_, handle, *datagram, error);
   if (!IsOpen()) return;
-  if (FaultOf(kDie) == kAfter) ::raise(SIGKILL);
+  Reach(kAfter);
   if (FaultOf(kLateReply) == 0) return Reply(std::move(reply));
   held_reply_ = std::move(reply);
   Hold(FaultOf(kLateReply), &Connection::ReplyLate);
@@ -171,6 +170,7 @@ void Connection::Reply(std::string reply) {
   if (faults_) Spoil(reply, *faults_);
   if (Send(reply) < 0) return Close();
   if (FaultOf(kRepeat) != 0) Send(reply);
+  Reach(kReplied);
   if (is_second_) {
     gets_indications_ = true;
     position_ = hub_.log_.end();

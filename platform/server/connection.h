@@ -63,6 +63,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void Hold(uint64_t ms, Handler next);
   /// The argument of a fault that befalls the request; 0 if it does not.
   uint64_t FaultOf(FaultKind kind) const { return faults_ ? (*faults_)[kind] : 0; }
+  void Reach(Step step) const {
+    if (faults_) sim::Reach(step, *faults_);
+  }
   void FlushIndications();
   void OnRoom();
   ssize_t Send(const std::string& datagram);

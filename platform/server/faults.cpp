@@ -1,6 +1,8 @@
 /// Reads faults from commands and makes them happen to replies.
 #include "server/faults.h"
 
+#include <signal.h>
+
 #include <algorithm>
 #include <iterator>
 
@@ -12,21 +14,33 @@ namespace {
 
 constexpr uint64_t kMaxMs = uint64_t{3600} * 1000;
 
+/// What a fault can befall.
+constexpr unsigned kRequests = 1, kIndications = 2, kConnections = 4;
 struct Kind {
   const char* name;
-  bool of_requests, of_indications;
+  unsigned befalls;
 };
 /// By FaultKind.
-constexpr Kind kKinds[] = {
-    {"fail", true, false},  {"late", true, false},    {"late-reply", true, false},
-    {"hang", true, false},  {"garble", true, false},  {"truncate", true, false},
-    {"repeat", true, true}, {"die", true, false},     {"lose", false, true},
-    {"delay", false, true}, {"malform", false, true}, {"misdirect", false, true}};
+constexpr Kind kKinds[] = {{"fail", kRequests},
+                           {"late", kRequests},
+                           {"late-reply", kRequests},
+                           {"hang", kRequests},
+                           {"garble", kRequests},
+                           {"truncate", kRequests},
+                           {"repeat", kRequests | kIndications},
+                           {"die", kRequests | kConnections},
+                           {"stop", kRequests | kConnections},
+                           {"lose", kIndications},
+                           {"delay", kIndications},
+                           {"malform", kIndications},
+                           {"misdirect", kIndications}};
 static_assert(std::size(kKinds) == kFaultKinds);
 
-constexpr auto& kIndications = seam::kEnumerators<seam::IndicationId>;
+constexpr auto& kIndicationNames = seam::kEnumerators<seam::IndicationId>;
 
-uint64_t ReadArgument(FaultKind kind, Words& words) {
+uint64_t ReadArgument(FaultKind kind, bool of_connection, Words& words) {
+  std::vector<const char*> steps = {"before", "after"};
+  if (!of_connection) steps.push_back("replied");
   switch (kind) {
     case kFail:
       return words.HasMore() ? words.Number(1, INT32_MAX) : uint64_t{QMI_ERR_INTERNAL_V01};
@@ -37,7 +51,8 @@ uint64_t ReadArgument(FaultKind kind, Words& words) {
     case kGarble:
       return kSize + words.OneOf("part", {"size", "id", "transaction", "record"});
     case kDie:
-      return kBefore + words.OneOf("moment", {"before", "after"});
+    case kStop:
+      return kBefore + words.OneOf("step", steps);
     default:
       return 1;
   }
@@ -54,8 +69,8 @@ void Faults::Add(const std::string& kind, Words words) {
   const auto* const found = std::find_if(std::begin(kKinds), std::end(kKinds), is_named);
   Fault fault{};
   fault.kind = static_cast<FaultKind>(found - kKinds);
-  fault.target = ReadTarget(words, found->of_requests, found->of_indications);
-  fault.argument = ReadArgument(fault.kind, words);
+  fault.target = ReadTarget(words, found->befalls);
+  fault.argument = ReadArgument(fault.kind, fault.target == kConnection, words);
   fault.times_left = words.Times();
   words.End();
   for (Fault& other : faults_) {
@@ -68,35 +83,37 @@ void Faults::Add(const std::string& kind, Words words) {
 
 void Faults::Heal(Words words) {
   if (!words.HasMore()) return faults_.clear();
-  const Target target = ReadTarget(words, true, true);
+  const Target target = ReadTarget(words, kRequests | kIndications | kConnections);
   words.End();
   const auto is_its = [&](const Fault& fault) { return fault.target == target; };
   faults_.erase(std::remove_if(faults_.begin(), faults_.end(), is_its), faults_.end());
 }
 
-Faults::Target Faults::ReadTarget(Words& words, bool requests, bool indications) {
+Faults::Target Faults::ReadTarget(Words& words, unsigned kinds) {
   std::vector<const char*> names;
   std::vector<Target> targets;
   const auto offer = [&](const char* name, Target target) {
     names.push_back(name);
     targets.push_back(target);
   };
-  if (requests) {
+  if ((kinds & kRequests) != 0) {
     for (uint32_t id = 0; id < std::size(kMessageNames); ++id) offer(kMessageNames[id], id);
     offer("all", kEachRequest);
   }
-  if (indications) {
-    for (const auto& [id, name] : kIndications) offer(name, kIndication | static_cast<Target>(id));
+  if ((kinds & kConnections) != 0) offer("connection", kConnection);
+  if ((kinds & kIndications) != 0) {
+    for (const auto& [id, name] : kIndicationNames)
+      offer(name, kIndication | static_cast<Target>(id));
     offer("indications", kEachIndication);
   }
-  return targets[words.OneOf(requests ? "request" : "indication", names)];
+  return targets[words.OneOf((kinds & kRequests) != 0 ? "request" : "indication", names)];
 }
 
 std::string Faults::Targets() {
   std::string text = "REQUEST is all";
   for (const char* name : kMessageNames) text += std::string(", ") + name;
   text += "\nINDICATION is indications";
-  for (const auto& [id, name] : kIndications) text += std::string(", ") + name;
+  for (const auto& [id, name] : kIndicationNames) text += std::string(", ") + name;
   return text + "\n";
 }
 
@@ -111,6 +128,11 @@ Befalling Faults::Take(Target target, Target each) {
     fault = is_over ? faults_.erase(fault) : fault + 1;
   }
   return taken;
+}
+
+void Reach(Step step, const Befalling& faults) {
+  if (faults[kDie] == step) ::raise(SIGKILL);
+  if (faults[kStop] == step) ::raise(SIGSTOP);
 }
 
 void Spoil(std::string& reply, const Befalling& faults) {

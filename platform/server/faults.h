@@ -27,8 +27,10 @@ enum FaultKind : size_t {
   kTruncate,
   /// The reply or the indication is sent twice.
   kRepeat,
-  /// The server dies. The argument is a Death.
+  /// The server dies. The argument is a Step.
   kDie,
+  /// The server stops until it is continued. The argument is a Step.
+  kStop,
   /// The indication is not sent.
   kLose,
   /// The indication is held for so many milliseconds. Those after it overtake it.
@@ -40,10 +42,12 @@ enum FaultKind : size_t {
   kFaultKinds
 };
 enum GarbledPart : uint64_t { kSize = 1, kId, kTransaction, kRecord };
-enum Death : uint64_t { kBefore = 1, kAfter };
+/// How far the server has come with a request: before or after it is carried out, or replied. Or
+/// with a connection: before or after it is accepted.
+enum Step : uint64_t { kBefore = 1, kAfter, kReplied };
 
-/// The arguments of the faults that befall one request or indication, by kind. 0 where there is no
-/// such fault.
+/// The arguments of the faults that befall one request, indication or connection, by kind. 0 where
+/// there is no such fault.
 using Befalling = std::array<uint64_t, kFaultKinds>;
 
 const char* NameOfFault(FaultKind kind);
@@ -66,25 +70,31 @@ class Faults {
     if (AreNone()) return std::nullopt;
     return Take(id, kEachRequest);
   }
+  /// The faults that befall the next connection.
+  Befalling TakeForConnection() { return Take(kConnection, kConnection); }
   Befalling TakeForIndication(uint32_t id) { return Take(kIndication | id, kEachIndication); }
 
  private:
-  /// The id of a request, or kIndication and the id of an indication.
+  /// The id of a request, or kIndication and the id of an indication, or one of the others.
   using Target = uint64_t;
   static constexpr Target kIndication = uint64_t{1} << 32;
   static constexpr Target kEachRequest = uint64_t{1} << 33, kEachIndication = uint64_t{1} << 34;
+  static constexpr Target kConnection = uint64_t{1} << 35;
   struct Fault {
     FaultKind kind;
     Target target;
     uint64_t argument;
     uint64_t times_left;
   };
-  static Target ReadTarget(Words& words, bool requests, bool indications);
+  /// `kinds` says what the target may be.
+  static Target ReadTarget(Words& words, unsigned kinds);
   Befalling Take(Target target, Target each);
 
   std::vector<Fault> faults_;
 };
 
+/// Ends or stops the server when a fault asks for that at this step.
+void Reach(Step step, const Befalling& faults);
 /// Changes a reply as its faults ask.
 void Spoil(std::string& reply, const Befalling& faults);
 

@@ -20,7 +20,9 @@ Hub::Hub(asio::io_context& io, Faults& faults, Record& record, Complaints& compl
     : faults_(faults),
       record_(record),
       complaints_(complaints),
-      acceptor_(io, complaints, [this](Protocol::socket socket) { AddClient(std::move(socket)); }),
+      acceptor_(
+          io, complaints, [this](Protocol::socket socket) { AddClient(std::move(socket)); },
+          [this] { PrepareClient(); }),
       alarm_(io, [this] { OnTime(); }) {
   connections_.reserve(kMaxConnections);
 }
@@ -43,7 +45,14 @@ void Hub::Arm() {
   acceptor_.Arm();
 }
 
+void Hub::PrepareClient() {
+  faults_of_next_ = faults_.TakeForConnection();
+  record_.FaultsOfConnection(faults_of_next_);
+  Reach(kBefore, faults_of_next_);
+}
+
 void Hub::AddClient(Protocol::socket socket) {
+  Reach(kAfter, faults_of_next_);
   if (connections_.size() >= kMaxConnections)
     return complaints_.Add("too many connections, one refused");
   connections_.push_back(std::make_shared<Connection>(*this, std::move(socket)));

@@ -36,6 +36,8 @@ class Hub : public Activity {
 
  private:
   friend class Connection;
+  /// Finds out what befalls the connection that is accepted next.
+  void PrepareClient();
   void AddClient(Protocol::socket socket);
   void Add(const IndicationLog::Entry& entry) noexcept;
   struct Delayed {
@@ -60,6 +62,7 @@ class Hub : public Activity {
   Complaints& complaints_;
   Model* model_ = nullptr;
   Acceptor acceptor_;
+  Befalling faults_of_next_{};
   /// Room for all is reserved. Closed ones are removed before the next event.
   std::vector<std::shared_ptr<Connection>> connections_;
   bool some_are_closed_ = false;

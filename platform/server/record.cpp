@@ -196,6 +196,10 @@ void Record::FaultsOf(const Peer& peer, uint32_t request, const Befalling& fault
   WriteFaults(&peer, NameOf(request), faults);
 }
 
+void Record::FaultsOfConnection(const Befalling& faults) noexcept {
+  WriteFaults(nullptr, "connection", faults);
+}
+
 template <typename Name>
 void Record::WriteFaults(const Peer* peer, Name name, const Befalling& faults) noexcept {
   for (size_t kind = 0; kind < faults.size(); ++kind) {

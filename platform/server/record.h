@@ -45,6 +45,7 @@ class Record {
   void Indication(const Peer& peer, const IndicationLog::Entry& entry) noexcept;
   void FaultsOf(seam::IndicationId indication, const Befalling& faults) noexcept;
   void FaultsOf(const Peer& peer, uint32_t request, const Befalling& faults) noexcept;
+  void FaultsOfConnection(const Befalling& faults) noexcept;
   void Command(const std::string& line, const std::string& error) noexcept;
 
  private:

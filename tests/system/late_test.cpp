@@ -1,4 +1,4 @@
-/// A server that is late, and what becomes of requests whose callers have given up.
+/// A server that is late or stops, and what becomes of requests whose callers have given up.
 #include <future>
 #include <sstream>
 
@@ -6,6 +6,9 @@
 #include "simulated_server.h"
 
 namespace {
+
+using std::chrono::milliseconds;
+using std::chrono::steady_clock;
 
 /// Brings a server into a state that most requests change, and selects the profile of the test.
 const Request kPreparation[] = {
@@ -17,7 +20,7 @@ const Request kPreparation[] = {
     SENDS(AddPDNToVLANMapping, 6, 103, error),
 };
 
-constexpr std::chrono::milliseconds kLimit{300}, kHeld{400};
+constexpr milliseconds kLimit{300};
 
 /// A server of its own with one client, which gives a request up after kLimit.
 class PreparedServer : public SimulatedServer {
@@ -33,6 +36,7 @@ class PreparedServer : public SimulatedServer {
   }
 
   using SimulatedServer::Control;
+  void Continue() const { server_->Signal(SIGCONT); }
   QCMAP_Client& client() { return *client_; }
   /// All that requests can change, as text.
   std::string Model() {
@@ -62,44 +66,57 @@ class PreparedServer : public SimulatedServer {
 TEST(Late, RequestTakesNoEffectAfterItsCallerGaveUp) {
   const std::string unchanged = PreparedServer().Model();
   const struct {
-    const char* fault;
+    const char *fault, *argument;
     /// How many of the requests have changed the model in the end.
     int changes;
-  } rows[] = {{"late", 0}, {"late-reply", 18}};
+  } rows[] = {{"late", "400", 0},
+              {"late-reply", "400", 18},
+              {"stop", "before", 0},
+              {"stop", "after", 18},
+              {"stop", "replied", 18}};
   for (const auto& row : rows) {
+    // Then it is the next request that is given up.
+    const bool is_answered = row.argument == std::string("replied");
     struct Round {
       const Request& request;
       std::unique_ptr<PreparedServer> server;
       qmi_error_type_v01 error;
-      std::future<bool> granted;
+      std::future<milliseconds> took;
     };
     std::vector<Round> rounds;
     for (const Request& request : kEveryRequest)
       rounds.push_back({request, std::make_unique<PreparedServer>(), {}, {}});
     for (Round& round : rounds) {
-      round.server->Control(std::string(row.fault) + " " + round.request.name + " " +
-                            std::to_string(kHeld.count()) + " 1");
-      round.granted = std::async(std::launch::async, [&round] {
-        return round.request.send(round.server->client(), &round.error);
+      round.server->Control(std::string(row.fault) + " " + round.request.name + " " + row.argument +
+                            " 1");
+      round.took = std::async(std::launch::async, [&round, is_answered] {
+        if (is_answered) round.request.send(round.server->client(), &round.error);
+        EXPECT_NE(round.error, QMI_ERR_INTERNAL_V01) << round.request.name;
+        const auto start = steady_clock::now();
+        round.request.send(round.server->client(), &round.error);
+        return std::chrono::duration_cast<milliseconds>(steady_clock::now() - start);
       });
     }
     int changes = 0;
     for (Round& round : rounds) {
-      SCOPED_TRACE(std::string(row.fault) + " " + round.request.name);
-      EXPECT_FALSE(round.granted.get());
+      SCOPED_TRACE(std::string(row.fault) + " " + round.request.name + " " + row.argument);
+      const milliseconds took = round.took.get();
+      EXPECT_GE(took, kLimit);
+      EXPECT_LE(took, kLimit * 3 / 2);
       EXPECT_EQ(round.error, QMI_ERR_INTERNAL_V01);
+      round.server->Continue();
       QCMAP_Client& client = round.server->client();
       // It is answered when the server is done with the request before it.
       EXPECT_TRUE(Eventually([&] { return client.GetMobileAPStatus(kAnything, kAnything); }));
       const std::string model = round.server->Model();
       changes += model != unchanged;
-      if (row.changes == 0) {
-        EXPECT_EQ(model, unchanged);
-      }
+      EXPECT_TRUE(row.changes > 0 || model == unchanged) << model;
+      const bool selects = round.request.name == std::string("SetWWANProfileHandlePreference");
+      const std::string right = is_answered && selects ? "handle 101" : "handle 102";
       if (client.SetAutoconnect(1, &round.error)) {
-        EXPECT_NE(round.server->Model().find("handle 102, autoconnect on"), std::string::npos);
+        EXPECT_NE(round.server->Model().find(right + ", autoconnect on"), std::string::npos);
       } else {
-        EXPECT_EQ(model.find("handle 102"), std::string::npos) << "the profile was deleted";
+        EXPECT_EQ(model.find(right), std::string::npos) << "the profile was deleted";
       }
     }
     EXPECT_EQ(changes, row.changes) << row.fault;
@@ -111,19 +128,41 @@ using Opening = SimulatedServer;
 TEST_F(Opening, HasNoEffectOnceItWasGivenUp) {
   Start();
   // When each of the two connections takes 200 ms, the second one is opened after the limit.
-  for (const char* fault : {"hang OpenSession", "late OpenSession 400", "late OpenSession 200",
-                            "late-reply OpenSession 200"}) {
+  for (const char* fault :
+       {"hang OpenSession", "late OpenSession 400", "late OpenSession 200",
+        "late-reply OpenSession 200", "stop connection before 1", "stop connection after 1",
+        "stop OpenSession before 1", "stop OpenSession after 1", "stop OpenSession replied 1"}) {
     SCOPED_TRACE(fault);
     Control(fault);
     ::setenv("QCMAP_TIMEOUT_MS", "300", 1);
     QCMAP_Client client(nullptr);
     ::unsetenv("QCMAP_TIMEOUT_MS");
+    server_->Signal(SIGCONT);
     Control("heal");
     for (const Request& request : kEveryRequest)
       EXPECT_FALSE(request.send(client, kAnything)) << request.name;
     EXPECT_NE(Control("show").find("mobile ap off"), std::string::npos);
   }
   EXPECT_TRUE(QCMAP_Client(nullptr).EnableMobileAP(kAnything));
+}
+
+TEST_F(Opening, FailsAtOnceWhenTheServerDies) {
+  for (const char* step : {"connection before", "connection after", "OpenSession before",
+                           "OpenSession after", "OpenSession replied"}) {
+    SCOPED_TRACE(step);
+    Start({"--log", directory_ + "/log"});
+    Control(std::string("die ") + step);
+    const auto start = steady_clock::now();
+    QCMAP_Client client(nullptr);
+    for (const Request& request : kEveryRequest)
+      EXPECT_FALSE(request.send(client, kAnything)) << request.name;
+    EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(1));
+    EXPECT_EQ(server_->Wait(), -SIGKILL);
+    std::ostringstream log;
+    log << std::ifstream(directory_ + "/log").rdbuf();
+    EXPECT_NE(log.str().find("\"fault\":\"die\""), std::string::npos) << log.str();
+    server_.reset();
+  }
 }
 
 }  // namespace
