@@ -13,7 +13,11 @@ using std::chrono::steady_clock;
 
 constexpr size_t kPlaces = 256;
 
-using Limits = SimulatedServer;
+class Limits : public SimulatedServer {
+ protected:
+  /// Has deaf clients and an honest one. Returns the longest that the honest one waited.
+  milliseconds LongestPauseBesideDeafClients();
+};
 
 TEST_F(Limits, PlacesOfClientsThatDoNotOpenTheirSessionAreFreeInTime) {
   Start();
@@ -99,10 +103,11 @@ TEST_F(Limits, SubscriberThatSleepsForAMinuteStaysBelowAQuarter) {
   EXPECT_LE(Kilobytes(), kilobytes + 2048);
 }
 
-TEST_F(Limits, DeafClientsCostLittleMemoryAndNobodyElseWaits) {
+milliseconds Limits::LongestPauseBesideDeafClients() {
   constexpr size_t kDeaf = 120;
   constexpr uint32_t kCount = 3000;
   subscriber.received = subscriber.out_of_order = 0;
+  server_.reset();
   Start({"--console"});
   const size_t kilobytes = Kilobytes();
   std::vector<int> deaf;
@@ -143,10 +148,16 @@ TEST_F(Limits, DeafClientsCostLittleMemoryAndNobodyElseWaits) {
   for (const int fd : deaf) ::close(fd);
   Console("indicate 0x5e " + std::to_string(kCount + 1));
   EXPECT_LE(Kilobytes("VmRSS:"), kilobytes + 1024) << "nothing is kept";
-  EXPECT_LE(longest.count(), 200) << "50 on a machine that does nothing else";
   EXPECT_LE(Kilobytes(), kilobytes + 16384);
-  RecordProperty("longest_pause_ms", static_cast<int>(longest.count()));
-  RecordProperty("kilobytes", static_cast<int>(Kilobytes() - kilobytes));
+  std::printf("waited at most %d ms, and the server grew by %zu kB\n",
+              static_cast<int>(longest.count()), Kilobytes() - kilobytes);
+  return longest;
+}
+
+TEST_F(Limits, DeafClientsCostLittleMemoryAndNobodyElseWaits) {
+  // A busy machine may cause a pause, too, but hardly three times in a row.
+  for (int rounds = 3; LongestPauseBesideDeafClients() > milliseconds(50); --rounds)
+    ASSERT_GT(rounds, 1) << "each time somebody else waited longer than 50 ms";
 }
 
 }  // namespace
