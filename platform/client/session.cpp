@@ -27,7 +27,8 @@ constexpr size_t kMaxIndicationBytes = 4096;
 std::chrono::milliseconds LimitFromEnvironment() {
   const char* const text = std::getenv("QCMAP_TIMEOUT_MS");
   uint64_t limit_ms = 0;
-  const bool is_valid = text != nullptr && ParseNumber(text, kMaxLimitMs, limit_ms) && limit_ms > 0;
+  const bool is_valid =
+      text != nullptr && ParseNumber(text, kMaxLimitMs, limit_ms) && limit_ms != 0;
   return std::chrono::milliseconds(is_valid ? limit_ms : kDefaultLimitMs);
 }
 
@@ -48,27 +49,7 @@ bool SetLimit(int fd, int option, std::chrono::milliseconds limit) {
 /// Returns false when the deadline has passed.
 bool LimitSending(int fd, Deadline deadline) {
   const auto left = TimeLeft(deadline);
-  return left.count() > 0 && SetLimit(fd, SO_SNDTIMEO, left);
-}
-
-/// Returns -1 when no trusted server accepts before the deadline.
-int Connect(Deadline deadline) {
-  const std::string path = DefaultSocketPath();
-  sockaddr_un address;
-  if (!ToAddress(path, address)) return -1;
-  const int fd = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-  if (fd < 0) return -1;
-  int result = -1;
-  do {  // connect blocks while the backlog of a hanging server is full
-    if (!LimitSending(fd, deadline)) break;
-    result = ::connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof address);
-  } while (result != 0 && errno == EINTR);
-  if (result == 0 && IsTrustedPeer(fd)) return fd;
-  if (result == 0)
-    ::syslog(LOG_ERR, "QCMAP_Client: the server at %s belongs to user %u and is not used\n",
-             path.c_str(), PeerUser(fd));
-  ::close(fd);
-  return -1;
+  return left.count() != 0 && SetLimit(fd, SO_SNDTIMEO, left);
 }
 
 /// Blocks all signals while a thread is started, so that the new thread never receives a signal
@@ -88,6 +69,24 @@ class AllSignalsBlocked {
 
 }  // namespace
 
+bool Socket::Connect(Deadline deadline) {
+  const std::string path = DefaultSocketPath();
+  sockaddr_un address;
+  if (!ToAddress(path, address)) return false;
+  fd_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+  // connect blocks while the backlog of a hanging server is full.
+  while (LimitSending(fd_, deadline)) {
+    if (::connect(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
+      if (IsTrustedPeer(fd_)) return true;
+      ::syslog(LOG_ERR, "QCMAP_Client: the server at %s belongs to user %u and is not used\n",
+               path.c_str(), PeerUser(fd_));
+      return false;
+    }
+    if (errno != EINTR) return false;
+  }
+  return false;
+}
+
 bool Socket::LimitReceiving(Deadline deadline) {
   const auto left = TimeLeft(deadline);
   if (left.count() == 0) return false;
@@ -98,11 +97,8 @@ bool Socket::LimitReceiving(Deadline deadline) {
 }
 
 Session::Session()
-    : limit_(LimitFromEnvironment()),
-      opening_deadline_(steady_clock::now() + limit_),
-      requests_(Connect(opening_deadline_)),
-      indications_(requests_.fd() < 0 ? -1 : Connect(opening_deadline_)) {
-  if (indications_.fd() < 0) return;
+    : limit_(LimitFromEnvironment()), opening_deadline_(steady_clock::now() + limit_) {
+  if (!requests_.Connect(opening_deadline_) || !indications_.Connect(opening_deadline_)) return;
   const auto ticket = Open(requests_, {});
   if (ticket && Open(indications_, *ticket)) handle_ = ticket->handle;
 }
@@ -131,7 +127,7 @@ std::optional<SessionTicket> Session::Open(Socket& socket, const SessionTicket& 
   SessionTicket opened;
   const qmi_error_type_v01 error = Exchange(socket, message::OpenSession::kId, &ticket,
                                             sizeof ticket, UnpackInto<SessionTicket>, &opened);
-  if (error != QMI_ERR_NONE_V01 || opened.handle == 0) return std::nullopt;
+  if (error != QMI_ERR_NONE_V01) return std::nullopt;
   return opened;
 }
 
@@ -145,7 +141,7 @@ qmi_error_type_v01 Session::Exchange(Socket& socket, uint32_t id, const void* re
 
   const Header header{
       id, ++transaction_, 0, static_cast<uint32_t>(length), ToMonotonicTime(deadline), profile_, 0};
-  if (!Send(socket, header, request, deadline)) return QMI_ERR_INTERNAL_V01;
+  Send(socket, header, request, deadline);
   const auto answer = Receive(socket, header, deadline);
   if (!answer) return QMI_ERR_INTERNAL_V01;
   if (answer->header.error != 0) return static_cast<qmi_error_type_v01>(answer->header.error);
@@ -154,7 +150,7 @@ qmi_error_type_v01 Session::Exchange(Socket& socket, uint32_t id, const void* re
   return QMI_ERR_NONE_V01;
 }
 
-bool Session::Send(const Socket& socket, const Header& header, const void* record,
+void Session::Send(const Socket& socket, const Header& header, const void* record,
                    Deadline deadline) {
   iovec parts[] = {{const_cast<Header*>(&header), sizeof header},
                    {const_cast<void*>(record), header.length}};
@@ -164,20 +160,18 @@ bool Session::Send(const Socket& socket, const Header& header, const void* recor
   // There is almost always room, so the limit is set only after a first attempt.
   int flags = MSG_NOSIGNAL | MSG_DONTWAIT;
   do {
-    if (::sendmsg(socket.fd(), &datagram, flags) >= 0) return true;
+    if (::sendmsg(socket.fd(), &datagram, flags) >= 0) return;
     lost_ = errno != EAGAIN && errno != EINTR;
     flags = MSG_NOSIGNAL;
   } while (!lost_ && LimitSending(socket.fd(), deadline));
-  return false;
 }
 
 std::optional<Datagram> Session::Receive(Socket& socket, const Header& request, Deadline deadline) {
-  while (socket.LimitReceiving(deadline)) {
+  while (!lost_ && socket.LimitReceiving(deadline)) {
     const ssize_t received = ::recv(socket.fd(), reply_, sizeof reply_, MSG_TRUNC);
-    if (received < 0 && (errno == EAGAIN || errno == EINTR)) continue;
     if (received <= 0) {
-      lost_ = true;
-      return std::nullopt;
+      lost_ = received == 0 || (errno != EAGAIN && errno != EINTR);
+      continue;
     }
     const auto size = static_cast<size_t>(received);
     if (size > sizeof reply_) return std::nullopt;
@@ -195,15 +189,15 @@ void Session::ReceiveIndications() {
   SetLimit(indications_.fd(), SO_RCVTIMEO, {});
   unsigned char bytes[kMaxIndicationBytes];
   while (!stopping_) {
+    // No signal interrupts this thread.
     const ssize_t received = ::recv(indications_.fd(), bytes, sizeof bytes, MSG_TRUNC);
-    if (received < 0 && errno == EINTR) continue;
     if (received <= 0) {
       if (!stopping_)
         ::syslog(LOG_ERR, "QCMAP_Client: lost the server, every request fails from now on\n");
       return;
     }
     const auto size = static_cast<size_t>(received);
-    if (size > sizeof bytes || stopping_) continue;
+    if (size > sizeof bytes) continue;
     const auto indication = ParseDatagram(bytes, size);
     if (!indication || !indication->IsWhole()) continue;
     callback_(reinterpret_cast<qmi_client_struct*>(this), indication->header.id, indication->record,

@@ -17,7 +17,7 @@ namespace sim {
 
 class Socket {
  public:
-  explicit Socket(int fd = -1) : fd_(fd) {}
+  Socket() = default;
   ~Socket() {
     if (fd_ >= 0) ::close(fd_);
   }
@@ -25,12 +25,14 @@ class Socket {
   Socket& operator=(const Socket&) = delete;
 
   int fd() const { return fd_; }
+  /// Returns false when no trusted server accepts before the deadline.
+  [[nodiscard]] bool Connect(std::chrono::steady_clock::time_point deadline);
   /// Lets recv return at the deadline at the latest. Returns false when it has passed.
   bool LimitReceiving(std::chrono::steady_clock::time_point deadline);
 
  private:
-  const int fd_;
-  std::chrono::milliseconds receiving_limit_{0};
+  int fd_ = -1;
+  std::chrono::milliseconds receiving_limit_{};
 };
 
 /// Requests run on the caller's thread, one at a time and in the order of the calls. Each ends
@@ -78,7 +80,8 @@ class Session {
   std::optional<SessionTicket> Open(Socket& socket, const SessionTicket& ticket);
   qmi_error_type_v01 Exchange(Socket& socket, uint32_t id, const void* request, size_t length,
                               Unpacker unpack, void* reply);
-  bool Send(const Socket& socket, const Header& header, const void* record, Deadline deadline);
+  /// Sets lost_ when the server has gone. A request for which there is no room is not sent.
+  void Send(const Socket& socket, const Header& header, const void* record, Deadline deadline);
   std::optional<Datagram> Receive(Socket& socket, const Header& request, Deadline deadline);
   bool IsInForkedChild() const { return ::getpid() != process_; }
   void ReceiveIndications();

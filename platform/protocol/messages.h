@@ -21,7 +21,7 @@ struct SessionTicket {
   uint32_t key[2];
 };
 inline bool operator==(const SessionTicket& a, const SessionTicket& b) {
-  return a.handle == b.handle && a.key[0] == b.key[0] && a.key[1] == b.key[1];
+  return std::memcmp(&a, &b, sizeof a) == 0;
 }
 struct PolicyUpdate {
   qcmap_msgr_update_profile_enum_v01 update;
@@ -127,7 +127,7 @@ size_t WireSize(Record&) {
 }
 template <typename List, typename Count, typename Entry, size_t kCapacity>
 size_t ListSize(const List&, Count& count, const Entry (&entries)[kCapacity]) {
-  if (count > kCapacity) count = kCapacity;
+  count = std::min(count, static_cast<Count>(kCapacity));
   return sizeof(List) - sizeof entries + count * sizeof(Entry);
 }
 inline size_t WireSize(PolicyList& list) {

@@ -32,10 +32,11 @@ inline bool ToAddress(const std::string& path, sockaddr_un& address) {
 /// The user that owns the process at the other end. An unknown owner is reported as the user id
 /// that nobody has.
 inline uid_t PeerUser(int socket) {
-  ucred peer{};
+  constexpr uid_t kNobody = -1;
+  ucred peer{0, kNobody, kNobody};
   socklen_t size = sizeof peer;
-  return ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size) == 0 ? peer.uid
-                                                                          : static_cast<uid_t>(-1);
+  ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size);
+  return peer.uid;
 }
 
 /// Whether the process at the other end belongs to this user or to root.

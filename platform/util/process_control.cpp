@@ -20,7 +20,6 @@ namespace {
 std::string ProgramPath(const std::string& pid) {
   char text[PATH_MAX];
   const int fd = ::open(("/proc/" + pid + "/cmdline").c_str(), O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return {};
   const ssize_t length = ::read(fd, text, sizeof text);
   ::close(fd);
   return length > 0 ? std::string(text, ::strnlen(text, static_cast<size_t>(length)))
