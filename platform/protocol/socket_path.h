@@ -32,7 +32,7 @@ inline bool ToAddress(const std::string& path, sockaddr_un& address) {
 /// The user that owns the process at the other end. An unknown owner is reported as the user id
 /// that nobody has.
 inline uid_t PeerUser(int socket) {
-  constexpr uid_t kNobody = -1;
+  constexpr auto kNobody = static_cast<uid_t>(-1);
   ucred peer{0, kNobody, kNobody};
   socklen_t size = sizeof peer;
   ::getsockopt(socket, SOL_SOCKET, SO_PEERCRED, &peer, &size);
