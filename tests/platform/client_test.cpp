@@ -3,6 +3,7 @@
 #include <pthread.h>
 #include <qcmap_client.h>
 #include <signal.h>
+#include <sys/time.h>
 
 #include <atomic>
 #include <memory>
@@ -124,6 +125,31 @@ TEST_F(Client, DeliversWholeIndicationsWithoutBeingInterrupted) {
     peer_.Send(Peer::kIndications, datagram);
   EXPECT_TRUE(Eventually([] { return is_last_delivered.load(); }));
   EXPECT_EQ(delivered, " 2:0 3:4064 99:1");
+}
+
+TEST_F(Client, GoesOnAfterSignalsAndAServerThatDoesNotRead) {
+  ::setenv("QCMAP_TIMEOUT_MS", "100", 1);
+  client_.reset();
+  peer_.HangUp();
+  const int socket = ::dup(0);
+  ::close(socket);
+  Connect();  // The first socket gets that number.
+  ::unsetenv("QCMAP_TIMEOUT_MS");
+  const int smallest = 0;
+  EXPECT_EQ(::setsockopt(socket, SOL_SOCKET, SO_SNDBUF, &smallest, sizeof smallest), 0);
+  struct sigaction handler {};
+  handler.sa_handler = [](int) {};
+  ::sigaction(SIGALRM, &handler, nullptr);
+  const itimerval often{{0, 1000}, {0, 1000}}, never{};
+  ::setitimer(ITIMER_REAL, &often, nullptr);
+  for (int i = 0; i < 10; ++i, ++transaction_) {
+    const auto start = steady_clock::now();
+    EXPECT_FALSE(client_->ActivateLAN(nullptr));
+    EXPECT_GE(steady_clock::now() - start, 100ms) << "request " << i;
+  }
+  EXPECT_LT(peer_.TakeRequests(Peer::kRequests).transaction, transaction_) << "there was no room";
+  EXPECT_TRUE(Activate());
+  ::setitimer(ITIMER_REAL, &never, nullptr);
 }
 
 TEST_F(Client, TakesItsTimeLimitFromTheEnvironment) {

@@ -40,6 +40,7 @@ TEST(MessageDecode, GivesTheRecordOfEachIndicationThatIsWhole) {
   EXPECT_EQ(qmi_client_message_decode(nullptr, 1, 0x23, "", 0, record, 28), 1) << "no indication";
   EXPECT_EQ(qmi_client_message_decode(nullptr, 2, 0x23, "", 0, nullptr, 28), 2) << "no record";
   EXPECT_EQ(qmi_client_message_decode(nullptr, 2, 0x23, nullptr, 1, record, 28), 3) << "no bytes";
+  EXPECT_EQ(qmi_client_message_decode(nullptr, 2, 0x23, nullptr, 0, record, 28), 3) << "empty";
 }
 
 }  // namespace

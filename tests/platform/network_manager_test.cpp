@@ -34,6 +34,8 @@ TEST(NetworkManager, KeepsTheDhcpRangeInsideTheSubnetAndOffTheGateway) {
   } without_room[] = {{"10.0.0.1", "255.255.255.254"},
                       {"10.0.0.0", "255.255.255.0"},
                       {"10.0.0.1", "255.0.255.0"},
+                      {"10.0.0.1", "255.255.255.256"},
+                      {"10.0.0.256", "255.255.255.0"},
                       {"10.0.0.1", "0.0.0.0"}};
   for (const auto& [gateway, netmask] : without_room) {
     std::string start = "10.0.0.2", end = "10.0.0.2";
@@ -49,6 +51,7 @@ TEST(NetworkManager, KeepsTheDhcpRangeInsideTheSubnetAndOffTheGateway) {
   EXPECT_FALSE(fits("10.0.0.0", "10.0.0.8")) << "the network's address";
   EXPECT_FALSE(fits("10.0.0.10", "10.0.0.255")) << "the broadcast address";
   EXPECT_FALSE(fits("10.0.1.10", "10.0.1.20")) << "another subnet";
+  EXPECT_FALSE(fits("", "10.0.0.8") || fits("10.0.0.1", "")) << "no address";
 }
 
 TEST(NetworkManager, AcceptsMacAddressesOfSixPairsWithOneSeparator) {
