@@ -74,16 +74,15 @@ bool Socket::Connect(Deadline deadline) {
   sockaddr_un address;
   if (!ToAddress(path, address)) return false;
   fd_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-  // connect blocks while the backlog of a hanging server is full.
-  while (LimitSending(fd_, deadline)) {
-    if (::connect(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) {
-      if (IsTrustedPeer(fd_)) return true;
-      ::syslog(LOG_ERR, "QCMAP_Client: the server at %s belongs to user %u and is not used\n",
-               path.c_str(), PeerUser(fd_));
-      return false;
-    }
+  for (;;) {
+    // connect blocks while the backlog of a hanging server is full.
+    if (!LimitSending(fd_, deadline)) return false;
+    if (::connect(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) break;
     if (errno != EINTR) return false;
   }
+  if (IsTrustedPeer(fd_)) return true;
+  ::syslog(LOG_ERR, "QCMAP_Client: the server at %s belongs to user %u and is not used\n",
+           path.c_str(), PeerUser(fd_));
   return false;
 }
 
