@@ -70,42 +70,57 @@ TEST_F(Fault, ProcessOfTheServersNameIsNoServer) {
 }
 
 TEST_F(Fault, MalformedRequestsHarmNobodyElse) {
-  Start();
-  QCMAP_Client honest(nullptr);
-  const std::string open = OpenSession();
+  constexpr uint32_t kHonest = 5001;
+  const std::string open = OpenSession(), into_honest = OpenSession({kHonest, {}});
   const std::string connect =
       sim::MakeDatagram(sim::message::ConnectBackHaul::kId, 8, 0, std::string("\1\0\0\0", 4));
-  const auto before = Descriptors();
-  const std::string into_honest = OpenSession({honest.mobile_ap_handle, {}});
-  enum class Outcome { CONNECTION_ENDS, REFUSAL };
+  std::string lying = connect;
+  ++lying[offsetof(sim::Header, length)];
   const struct {
     const char* what;
     std::string opening, request;
-    Outcome outcome;
+    /// Why the connection is closed. If there is no reason, the request is refused.
+    std::string reason;
   } rows[] = {
-      {"names another client's session", "", into_honest, Outcome::CONNECTION_ENDS},
-      {"ends within its header", "", into_honest.substr(0, 5), Outcome::CONNECTION_ENDS},
-      {"ends within its record", open, connect.substr(0, connect.size() - 1), Outcome::REFUSAL},
-      {"is longer than its record", open, connect + "\1", Outcome::REFUSAL},
+      {"names another client's session", "", into_honest,
+       "a client opened a session that is not its own"},
+      {"has half a ticket", "", open.substr(0, open.size() - 4),
+       "a client did not open its session"},
+      {"comes before the session", "", connect, "a client did not open its session"},
+      {"ends within its header", "", connect.substr(0, 5), "a datagram has an invalid size"},
       {"is longer than any request", open, connect + std::string(5000, '\1'),
-       Outcome::CONNECTION_ENDS}};
+       "a datagram has an invalid size"},
+      {"ends within its record", open, connect.substr(0, connect.size() - 1), ""},
+      {"is longer than its record", open, connect + "\1", ""},
+      {"has not the length that it gives", open, lying, ""},
+      {"opens the session again", open, open, ""}};
   for (const auto& row : rows) {
+    SCOPED_TRACE(std::string("a request that ") + row.what);
+    Start();
+    QCMAP_Client honest(nullptr);
+    EXPECT_EQ(honest.mobile_ap_handle, kHonest);
+    const auto before = Descriptors();
     const int fd = RawSocket(path_);
     if (!row.opening.empty()) {
       Send(fd, row.opening);
-      EXPECT_FALSE(Receive(fd).empty()) << "the session of the request that " << row.what;
+      EXPECT_FALSE(Receive(fd).empty());
     }
     Send(fd, row.request);
     const std::string reply = Receive(fd);
     sim::Header header{};
     reply.copy(reinterpret_cast<char*>(&header), sizeof header);
-    EXPECT_EQ(header.error != 0, row.outcome == Outcome::REFUSAL) << "a request that " << row.what;
-    EXPECT_EQ(reply.empty(), row.outcome == Outcome::CONNECTION_ENDS)
-        << "a request that " << row.what;
+    EXPECT_EQ(header.error == QMI_ERR_INVALID_ARG_V01, row.reason.empty());
+    EXPECT_EQ(reply.empty(), !row.reason.empty());
+    Send(fd, "");
+    EXPECT_EQ(Receive(fd), "") << "an empty datagram ends a connection";
+    EXPECT_TRUE(row.reason.empty() || server_->WaitForOutput("\nQCMAP_ConnectionManager: " +
+                                                             row.reason + ", connection closed\n"))
+        << server_->output();
     ::close(fd);
+    EXPECT_TRUE(honest.GetMobileAPStatus(kAnything, nullptr));
+    EXPECT_TRUE(Eventually([&] { return Descriptors() == before; }));
+    server_.reset();
   }
-  EXPECT_TRUE(honest.GetMobileAPStatus(kAnything, nullptr));
-  EXPECT_TRUE(Eventually([&] { return Descriptors() == before; }));
 }
 
 }  // namespace

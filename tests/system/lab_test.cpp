@@ -103,19 +103,53 @@ TEST_F(Lab, FullDiskIsReportedOnceAndStopsNothing) {
 }
 
 TEST_F(Lab, ManyThatControlDisturbNobody) {
-  Start();
+  constexpr size_t kPlaces = 128;
+  Start({"--profiles", "50"});
+  const auto before = Descriptors();
+  const std::string sent[] = {"show --json", std::string(8000, 'x'), "sleep 60000", ""};
   std::vector<int> deaf;
-  for (int i = 0; i < 64; ++i) {
+  size_t commands = 0;
+  while (deaf.size() < kPlaces - 1) {
+    const std::string& command = sent[deaf.size() % std::size(sent)];
     deaf.push_back(RawSocket(sim::ControlPath(path_)));
-    const std::string garbage(i % 2 == 0 ? 4096 : 8000, static_cast<char>(i));
-    while (::send(deaf.back(), garbage.data(), garbage.size(), MSG_DONTWAIT) > 0) continue;
+    while (::send(deaf.back(), command.data(), command.size(), MSG_DONTWAIT | MSG_NOSIGNAL) >= 0) {
+      commands += deaf.size() == 1;
+      if (command.empty()) break;
+    }
   }
   QCMAP_Client client(nullptr);
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_TRUE(client.ActivateLAN(nullptr));
-  EXPECT_EQ(Control("echo done"), "done\n");
+  unsigned char roaming;
+  EXPECT_TRUE(client.GetRoaming(&roaming, nullptr));
+  const std::string model = Control("show --json");
   EXPECT_LE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(500));
+  const std::string answer = (sim::kTookEffect + model).substr(0, sim::kMaxDatagramBytes);
+  for (size_t i = 0; i < commands; ++i) ASSERT_EQ(Receive(deaf[0]), answer) << i;
   for (const int fd : deaf) ::close(fd);
+  EXPECT_TRUE(Eventually([&] { return Descriptors() == before + 2; })) << "those of the client";
+  for (int& fd : deaf) fd = RawSocket(sim::ControlPath(path_));
+  for (int i = 0; i < 2; ++i) deaf.push_back(RawSocket(sim::ControlPath(path_)));
+  EXPECT_EQ(Receive(deaf.back()), "");
+  EXPECT_TRUE(server_->WaitForOutput("too many programs control the server, one refused\n"));
+  for (const int fd : deaf) ::close(fd);
+}
+
+TEST_F(Lab, ScriptsWaitForTheTimeOfTheModelAndForThatOfTheMachine) {
+  std::ofstream(directory_ + "/scenario") << "echo first\nsleep 50\necho second\nadvance 9h\n"
+                                             "echo third\nquit\necho never";
+  server_ = Run({"--clock", "manual", "--scenario", directory_ + "/scenario"});
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(server_->Wait(), 0);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(50));
+  EXPECT_EQ(server_->output(), "first\nlistening on " + path_ + "\nsecond\nthird\n");
+  // The lines of a pipe come later, and the last one may end without its newline.
+  server_ = std::make_unique<Process>(
+      "/bin/sh", std::vector<std::string>{"sh", "-c",
+                                          "{ echo echo one; echo advance 1h; sleep 0.1; "
+                                          "echo echo two; printf quit; } | exec " MVQ_QCMAP_SERVER
+                                          " --clock manual --scenario /dev/stdin"});
+  EXPECT_EQ(server_->Wait(), 0);
+  EXPECT_TRUE(server_->WaitForOutput("two\n")) << server_->output();
 }
 
 TEST_F(Lab, AnotherUserControlsNothing) {

@@ -129,7 +129,7 @@ TEST_F(Opening, HasNoEffectOnceItWasGivenUp) {
   Start();
   // When each of the two connections takes 200 ms, the second one is opened after the limit.
   for (const char* fault :
-       {"hang OpenSession", "late OpenSession 400", "late OpenSession 200",
+       {"fail OpenSession", "hang OpenSession", "late OpenSession 400", "late OpenSession 200",
         "late-reply OpenSession 200", "stop connection before 1", "stop connection after 1",
         "stop OpenSession before 1", "stop OpenSession after 1", "stop OpenSession replied 1"}) {
     SCOPED_TRACE(fault);

@@ -24,9 +24,13 @@ TEST_F(Limits, PlacesOfClientsThatDoNotOpenTheirSessionAreFreeInTime) {
   const auto before = Descriptors();
   const auto start = steady_clock::now();
   std::vector<int> peers;
+  const std::string request = sim::MakeDatagram(sim::message::GetWWANPolicyList::kId, 2, 0, "");
   while (peers.size() < kPlaces) {
     peers.push_back(RawSocket(path_));
     if (peers.size() % 2 == 0) OpenHalf(peers.back());
+    // One client that does not open its session reads no replies, either.
+    while (peers.size() == 2 && ::send(peers[1], request.data(), request.size(), MSG_DONTWAIT) > 0)
+      continue;
   }
   EXPECT_EQ(QCMAP_Client(nullptr).mobile_ap_handle, 0u) << "refused, since there are too many";
   EXPECT_TRUE(Eventually([&] { return Descriptors() == before; }));
@@ -55,6 +59,19 @@ TEST_F(Limits, PlaceOfAClientThatIsGoneIsFreeAtOnce) {
   EXPECT_LE(steady_clock::now() - start, std::chrono::seconds(1));
 }
 
+TEST_F(Limits, ServerWithoutDescriptorsAcceptsAgainWhenSomeAreFree) {
+  server_ = std::make_unique<Process>(
+      "/bin/sh", std::vector<std::string>{"sh", "-c", "ulimit -n 40; exec " MVQ_QCMAP_SERVER});
+  ASSERT_TRUE(server_->WaitForOutput("listening on"));
+  std::vector<int> peers;
+  while (peers.size() < 40) peers.push_back(RawSocket(path_));
+  EXPECT_TRUE(server_->WaitForOutput("cannot accept: Too many open files\n"));
+  const auto start = steady_clock::now();
+  for (const int fd : peers) ::close(fd);
+  EXPECT_TRUE(Eventually([&] { return QCMAP_Client(nullptr).mobile_ap_handle != 0; }));
+  EXPECT_LE(steady_clock::now() - start, milliseconds(500));
+}
+
 TEST_F(Limits, GuessedTicketHarmsOnlyTheGuesser) {
   Start();
   const int requests = RawSocket(path_), indications = RawSocket(path_);
@@ -67,6 +84,9 @@ TEST_F(Limits, GuessedTicketHarmsOnlyTheGuesser) {
   }
   Send(indications, OpenSession(ticket));
   EXPECT_FALSE(Receive(indications).empty()) << "the owner still gets in";
+  Send(indications, OpenSession(ticket));
+  EXPECT_TRUE(Receive(indications).empty()) << "a request on the wrong connection ends the session";
+  EXPECT_TRUE(Receive(requests).empty());
   ::close(requests);
   ::close(indications);
 }
@@ -123,8 +143,9 @@ milliseconds Limits::LongestPauseBesideDeafClients() {
     std::string elements;
     sim::AppendElement(elements, sim::kMobileApHandleElement, 1);
     sim::AppendElement(elements, sim::kStatusElement, i);
-    // An element that no client knows fills the indication up to 2 kB.
-    elements += std::string("\x7f\xb2\x07", 3) + std::string(0x7b2, '\0');
+    // An element that no client knows fills the indication up to a size with which the server's
+    // ring ends in a gap that is too small for anything.
+    elements += std::string("\x7f\xca\x07", 3) + std::string(0x7ca, '\0');
     commands += "raw 0x5e ";
     for (const char c : elements) {
       char digits[sizeof "ff"];
