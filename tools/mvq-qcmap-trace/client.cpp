@@ -235,9 +235,9 @@ QCMAP_Client::QCMAP_Client(trace::Callback* callback) : mobile_ap_handle(0), sta
   const auto forward = [&] {
     auto* const real = trace::FindRealFunction<void(QCMAP_Client*, trace::Callback*)>(
         "_ZN12QCMAP_ClientC1EPFvP17qmi_client_structjPvjS2_E");
+    const auto number = static_cast<size_t>(place - trace::clients);
     const bool is_traced = place != nullptr && callback != nullptr;
-    if (real != nullptr)
-      real(this, is_traced ? trace::kCallbacks[place - trace::clients] : callback);
+    if (real != nullptr) real(this, is_traced ? trace::kCallbacks[number] : callback);
     return true;
   };
   trace::Perform(
