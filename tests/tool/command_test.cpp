@@ -40,15 +40,22 @@ TEST(Tool, LeavesTheCallAsItIsWhenInterruptedWhileWaiting) {
   EXPECT_EQ(outcome.out, "143\n0\n");
 }
 
+struct Row {
+  const char* command;
+  int status;
+  const char* out;
+};
+void Expect(const Row& row) {
+  const Outcome outcome = Shell(row.command);
+  EXPECT_EQ(outcome.status, row.status) << row.command << "\n" << outcome.err;
+  EXPECT_EQ(outcome.out, row.out) << row.command << "\n" << outcome.err;
+}
+
 /// How the launcher ends when it cannot run the program.
 enum LauncherFailure : int { kFailed = 125, kNotExecutable = 126, kNotFound = 127 };
 
 TEST(Launcher, EndsAsTheProgramDoesAndLeavesNothingBehind) {
-  const struct {
-    const char* command;
-    int status;
-    const char* out;
-  } rows[] = {
+  const Row rows[] = {
       {"exec mvq-qcmap-sim -- sh -c 'exit 7'", 7, ""},
       {"exec mvq-qcmap-sim -- sh -c 'kill -USR1 $$'", -SIGUSR1, ""},
       {"exec mvq-qcmap-sim -- /nonexistent", kNotFound, ""},
@@ -69,12 +76,33 @@ TEST(Launcher, EndsAsTheProgramDoesAndLeavesNothingBehind) {
        "$program $server ${socket%/*}; echo gone",
        0, "gone\n"},
       {"server=$(mvq-qcmap-sim -- sh -c 'pgrep -P $PPID QCMAP'); kill -0 $server 2>&-; echo $?", 0,
-       "1\n"}};
-  for (const auto& row : rows) {
-    const Outcome outcome = Shell(row.command);
-    EXPECT_EQ(outcome.status, row.status) << row.command << "\n" << outcome.err;
-    EXPECT_EQ(outcome.out, row.out) << row.command << "\n" << outcome.err;
-  }
+       "1\n"},
+      {"mvq-qcmap-sim 2>&1 | head -n 1", 0, "mvq-qcmap-sim: no program is given\n"},
+      {"mvq-qcmap-sim -V | cut -d' ' -f1", 0, "mvq-qcmap-sim\n"},
+      {"TMPDIR= mvq-qcmap-sim -- sh -c 'echo ${QCMAP_SOCKET%-*}'", 0, "/tmp/qcmap-sim\n"},
+      {"TMPDIR=${0%/*} mvq-qcmap-sim -- sh -c 'echo ${QCMAP_SOCKET#$TMPDIR}' | cut -c1-10", 0,
+       "/qcmap-sim\n"},
+      {"echo echo first >$0.txt; mvq-qcmap-sim --scenario $0.txt -- true", 0, ""},
+      {"echo echo hello | mvq-qcmap-sim --console -- "
+       "timeout 20 sh -c 'until grep -qs hello $0; do sleep 0.01; done' ${0%/*}/err",
+       0, ""}};
+  for (const Row& row : rows) Expect(row);
+}
+
+TEST(Control, SendsCommandsAndReportsWhatIsWrong) {
+  constexpr int kWrong = 2, kNoServer = 8;
+  const Row rows[] = {
+      {"mvq-qcmap-sim ctl", kWrong, ""},
+      {"mvq-qcmap-sim ctl show", kNoServer, ""},
+      {"QCMAP_CONTROL=$(printf %0200d 0) mvq-qcmap-sim ctl show", kNoServer, ""},
+      {"echo echo one | mvq-qcmap-sim -- mvq-qcmap-sim ctl -", 0, "one\n"},
+      {"printf 'echo one\n\nshout\necho two\n' | mvq-qcmap-sim -- mvq-qcmap-sim ctl -", kWrong,
+       "one\n"},
+      {"printf 'quit\nshow\n' | mvq-qcmap-sim -- mvq-qcmap-sim ctl -", kNoServer, ""},
+      {"mvq-qcmap-sim -- sh -c 'mvq-qcmap-sim ctl sleep 60000 & ctl=$!; mvq-qcmap-sim ctl quit; "
+       "wait $ctl'",
+       kNoServer, ""}};
+  for (const Row& row : rows) Expect(row);
 }
 
 }  // namespace

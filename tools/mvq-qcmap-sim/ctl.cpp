@@ -3,7 +3,6 @@
 
 #include <unistd.h>
 
-#include <cerrno>
 #include <cstdio>
 #include <cstring>
 #include <iostream>
@@ -40,7 +39,6 @@ class ControlSocket {
     for (;;) {
       char part[1 + sim::kMaxAnswerBytes];
       const ssize_t size = recv(fd_, part, sizeof part, 0);
-      if (size < 0 && errno == EINTR) continue;
       if (size <= 0) Lost();
       std::string text(part + 1, static_cast<size_t>(size) - 1);
       if (part[0] == sim::kIsWrong) return text;

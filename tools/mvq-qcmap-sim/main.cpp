@@ -3,19 +3,18 @@
 #include <limits.h>
 #include <poll.h>
 #include <signal.h>
-#include <sys/random.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <cerrno>
-#include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <exception>
 #include <filesystem>
+#include <random>
 #include <string>
 #include <system_error>
 #include <thread>
@@ -73,11 +72,9 @@ class PrivateFolder {
  public:
   PrivateFolder() {
     const char* parent = std::getenv("TMPDIR");
-    uint64_t number;
-    if (getrandom(&number, sizeof number, 0) != sizeof number)
-      launch::FailWithErrno("random number");
+    std::random_device random;
     char name[sizeof "/qcmap-sim-0123456789abcdef"];
-    std::snprintf(name, sizeof name, "/qcmap-sim-%016" PRIx64, number);
+    std::snprintf(name, sizeof name, "/qcmap-sim-%08x%08x", random(), random());
     path_ = std::string(parent != nullptr && *parent != '\0' ? parent : "/tmp") + name;
   }
   ~PrivateFolder() {
