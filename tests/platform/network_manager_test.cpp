@@ -31,12 +31,9 @@ TEST(NetworkManager, KeepsTheDhcpRangeInsideTheSubnetAndOffTheGateway) {
   }
   const struct {
     const char *gateway, *netmask;
-  } without_room[] = {{"10.0.0.1", "255.255.255.254"},
-                      {"10.0.0.0", "255.255.255.0"},
-                      {"10.0.0.1", "255.0.255.0"},
-                      {"10.0.0.1", "255.255.255.256"},
-                      {"10.0.0.256", "255.255.255.0"},
-                      {"10.0.0.1", "0.0.0.0"}};
+  } without_room[] = {{"10.0.0.1", "255.255.255.254"}, {"10.0.0.0", "255.255.255.0"},
+                      {"10.0.0.1", "255.0.255.0"},     {"10.0.0.1", "255.255.255.256"},
+                      {"10.0.0.256", "255.255.255.0"}, {"10.0.0.1", "0.0.0.0"}};
   for (const auto& [gateway, netmask] : without_room) {
     std::string start = "10.0.0.2", end = "10.0.0.2";
     EXPECT_FALSE(NetworkManager::GetIpv4DhcpRange(gateway, netmask, start, end)) << netmask;
