@@ -1,4 +1,5 @@
 /// What the client makes of any datagram, before a server that answers as it is told.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pthread.h>
 #include <qcmap_client.h>
@@ -147,6 +148,20 @@ TEST_F(Client, GoesOnAfterSignalsAndAServerThatDoesNotRead) {
   EXPECT_LT(peer_.TakeRequests(Peer::kRequests).transaction, transaction_) << "there was no room";
   EXPECT_TRUE(Activate());
   ::setitimer(ITIMER_REAL, &never, nullptr);
+}
+
+TEST_F(Client, MayHaveTheFirstDescriptorAndClosesIt) {
+  client_.reset();
+  peer_.HangUp();
+  const int input = ::dup(0);
+  ::close(0);
+  Connect();
+  EXPECT_TRUE(Activate());
+  client_.reset();
+  peer_.HangUp();
+  EXPECT_EQ(::fcntl(0, F_GETFD), -1);
+  ::dup2(input, 0);
+  ::close(input);
 }
 
 TEST_F(Client, TakesItsTimeLimitFromTheEnvironment) {
