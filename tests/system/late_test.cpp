@@ -29,7 +29,11 @@ class PreparedServer : public SimulatedServer {
     Start({"--call-time", "600000", "--traffic", "0"});
     Control("traffic 1 4 1000 1000");
     ::setenv("QCMAP_TIMEOUT_MS", std::to_string(kLimit.count()).c_str(), 1);
-    client_ = std::make_unique<QCMAP_Client>(nullptr);
+    // On a busy machine, opening a session can take longer than the limit.
+    EXPECT_TRUE(Eventually([this] {
+      client_ = std::make_unique<QCMAP_Client>(nullptr);
+      return client_->mobile_ap_handle != 0;
+    }));
     ::unsetenv("QCMAP_TIMEOUT_MS");
     for (const Request& preparation : kPreparation)
       EXPECT_TRUE(preparation.send(*client_, kAnything));
