@@ -217,7 +217,7 @@ void Deliver(const Event& event) {
   Report(event.client, indication);
   std::vector<unsigned char> bytes(std::max(indication.length, 1u));
   qmi_client_struct* handle;
-  std::memcpy(&handle, &indication.handle, sizeof handle);
+  std::memcpy(&handle, &indication.handle, sizeof indication.handle);
   played = &indication;
   for (const Client& client : clients) {
     if (client.object != nullptr && client.number == event.client && client.callback != nullptr)
