@@ -12,7 +12,7 @@
 
 namespace seam {
 
-/// Text that is JSON, or looks like other values of the same printer.
+/// Text that a printer has made before.
 struct Json {
   std::string_view text;
 };

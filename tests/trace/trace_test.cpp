@@ -56,6 +56,10 @@ TEST(Trace, StaysOutOfTheWay) {
       {"mvq-qcmap-trace -- true", "mvq-qcmap-trace: no process used the library\n", 0},
       {"mvq-qcmap-trace -- /none 2>&1 | grep -c none", "", 0},
       {"mvq-qcmap-trace --only None -- true", "--only: None not in {ActivateLAN,", 125},
+      {"test \"$(mvq-qcmap-trace -- printf '<%s>' '[a,b]')\" = '<[a,b]>'", "", 0},
+      {"mvq-qcmap-trace --record $0.1 -- sh -c 'trap \"exit 3\" USR2; kill -USR2 $PPID; "
+       "trace_program requests >/dev/null; sleep 20 & wait'",
+       "", 3},
       {"mvq-qcmap-trace --output /dev/full -- trace_program requests >/dev/null",
        "mvq-qcmap-trace: the trace ends here: No space left on device\n", 0},
       {"mvq-qcmap-trace --record /dev/full -- trace_program requests >/dev/null",

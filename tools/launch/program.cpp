@@ -54,7 +54,7 @@ Program::Program() {
   sigprocmask(SIG_BLOCK, &awaited_, &mask_before_);
 }
 
-void Program::On(int signal, std::function<void(const siginfo_t&)> handler) {
+void Program::On(int signal, std::function<bool(const siginfo_t&)> handler) {
   handlers_[signal] = std::move(handler);
   sigaddset(&awaited_, signal);
   sigprocmask(SIG_BLOCK, &awaited_, nullptr);
@@ -79,9 +79,8 @@ int Program::Await() {
     siginfo_t info;
     const int signal = sigwaitinfo(&awaited_, &info);
     const auto handler = handlers_.find(signal);
-    if (handler != handlers_.end()) {
-      handler->second(info);
-    } else if (signal == SIGCHLD) {
+    if (handler != handlers_.end() && handler->second(info)) continue;
+    if (signal == SIGCHLD) {
       int status = 0;
       if (waitpid(pid_, &status, WNOHANG) == pid_) return status;
     } else if (signal > 0 && info.si_code != SI_KERNEL) {

@@ -39,8 +39,9 @@ class Program {
  public:
   Program();
 
-  /// Has `handler` called when this process receives `signal` while the program runs.
-  void On(int signal, std::function<void(const siginfo_t&)> handler);
+  /// Has `handler` called when this process receives `signal` while the program runs. Unless it
+  /// returns true, the signal is passed on to the program.
+  void On(int signal, std::function<bool(const siginfo_t&)> handler);
   /// Runs the program until it ends, and returns its status as waitpid gives it. SIGHUP, SIGINT,
   /// SIGQUIT and SIGTERM are passed on to it.
   int Run(const std::vector<std::string>& words, bool has_input = true);
@@ -52,7 +53,7 @@ class Program {
 
   sigset_t awaited_;
   sigset_t mask_before_;
-  std::map<int, std::function<void(const siginfo_t&)>> handlers_;
+  std::map<int, std::function<bool(const siginfo_t&)>> handlers_;
   pid_t pid_ = -1;
 };
 

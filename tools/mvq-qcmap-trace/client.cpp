@@ -170,7 +170,8 @@ void Report(unsigned client, Indication& indication) {
 }
 
 auto* FindDecoder() {
-  return FindRealFunction<decltype(qmi_client_message_decode)>("qmi_client_message_decode");
+  static Found found;
+  return FindRealFunction<decltype(qmi_client_message_decode)>("qmi_client_message_decode", found);
 }
 
 Indication Decode(qmi_client_struct* handle, unsigned id, const void* bytes, unsigned length) {
@@ -233,11 +234,19 @@ QCMAP_Client::QCMAP_Client(trace::Callback* callback) : mobile_ap_handle(0), sta
   static_cast<void>(state_);
   trace::Client* const place = trace::MakePlace(this, callback);
   const auto forward = [&] {
+    static trace::Found found;
     auto* const real = trace::FindRealFunction<void(QCMAP_Client*, trace::Callback*)>(
-        "_ZN12QCMAP_ClientC1EPFvP17qmi_client_structjPvjS2_E");
+        "_ZN12QCMAP_ClientC1EPFvP17qmi_client_structjPvjS2_E", found);
+    // The indications' thread could not look for it while a library is being loaded.
+    trace::FindDecoder();
     const auto number = static_cast<size_t>(place - trace::clients);
     const bool is_traced = place != nullptr && callback != nullptr;
-    if (real != nullptr) real(this, is_traced ? trace::kCallbacks[number] : callback);
+    if (real != nullptr) {
+      real(this, is_traced ? trace::kCallbacks[number] : callback);
+    } else {
+      const trace::Unnoticed unnoticed;
+      trace::Complain("no library of this program has the client class; its calls fail");
+    }
     return true;
   };
   trace::Perform(
@@ -248,7 +257,8 @@ QCMAP_Client::QCMAP_Client(trace::Callback* callback) : mobile_ap_handle(0), sta
 QCMAP_Client::~QCMAP_Client() {
   trace::Client* const place = trace::Find(this);
   const auto forward = [this] {
-    auto* const real = trace::FindRealFunction<void(QCMAP_Client*)>("_ZN12QCMAP_ClientD1Ev");
+    static trace::Found found;
+    auto* const real = trace::FindRealFunction<void(QCMAP_Client*)>("_ZN12QCMAP_ClientD1Ev", found);
     if (real != nullptr) real(this);
     return true;
   };

@@ -17,12 +17,6 @@ inline int64_t Now() {
   return std::chrono::duration_cast<std::chrono::microseconds>(now).count();
 }
 
-/// Asking the system each time would be slow.
-inline int ThreadId() {
-  thread_local const int id = ::gettid();
-  return id;
-}
-
 /// A line of a trace or of a recording.
 struct Event {
   std::string_view name;
@@ -31,7 +25,7 @@ struct Event {
   /// How many events had been recorded when it began.
   unsigned after = 0;
   int64_t at_us = Now(), took_us = 0;
-  int thread = ThreadId();
+  int thread = ::gettid();
   bool ok = true;
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   seam::Json arguments{}, answer{};

@@ -30,14 +30,16 @@ void Complain(const std::string& message) {
 
 LineFile::LineFile(std::string path, const char* purpose)
     : path_(std::move(path)), purpose_(purpose), fd_(Open()) {
-  if (::fstat(fd_, &file_) != 0) Fail(errno);
+  if (fd_ < 0 || ::fstat(fd_, &file_) != 0) Fail(errno);
 }
 
 int LineFile::Open() const {
   if (path_.empty()) return STDERR_FILENO;
   const int opened = ::open(path_.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+  if (opened < 0) return opened;
   const int fd = ::fcntl(opened, F_DUPFD_CLOEXEC, kLowestDescriptor);
-  if (opened >= 0) ::close(opened);
+  if (fd < 0) return opened;
+  ::close(opened);
   return fd;
 }
 

@@ -35,7 +35,7 @@ class Unnoticed {
 void Complain(const std::string& message);
 
 /// Opens the file again when the program has closed the descriptor, as daemons do with all of
-/// theirs. Never writes to a descriptor that has come to mean another file.
+/// theirs. Looks every 10 ms whether the descriptor has come to mean another file.
 class LineFile {
  public:
   /// An empty path means standard error. `purpose` is what a message calls the file.
@@ -46,6 +46,7 @@ class LineFile {
   void Write(std::string_view line);
   /// Whether this call is the first to ask and the file is still empty, among all processes.
   bool Claim();
+  bool has_failed() const { return failed_; }
 
  private:
   int Open() const;

@@ -3,12 +3,14 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
 #include <filesystem>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "launch/program.h"
@@ -20,11 +22,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct CommandLine {
-  trace::Options options;
-  std::vector<std::string> only, program;
-};
-
 std::set<std::string> NamesOfEvents() {
   std::set<std::string> names;
   for (const seam::Request& request : seam::kRequests) names.insert(request.name);
@@ -34,8 +31,8 @@ std::set<std::string> NamesOfEvents() {
   return names;
 }
 
-void AddOptions(CLI::App& app, CommandLine& line) {
-  trace::Options& options = line.options;
+void AddOptions(CLI::App& app, trace::Options& options) {
+  app.footer("PROGRAM and its arguments follow after --.");
   app.set_help_flag("-h,--help", "Show this help");
   app.set_version_flag("-V,--version", "mvq-qcmap-trace " MVQ_QCMAP_VERSION, "Show the version");
   const auto add_file = [&](const char* name, std::string& path, const char* help) {
@@ -43,20 +40,21 @@ void AddOptions(CLI::App& app, CommandLine& line) {
   };
   add_file("--output", options.output, "Append to FILE instead of standard error");
   app.add_flag("--json", options.json, "Print one JSON object a line");
-  app.add_option("--only", line.only, "Show these requests only")
+  const auto set_names = [&](const std::vector<std::string>& names) {
+    for (const std::string& name : names) options.only += "," + name + ",";
+  };
+  app.add_option_function<std::vector<std::string>>("--only", set_names, "Show these requests only")
       ->type_name("REQUEST,...")
       ->delimiter(',')
-      ->check(CLI::IsMember(NamesOfEvents()));
+      ->check(CLI::IsMember(NamesOfEvents()).description(""));
   app.add_option("--slow", options.slow_ms, "Show only what takes MS milliseconds or more")
-      ->type_name("MS");
+      ->type_name("MS")
+      ->check(CLI::Validator(CLI::NonNegativeNumber).description(""));
   app.add_flag("--names", options.host_names, "Do not mask host names");
   auto* const record = add_file("--record", options.record, "Record into FILE");
   auto* const replay = add_file("--replay", options.replay, "Answer from the recording in FILE");
   replay->excludes(record);
   app.add_flag("--fast", options.fast, "Replay without the recorded pauses")->needs(replay);
-  app.add_option("PROGRAM", line.program, "The program and its arguments, after --")
-      ->type_name("")
-      ->required();
 }
 
 /// Makes the path absolute, since the program may change its folder. Throws unless the file can be
@@ -85,9 +83,7 @@ void Preload() {
   ::setenv("LD_PRELOAD", path.c_str(), 1);
 }
 
-int Run(CommandLine& line) {
-  trace::Options& options = line.options;
-  for (const std::string& name : line.only) options.only += "," + name + ",";
+int Run(trace::Options& options, const std::vector<std::string>& words) {
   options.is_shown =
       !options.output.empty() || options.json || (options.record.empty() && options.replay.empty());
   options.launcher = ::getpid();
@@ -104,15 +100,24 @@ int Run(CommandLine& line) {
 
   launch::Program program;
   bool is_used = false, differs = false;
-  program.On(SIGUSR1, [&](const siginfo_t&) { is_used = true; });
-  program.On(SIGUSR2, [&](const siginfo_t& sender) {
-    differs = true;
-    ::kill(sender.si_pid, SIGKILL);
-    ::kill(program.pid(), SIGKILL);
+  const auto is_ours = [](const siginfo_t& signal) {
+    return signal.si_code == SI_QUEUE && signal.si_value.sival_int == trace::kMark;
+  };
+  program.On(SIGUSR1, [&](const siginfo_t& signal) {
+    is_used |= is_ours(signal);
+    return is_ours(signal);
   });
-  const int status = program.Run(line.program);
+  program.On(SIGUSR2, [&](const siginfo_t& signal) {
+    if (!is_ours(signal)) return false;
+    differs = true;
+    if (signal.si_pid > 0) ::kill(signal.si_pid, SIGKILL);
+    ::kill(program.pid(), SIGKILL);
+    return true;
+  });
+  const int status = program.Run(words);
   if (differs) return 1;
   if (!is_used) std::fputs("mvq-qcmap-trace: no process used the library\n", stderr);
+  ::signal(SIGXFSZ, SIG_IGN);  // the recording may have ended for this reason
   if (is_used && !options.record.empty()) trace::EndRecording(options.record);
   return launch::Repeat(status);
 }
@@ -120,13 +125,17 @@ int Run(CommandLine& line) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
-  CommandLine line;
+  // The program's own words are nothing for the parser, which would split some of them.
+  char** const separator = std::find(argv, argv + argc, std::string_view("--"));
+  const std::vector<std::string> words(std::min(separator + 1, argv + argc), argv + argc);
+  trace::Options options;
   CLI::App app("Runs a program, and shows, records or replays what it asks of the modem.",
                "mvq-qcmap-trace");
-  AddOptions(app, line);
+  AddOptions(app, options);
   try {
-    app.parse(argc, argv);
-    return Run(line);
+    app.parse(static_cast<int>(separator - argv), argv);
+    if (words.empty()) launch::Fail("no program is given; try mvq-qcmap-trace -- PROGRAM");
+    return Run(options, words);
   } catch (const CLI::Success& help) {
     return app.exit(help);
   } catch (const std::exception& error) {

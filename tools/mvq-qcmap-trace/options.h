@@ -7,10 +7,12 @@
 namespace trace {
 
 constexpr char kVariable[] = "MVQ_QCMAP_TRACE";
+/// Tells signals of the preloaded library from those of others.
+constexpr int kMark = 0x747263;
 
 struct Options {
   /// The launcher's process. It is told of the first use by SIGUSR1, and by SIGUSR2 when the
-  /// program does something else than was recorded.
+  /// program does something else than was recorded. Both carry kMark.
   int launcher = 0;
   bool is_shown = false, json = false, host_names = false, fast = false;
   int slow_ms = 0;

@@ -3,7 +3,6 @@
 
 #include <link.h>
 
-#include <atomic>
 #include <string>
 #include <vector>
 
@@ -32,16 +31,36 @@ void* FindInLoaded(const char* symbol) {
   return nullptr;
 }
 
+/// How many libraries have been unloaded.
+unsigned long long CountUnloads() {
+  unsigned long long unloads = 0;
+  const auto read = [](dl_phdr_info* library, size_t, void* to) {
+    *static_cast<unsigned long long*>(to) = library->dlpi_subs;
+    return 1;
+  };
+  ::dl_iterate_phdr(read, &unloads);
+  return unloads;
+}
+
 }  // namespace
 
-void* FindReal(const char* symbol, std::atomic<void*>& cache) {
+void* Found::Get() const {
+  return unloads_ == CountUnloads() ? address_.load() : nullptr;
+}
+
+void Found::Set(void* address) {
+  address_ = nullptr;  // another thread must not take the old address for a new one
+  unloads_ = CountUnloads();
+  address_ = address;
+}
+
+void* FindReal(const char* symbol, Found& found) {
+  if (void* const known = found.Get()) return known;
   const Unnoticed unnoticed;
-  void* found = cache = ::dlsym(RTLD_NEXT, symbol);
-  if (found == nullptr) found = FindInLoaded(symbol);
-  static std::atomic<bool> reported{false};
-  if (found == nullptr && !reported.exchange(true))
-    Complain(std::string("no library of this program has ") + symbol + "; its calls fail");
-  return found;
+  void* address = ::dlsym(RTLD_NEXT, symbol);
+  if (address == nullptr) address = FindInLoaded(symbol);
+  found.Set(address);
+  return address;
 }
 
 }  // namespace trace

@@ -40,7 +40,8 @@ std::string LineSum::After(std::string_view line) {
 std::unique_ptr<Recorder> Recorder::Start(const std::string& path, bool has_host_names) {
   auto file = std::make_unique<LineFile>(path, "the recording");
   if (!file->Claim()) {
-    Complain("process " + std::to_string(::getpid()) + " is not recorded: another one is");
+    if (!file->has_failed())
+      Complain("process " + std::to_string(::getpid()) + " is not recorded: another one is");
     return nullptr;
   }
   std::string line = "{";

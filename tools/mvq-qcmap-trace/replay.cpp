@@ -2,14 +2,18 @@
 #include "replay.h"
 
 #include <algorithm>
+#include <set>
 
 namespace trace {
 namespace {
 
 /// So long after a call or a callback the program is taken to wait for what comes next.
 constexpr int64_t kQuietUs = 20000;
-/// A callback that takes longer may itself wait for a thread whose call waits for the callback.
+/// A callback that takes longer may itself wait for a thread whose call waits for the callback. So
+/// may one of several threads for another.
 constexpr int64_t kPatienceUs = 200000;
+/// A call that waits so much longer for its turn than in the recording is out of order.
+constexpr int64_t kGiveUpUs = 10000000;
 
 std::chrono::steady_clock::time_point TimePoint(int64_t us) {
   return std::chrono::steady_clock::time_point(std::chrono::microseconds(us));
@@ -23,6 +27,10 @@ Replay::Replay(const std::string& path, bool fast, std::function<void()> on_diff
       fast_(fast),
       on_difference_(std::move(on_difference)),
       deliver_(std::move(deliver)) {
+  std::set<int> threads, callback_threads;
+  for (const Event& event : recording_.events) {
+    if (event.name == kIndication.name) callback_threads.insert(event.thread);
+  }
   unsigned end = 0;
   for (const Event& event : recording_.events) {
     const auto turn = static_cast<unsigned>(calls_.size() + indications_.size());
@@ -31,8 +39,10 @@ Replay::Replay(const std::string& path, bool fast, std::function<void()> on_diff
     if (!is_call) continue;
     one_by_one_ &= event.after >= end;
     one_thread_ &= event.thread == calls_.front().event->thread;
+    if (callback_threads.count(event.thread) == 0) threads.insert(event.thread);
     end = turn + 1;
   }
+  several_threads_ = threads.size() > 1;
   if (!recording_.events.empty()) delay_us_ = last_us_ - recording_.events.front().at_us;
   if (!one_by_one_) {
     for (Step& call : calls_) call.begin = call.end = 0;
@@ -49,10 +59,10 @@ Replay::Step* Replay::Find(const Event& call) {
   for (Step& step : calls_) {
     const Event& event = *step.event;
     if (step.is_taken) continue;
-    if (event.name == call.name && event.client == call.client &&
-        event.arguments.text == call.arguments.text) {
+    // Clients of several threads may be made in another order.
+    const bool is_same_client = event.client == call.client || several_threads_;
+    if (event.name == call.name && is_same_client && event.arguments.text == call.arguments.text)
       return &step;
-    }
     if (one_thread_) break;
   }
   return nullptr;
@@ -68,9 +78,13 @@ const Event* Replay::Take(const Event& call) {
   }
   step->is_taken = true;
   const Event& event = *step->event;
-  AwaitTurn(lock, step->begin);
+  bool is_in_order = AwaitTurn(lock, event, step->begin);
   if (!fast_) changed_.wait_until(lock, TimePoint(Now() + event.took_us), [] { return false; });
-  AwaitTurn(lock, step->end);
+  is_in_order = is_in_order && AwaitTurn(lock, event, step->end);
+  if (!is_in_order) {
+    if (!differs_) Differ(call);
+    return nullptr;
+  }
   ++turn_;
   last_us_ = Now();
   delay_us_ = last_us_ - (event.at_us + event.took_us);
@@ -78,20 +92,22 @@ const Event* Replay::Take(const Event& call) {
   return &event;
 }
 
-void Replay::AwaitTurn(Lock& lock, unsigned turn) {
-  if (!one_by_one_) return;
+bool Replay::AwaitTurn(Lock& lock, const Event& call, unsigned turn) {
+  if (!one_by_one_) return true;
+  const int64_t gives_up_at =
+      std::max(Now(), call.at_us + delay_us_) + (several_threads_ ? kPatienceUs : kGiveUpUs);
   ++waiting_;
   changed_.notify_all();
   for (;;) {
-    const bool is_free = in_progress_ == nullptr || thread_ == std::this_thread::get_id();
-    if (turn_ >= turn && is_free) break;
-    const auto patience_ends = TimePoint(began_us_ + kPatienceUs);
-    if (in_progress_ == nullptr)
-      changed_.wait(lock);
-    else if (changed_.wait_until(lock, patience_ends) == std::cv_status::timeout)
-      break;
+    const int64_t patience_ends = in_progress_ != nullptr && thread_ != std::this_thread::get_id()
+                                      ? began_us_ + kPatienceUs
+                                      : 0;
+    const int64_t until = turn_ < turn ? gives_up_at : patience_ends;
+    if (until <= Now()) break;
+    changed_.wait_until(lock, TimePoint(until));
   }
   --waiting_;
+  return turn_ >= turn || several_threads_;
 }
 
 int64_t Replay::DueTime(const Event& indication) const {
@@ -135,7 +151,7 @@ void Replay::Differ(const Event& call) {
     recorded = describe(*next->event) + " in line " + std::to_string(line);
   }
   const Unnoticed unnoticed;
-  Complain("the program makes a call that was not recorded\n  recorded: " + recorded +
+  Complain("the program makes another call than was recorded\n  recorded: " + recorded +
            "\n  asked: " + describe(call));
   on_difference_();
 }

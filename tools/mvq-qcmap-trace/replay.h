@@ -42,7 +42,8 @@ class Replay {
   using Lock = std::unique_lock<std::mutex>;
 
   Step* Find(const Event& call);
-  void AwaitTurn(Lock& lock, unsigned turn);
+  /// Returns false for a call that is out of order, whose turn does not come.
+  bool AwaitTurn(Lock& lock, const Event& call, unsigned turn);
   void Differ(const Event& call);
   void DeliverAll();
   int64_t DueTime(const Event& indication) const;
@@ -53,6 +54,8 @@ class Replay {
   const std::function<void()> on_difference_;
   const std::function<void(const Event&)> deliver_;
   bool one_by_one_ = true, one_thread_ = true;
+  /// Whether several threads send requests beside those that receive indications.
+  bool several_threads_ = false;
 
   /// Guards what follows.
   std::mutex mutex_;

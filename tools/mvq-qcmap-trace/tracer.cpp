@@ -28,7 +28,9 @@ std::string InWords(qmi_error_type_v01 error) {
 void Notify(pid_t launcher, int signal) {
   std::ifstream comm("/proc/" + std::to_string(launcher) + "/comm");
   std::string name;
-  if (std::getline(comm, name) && name == "mvq-qcmap-trace") ::kill(launcher, signal);
+  sigval mark{};
+  mark.sival_int = kMark;
+  if (std::getline(comm, name) && name == "mvq-qcmap-trace") ::sigqueue(launcher, signal, mark);
 }
 
 }  // namespace
