@@ -88,7 +88,7 @@ void Connection::OnEnd() {
 void Connection::Receive() {
   const ssize_t size =
       ::recv(socket_.native_handle(), received_.data(), received_.size(), MSG_DONTWAIT | MSG_TRUNC);
-  if (size < 0) return AwaitRequest();  // Nothing has come, or the end, which then comes again.
+  if (size < 0) return AwaitRequest();  // Nothing has come. An end is reported again.
   if (size == 0) return Close();
   received_size_ = static_cast<size_t>(size);
   const auto datagram = ParseDatagram(received_.data(), std::min(received_size_, received_.size()));

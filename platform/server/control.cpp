@@ -72,7 +72,7 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
     std::array<char, kMaxCommandBytes> bytes;
     const ssize_t size =
         ::recv(socket_.native_handle(), bytes.data(), bytes.size(), MSG_DONTWAIT | MSG_TRUNC);
-    if (size < 0) return;  // Nothing has come, or the end, which then comes again.
+    if (size < 0) return;  // Nothing has come. An end is reported again.
     if (size == 0) return Close();
     const auto length = static_cast<size_t>(size);
     CommandResult result{"the command is too long"};
