@@ -23,8 +23,9 @@ using Callback = void(qmi_client_struct*, unsigned int, void*, unsigned int, voi
 /// One of the program's clients. The object itself has no room for this.
 struct Client {
   std::atomic<const QCMAP_Client*> object{nullptr};
-  unsigned number = 0;
   Callback* callback = nullptr;
+  /// 0 while it is not a client.
+  std::atomic<unsigned> number{0};
 };
 constexpr size_t kMaxClients = 32;
 Client clients[kMaxClients];
@@ -50,8 +51,8 @@ Client* MakePlace(const QCMAP_Client* object, Callback* callback) {
     Complain("there are too many clients: the indications of one are not traced");
     return nullptr;
   }
-  place->number = ++made;
   place->callback = callback;
+  place->number = ++made;
   place->object = object;
   return place;
 }
@@ -61,7 +62,7 @@ template <typename Arguments, typename Answers, typename Forward>
 bool Perform(const seam::Request& names, const Client* client, const Arguments& arguments,
              const Answers& answers, qmi_error_type_v01* error, const Forward& forward) {
   Tracer& tracer = Tracer::Get();
-  Event call = tracer.Begin(names, client != nullptr ? client->number : 0);
+  Event call = tracer.Begin(names, client != nullptr ? client->number.load() : 0);
   if (Replay* const replay = tracer.replay()) {
     const std::string text = tracer.Text(seam::Printer::kJson, names.arguments, arguments);
     call.arguments.text = text;
@@ -221,7 +222,7 @@ void Deliver(const Event& event) {
   std::memcpy(&handle, &indication.handle, sizeof indication.handle);
   played = &indication;
   for (const Client& client : clients) {
-    if (client.object != nullptr && client.number == event.client && client.callback != nullptr)
+    if (client.number == event.client && client.callback != nullptr)
       client.callback(handle, static_cast<unsigned>(indication.id), bytes.data(), indication.length,
                       nullptr);
   }
@@ -264,9 +265,10 @@ QCMAP_Client::~QCMAP_Client() {
   };
   trace::Perform(trace::kDestructor, place, std::tuple(), trace::kNoAnswers, nullptr, forward);
   if (place == nullptr) return;
-  place->object = nullptr;
+  const unsigned number = place->number.exchange(0);
   trace::Replay* const replay = trace::Tracer::Get().replay();
-  if (replay != nullptr && replay->IsOwnProcess()) replay->AwaitEnd(place->number);
+  if (replay != nullptr && replay->IsOwnProcess()) replay->AwaitEnd(number);
+  place->object = nullptr;
 }
 
 // Types and names of parameters are those of the class. The number says how many there are.
