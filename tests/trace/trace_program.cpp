@@ -107,9 +107,20 @@ int Threads() {
   return failed > 0;
 }
 
+/// Sees what a request throws.
+int Throw() {
+  try {
+    QCMAP_Client(nullptr).ActivateLAN(kAnything);
+  } catch (int thrown) {
+    return thrown;
+  }
+  return 0;
+}
+
 }  // namespace
 
 int main(int, char* argv[]) {
   const std::string task = argv[1];
+  if (task == "throw") return Throw();
   return task == "requests" ? Requests() : task == "story" ? Story() : Threads();
 }

@@ -42,10 +42,11 @@ TEST(Trace, ShowsCallsAndIndications) {
   const Outcome json = ShellWithServer(
       "",
       "mvq-qcmap-trace --json --only AddPDNToVLANMapping -- trace_program requests 2>&1 >/dev/null");
-  EXPECT_EQ(Replace(json.out, "\"(thread|took_us|at_us)\":\\d+", "\"$1\":0"),
-            "{\"time\":\"TIME\",\"at_us\":0,\"thread\":0,\"client\":1,"
-            "\"name\":\"AddPDNToVLANMapping\",\"arguments\":{\"vlan_id\":7,\"profile_handle\":103},"
-            "\"took_us\":0,\"ok\":false,\"error\":\"INVALID_ARG\",\"answer\":{},\"after\":0}\n");
+  EXPECT_EQ(
+      Replace(json.out, "\"(thread|took_us|at_us)\":\\d+", "\"$1\":0"),
+      "{\"time\":\"TIME\",\"at_us\":0,\"thread\":0,\"client\":1,"
+      "\"name\":\"AddPDNToVLANMapping\",\"arguments\":{\"vlan_id\":7,\"profile_handle\":103},"
+      "\"took_us\":0,\"returned\":true,\"ok\":false,\"error\":\"INVALID_ARG\",\"answer\":{},\"after\":0}\n");
 }
 
 TEST(Trace, StaysOutOfTheWay) {
@@ -55,6 +56,8 @@ TEST(Trace, StaysOutOfTheWay) {
   } rows[] = {
       {"mvq-qcmap-trace -- true", "mvq-qcmap-trace: no process used the library\n", 0},
       {"mvq-qcmap-trace -- /none 2>&1 | grep -c none", "", 0},
+      {"echo kept >$0.1; mvq-qcmap-trace --output $0.1 --record $0.1 -- true; cat $0.1 >&2",
+       "--record and --output need files of their own\nkept\n", 0},
       {"mvq-qcmap-trace --only None -- true", "--only: None not in {ActivateLAN,", 125},
       {"test \"$(mvq-qcmap-trace -- printf '<%s>' '[a,b]')\" = '<[a,b]>'", "", 0},
       {"mvq-qcmap-trace --record $0.1 -- sh -c 'trap \"exit 3\" USR2; kill -USR2 $PPID; "
@@ -67,6 +70,8 @@ TEST(Trace, StaysOutOfTheWay) {
       {"mvq-qcmap-trace --json -- trace_plugin " MVQ_QCMAP_LIBRARY " 2>&1 | grep -c ActivateLAN",
        "", 0},
       {"mvq-qcmap-trace --json -- trace_program requests 2>&1 >/dev/null | true", "", 0},
+      {"LD_PRELOAD=" MVQ_QCMAP_THROWING " mvq-qcmap-trace -- trace_program throw",
+       " ActivateLAN{} = exception\n", 7},
   };
   for (const auto& row : rows) {
     const Outcome outcome = ShellWithServer("", row.command);
@@ -116,10 +121,10 @@ TEST(Replay, RefusesWhatIsNotAWholeRecording) {
   } rows[] = {
       {"cat story", ""},
       {"head -n 5 story", "damaged:6: the recording is cut off here\n"},
-      {"head -c 1000 story", "damaged:6: the recording is cut off here\n"},
+      {"head -c 1100 story", "damaged:6: the recording is cut off here\n"},
       {"sed '4s/true/false/' story", "damaged:4: the line is damaged\n"},
       {"sed 3d story", "damaged:3: the line is damaged\n"},
-      {"sed '1s/:2/:1/' story", "damaged:1: version 1 is unknown\n"},
+      {"sed '1s/:3/:1/' story", "damaged:1: version 1 is unknown\n"},
       {"echo hello", "damaged:1: this is not a recording\n"},
       {"true", "damaged:1: the recording is cut off here\n"},
   };

@@ -6,6 +6,7 @@
 
 #include <array>
 #include <cstring>
+#include <memory>
 #include <mutex>
 #include <type_traits>
 #include <utility>
@@ -63,20 +64,28 @@ bool Perform(const seam::Request& names, const Client* client, const Arguments& 
              const Answers& answers, qmi_error_type_v01* error, const Forward& forward) {
   Tracer& tracer = Tracer::Get();
   Event call = tracer.Begin(names, client != nullptr ? client->number.load() : 0);
+  call.returned = call.ok = false;
+  call.error = QMI_ERR_INTERNAL_V01;
+  const auto report = [&](Event* ended) {
+    ended->took_us = Now() - ended->at_us;
+    tracer.Report(*ended, names, arguments, answers);
+  };
+  // Reports a call that throws, too. Unlike a handler, this does not change where a program ends if
+  // nobody catches the exception.
+  const std::unique_ptr<Event, decltype(report)&> at_end(&call, report);
   if (Replay* const replay = tracer.replay()) {
     const std::string text = tracer.Text(seam::Printer::kJson, names.arguments, arguments);
     call.arguments.text = text;
     const Event* const recorded = replay->IsOwnProcess() ? replay->Take(call) : nullptr;
-    call.ok = recorded != nullptr && recorded->ok;
-    call.error = recorded != nullptr ? recorded->error : QMI_ERR_INTERNAL_V01;
+    if (recorded != nullptr)
+      std::tie(call.ok, call.error) = std::tie(recorded->ok, recorded->error);
     if (error != nullptr) *error = call.error;
     if (call.ok) seam::Reader(recorded->answer.text.substr(1)).Members(names.answers, answers());
   } else {
     call.ok = forward();
-    if (error != nullptr) call.error = *error;
+    call.error = error != nullptr ? *error : QMI_ERR_NONE_V01;
   }
-  call.took_us = Now() - call.at_us;
-  tracer.Report(call, names, arguments, answers);
+  call.returned = true;
   return call.ok;
 }
 

@@ -26,16 +26,20 @@ struct Event {
   unsigned after = 0;
   int64_t at_us = Now(), took_us = 0;
   int thread = ::gettid();
+  /// False for a call that threw, or whose thread was cancelled in it.
+  bool returned = true;
   bool ok = true;
   qmi_error_type_v01 error = QMI_ERR_NONE_V01;
   seam::Json arguments{}, answer{};
 
   auto Members() {
-    return std::tie(at_us, thread, client, name, arguments, took_us, ok, error, answer, after);
+    return std::tie(at_us, thread, client, name, arguments, took_us, returned, ok, error, answer,
+                    after);
   }
 };
-constexpr const char* kEventNames[] = {"at_us",   "thread", "client", "name",   "arguments",
-                                       "took_us", "ok",     "error",  "answer", "after"};
+constexpr const char* kEventNames[] = {"at_us",     "thread",  "client",   "name",
+                                       "arguments", "took_us", "returned", "ok",
+                                       "error",     "answer",  "after"};
 
 /// The time of day, in UTC with milliseconds, when it was `at_us`.
 std::string WallTime(int64_t at_us);

@@ -22,6 +22,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr char kHint[] = "PROGRAM and its arguments follow after --.";
+
 std::set<std::string> NamesOfEvents() {
   std::set<std::string> names;
   for (const seam::Request& request : seam::kRequests) names.insert(request.name);
@@ -32,7 +34,7 @@ std::set<std::string> NamesOfEvents() {
 }
 
 void AddOptions(CLI::App& app, trace::Options& options) {
-  app.footer("PROGRAM and its arguments follow after --.");
+  app.footer(kHint);
   app.set_help_flag("-h,--help", "Show this help");
   app.set_version_flag("-V,--version", "mvq-qcmap-trace " MVQ_QCMAP_VERSION, "Show the version");
   const auto add_file = [&](const char* name, std::string& path, const char* help) {
@@ -44,7 +46,7 @@ void AddOptions(CLI::App& app, trace::Options& options) {
     for (const std::string& name : names) options.only += "," + name + ",";
   };
   app.add_option_function<std::vector<std::string>>("--only", set_names, "Show these requests only")
-      ->type_name("REQUEST,...")
+      ->type_name("REQUEST")
       ->delimiter(',')
       ->check(CLI::IsMember(NamesOfEvents()).description(""));
   app.add_option("--slow", options.slow_ms, "Show only what takes MS milliseconds or more")
@@ -92,6 +94,9 @@ int Run(trace::Options& options, const std::vector<std::string>& words) {
     options.replay = fs::absolute(options.replay);
   }
   Create(options.output, O_APPEND);
+  std::error_code missing;
+  if (fs::equivalent(options.output, options.record, missing))
+    launch::Fail("--record and --output need files of their own");
   Create(options.record, O_TRUNC);
   Preload();
   std::string text;
@@ -134,10 +139,13 @@ int main(int argc, char* argv[]) {
   AddOptions(app, options);
   try {
     app.parse(static_cast<int>(separator - argv), argv);
-    if (words.empty()) launch::Fail("no program is given; try mvq-qcmap-trace -- PROGRAM");
+    if (words.empty()) launch::Fail(std::string("no program is given\n") + kHint);
     return Run(options, words);
   } catch (const CLI::Success& help) {
     return app.exit(help);
+  } catch (const CLI::ExtrasError& error) {
+    std::fprintf(stderr, "mvq-qcmap-trace: %s\n%s\n", error.what(), kHint);
+    return launch::kExitFailed;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "mvq-qcmap-trace: %s\n", error.what());
     return launch::kExitFailed;

@@ -13,7 +13,7 @@
 namespace trace {
 namespace {
 
-constexpr unsigned kVersion = 2;
+constexpr unsigned kVersion = 3;
 constexpr const char* kHeaderNames[] = {"recording", "names", "program", "time", "at_us"};
 constexpr std::string_view kEnd = "{\"end\":true}\n";
 
@@ -74,7 +74,8 @@ void EndRecording(const std::string& path) {
 
 Recording::Recording(const std::string& path) {
   std::ifstream file(path);
-  if (!file) throw std::runtime_error(path + ": " + std::strerror(errno));
+  file.peek();  // A folder can be opened, but not read.
+  if (!file.is_open() || file.bad()) throw std::runtime_error(path + ": " + std::strerror(errno));
   text.assign(std::istreambuf_iterator<char>(file), {});
   std::string_view left = text;
   size_t number = 0;

@@ -74,7 +74,8 @@ void Tracer::Show(Event& event) {
             std::to_string(event.took_us) + " us ";
     line += event.name;
     line += event.arguments.text;
-    line += " = " + (event.ok ? "ok" : InWords(event.error));
+    line += " = ";
+    line += event.ok ? "ok" : event.returned ? InWords(event.error) : "exception";
     if (event.answer.text != "{}") (line += ' ') += event.answer.text;
   }
   output_->Write(line += '\n');
