@@ -33,16 +33,14 @@ Process::Process(const std::string& program, const std::vector<std::string>& arg
 }
 
 Process::~Process() {
-  if (!ended_) {
-    Signal(SIGKILL);
-    ::waitpid(pid_, nullptr, 0);
-  }
+  Signal(SIGKILL);
+  if (!ended_) ::waitpid(pid_, nullptr, 0);
   ::close(input_);
   ::close(output_fd_);
 }
 
 void Process::Signal(int number) const {
-  ::kill(pid_, number);
+  if (!ended_) ::kill(pid_, number);
 }
 
 void Process::Write(const std::string& text) const {
@@ -74,7 +72,7 @@ bool Process::WaitForOutput(const std::string& text) {
 
 int Process::Wait() {
   int status = 0;
-  WaitForOutput("\1 which no process prints");
+  ReadAll();
   ended_ = Eventually([&] { return ::waitpid(pid_, &status, WNOHANG) == pid_; });
   if (!ended_) throw std::runtime_error("the process does not end");
   return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);

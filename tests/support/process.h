@@ -47,6 +47,8 @@ class Process {
   /// Reads on until `text` has appeared on standard output or error. Returns false if both end
   /// first or time is up.
   bool WaitForOutput(const std::string& text);
+  /// Reads on until both end.
+  void ReadAll() { WaitForOutput("\1 which no process prints"); }
   /// What has been read from both so far.
   const std::string& output() const { return output_; }
   /// Waits for the end of the process. Returns its exit status, or -N after signal N. Throws

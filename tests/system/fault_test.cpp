@@ -119,7 +119,7 @@ TEST_F(Fault, MalformedRequestsHarmNobodyElse) {
     ::close(fd);
     EXPECT_TRUE(honest.GetMobileAPStatus(kAnything, nullptr));
     EXPECT_TRUE(Eventually([&] { return Descriptors() == before; }));
-    server_.reset();
+    Stop();
   }
 }
 

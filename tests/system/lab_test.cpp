@@ -69,7 +69,7 @@ TEST_F(Lab, DayIsTheSameEveryTimeAndTakesSeconds) {
     EXPECT_TRUE(Eventually([&] { return Log().find("\"closed\"") != std::string::npos; }));
     days.insert(std::hash<std::string>()(Log()));
     EXPECT_LE(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
-    server_.reset();
+    Stop();
   }
   EXPECT_EQ(days.size(), 1u) << Log();
 }
@@ -85,7 +85,6 @@ TEST_F(Lab, RecordIsWholeWhenTheServerIsKilled) {
   EXPECT_NE(log.find(R"("handle":5001},"name":"SetLANConfig")", tail), std::string::npos) << log;
   EXPECT_NE(log.find(R"("gw_ip":"10.0.0.1","netmask":"255.255.255.0")", tail), std::string::npos);
   EXPECT_NE(log.find("\"fault\":\"die\",\"argument\":2}\n", tail), std::string::npos) << log;
-  ExpectEnd({"--log", "/dev/full"}, 1, "not a regular file");
 }
 
 TEST_F(Lab, FullDiskIsReportedOnceAndStopsNothing) {
@@ -94,7 +93,7 @@ TEST_F(Lab, FullDiskIsReportedOnceAndStopsNothing) {
                      "sh", "-c", "ulimit -f 2; exec " MVQ_QCMAP_SERVER " --log \"$0\"", log_});
   ASSERT_TRUE(server_->WaitForOutput("listening on"));
   for (int i = 0; i < 20; ++i) Control("echo " + std::string(100, 'x'));
-  EXPECT_TRUE(server_->WaitForOutput("log: File too large, lines are left out\n"));
+  EXPECT_TRUE(server_->WaitForOutput("\nlog: File too large, lines are left out\n"));
   const std::string log = Log();
   EXPECT_EQ(log.substr(log.size() - 2), "}\n") << "whole lines";
   Control("quit");

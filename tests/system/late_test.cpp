@@ -165,7 +165,7 @@ TEST_F(Opening, FailsAtOnceWhenTheServerDies) {
     std::ostringstream log;
     log << std::ifstream(directory_ + "/log").rdbuf();
     EXPECT_NE(log.str().find("\"fault\":\"die\""), std::string::npos) << log.str();
-    server_.reset();
+    Stop();
   }
 }
 

@@ -130,7 +130,7 @@ milliseconds Limits::LongestPauseBesideDeafClients() {
   constexpr size_t kDeaf = 120;
   constexpr uint32_t kCount = 3000;
   subscriber.received = subscriber.out_of_order = 0;
-  server_.reset();
+  Stop();
   Start({"--console"});
   const size_t kilobytes = Kilobytes();
   std::vector<int> deaf;

@@ -91,7 +91,7 @@ TEST_F(Matrix, EachRequestWithEachFaultEndsAsDocumentedAndTheNextOneWorks) {
       }));
     }
     checks.clear();
-    server_.reset();
+    Stop();
   }
 }
 
@@ -108,7 +108,7 @@ TEST_F(Matrix, NothingWorksOnceTheServerHasDied) {
       times.push_back(Check(kDead, request, *client));
       Start();  // No client connects to a server that was started after it.
       Check(kDead, request, *client);
-      server_.reset();
+      Stop();
     }
   }
   std::sort(times.begin(), times.end());

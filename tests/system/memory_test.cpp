@@ -34,7 +34,7 @@ class Memory : public SimulatedServer {
   /// it, and failed.
   bool UseServer(int number, bool lasts) {
     ::setenv("QCMAP_TIMEOUT_MS", lasts ? "20" : "2000", 1);
-    server_.reset();
+    Stop();
     server_ = std::make_unique<Process>(
         MVQ_QCMAP_SERVER_SHORT_OF_MEMORY,
         std::vector<std::string>{"QCMAP_ConnectionManager", "--console", "--call-time", "1"});

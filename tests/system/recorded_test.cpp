@@ -1,9 +1,10 @@
-/// Replays a kept record of a session, and expects the server to make the same record again.
+/// Repeats what is kept in files, and expects the server to answer the same.
 #include <fstream>
 #include <map>
 #include <regex>
 #include <sstream>
 
+#include "mox/vendor/qcom/qcmap/version.h"
 #include "protocol/message_text.h"
 #include "records/reader.h"
 #include "simulated_server.h"
@@ -132,6 +133,35 @@ void ExpectKept(const std::string& text, const std::string& name) {
                           << ". With MVQ_QCMAP_KEEP=1 in the environment, the test keeps the new "
                              "lines.";
   }
+}
+
+// Each kept line that begins with "$ " has the options of a server. The lines below it are what the
+// server prints and its exit status.
+TEST_F(Recorded, StartsEndTheSame) {
+  const std::filesystem::path here = directory_;
+  for (const char* name : {"open", "own", "own/folder", "own/locked.lock"})
+    create_directory(here / name);
+  ::chmod((here / "open").c_str(), 0770);
+  create_directory_symlink(here / "own", here / "link");
+  std::ofstream(here / "file");
+  std::ofstream(here / "quit") << "# comment\nsleep 0\nquit\n";
+  std::ofstream(here / "wrong") << "# comment\nnetwrk off\n";
+  std::ofstream(here / "long") << std::string(4097, 'x');
+  std::ofstream(here / "late") << "sleep 0\nbogus\nquit\n";
+  const std::regex varying(directory_ + "|" + MVQ_QCMAP_VERSION);
+  std::istringstream kept(ReadFile(kFolder + "starts.txt"));
+  std::string outcomes;
+  for (std::string line; std::getline(kept, line);) {
+    if (line.rfind("$ ", 0) != 0) continue;
+    std::vector<std::string> arguments = {"env", "-C", here, MVQ_QCMAP_SERVER};
+    std::istringstream words(line.substr(2));
+    for (std::string word; words >> word;) arguments.push_back(word);
+    Process server("/usr/bin/env", arguments);
+    const int status = server.Wait();
+    outcomes += line + "\n" + std::regex_replace(server.output(), varying, "...");
+    outcomes += "= " + std::to_string(status) + "\n";
+  }
+  ExpectKept(outcomes, "starts.txt");
 }
 
 TEST_F(Recorded, SessionIsRecordedAgainTheSame) {

@@ -13,6 +13,8 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <regex>
+#include <sstream>
 #include <string>
 #include <utility>
 #include <vector>
@@ -37,7 +39,7 @@ class SimulatedServer : public testing::Test {
   }
   ~SimulatedServer() override {
     delete std::exchange(QcmapWrapper::s_ins_, nullptr);
-    server_.reset();
+    Stop();
     std::filesystem::remove_all(directory_);
   }
 
@@ -45,16 +47,34 @@ class SimulatedServer : public testing::Test {
     options.insert(options.begin(), "QCMAP_ConnectionManager");
     return std::make_unique<Process>(MVQ_QCMAP_SERVER, options);
   }
-  /// Expects that a server with these options ends with `status` and prints `message`.
-  static void ExpectEnd(const std::vector<std::string>& options, int status,
-                        const std::string& message) {
-    const auto server = Run(options);
-    EXPECT_EQ(server->Wait(), status) << message;
-    EXPECT_NE(server->output().find(message), std::string::npos) << server->output();
+  /// Expects that a server cannot start, and why.
+  static void ExpectEnd(const std::string& reason) {
+    const auto server = Run({});
+    EXPECT_EQ(server->Wait(), 1) << reason;
+    EXPECT_EQ(server->output(), "QCMAP_ConnectionManager: " + reason + "\n");
   }
   void Start(const std::vector<std::string>& options = {}) {
+    Stop();
     server_ = Run(options);
     ASSERT_TRUE(server_->WaitForOutput("listening on " + path_ + "\n")) << server_->output();
+  }
+  /// Ends the server, if there is one. Its complaints must be explained in its manual page.
+  void Stop() {
+    if (server_ == nullptr) return;
+    server_->Signal(SIGKILL);
+    server_->ReadAll();
+    std::ostringstream page;
+    page << std::ifstream(MVQ_QCMAP_SOURCE "/docs/man/QCMAP_ConnectionManager.1.scd").rdbuf();
+    std::istringstream lines(server_->output());
+    for (std::string line; std::getline(lines, line);) {
+      // What ends in a bracket repeats the wrong words, with a hint.
+      const bool is_explained = line.rfind("QCMAP_ConnectionManager: ", 0) == 0 ||
+                                (line.rfind("console: ", 0) == 0 && line.back() != ')');
+      line = std::regex_replace(line.substr(line.find(": ") + 2), std::regex("[0-9]+"), "N");
+      EXPECT_TRUE(!is_explained || page.str().find("\n*" + line + "*") != std::string::npos)
+          << line;
+    }
+    server_.reset();
   }
   /// Sends a command to the server's control socket and returns the answer, which must be of this
   /// kind.
