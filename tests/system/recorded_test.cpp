@@ -135,30 +135,30 @@ void ExpectKept(const std::string& text, const std::string& name) {
   }
 }
 
-// Each kept line that begins with "$ " has the options of a server. The lines below it are what the
-// server prints and its exit status.
+// Each kept line that begins with "$ " has the options of a server. Lines before it that begin with
+// "< " are those of its scenario. Below it stand what the server prints and its exit status.
 TEST_F(Recorded, StartsEndTheSame) {
   const std::filesystem::path here = directory_;
   for (const char* name : {"open", "own", "own/folder", "own/locked.lock"})
     create_directory(here / name);
   ::chmod((here / "open").c_str(), 0770);
   create_directory_symlink(here / "own", here / "link");
-  std::ofstream(here / "file");
-  std::ofstream(here / "quit") << "# comment\nsleep 0\nquit\n";
-  std::ofstream(here / "wrong") << "# comment\nnetwrk off\n";
-  std::ofstream(here / "long") << std::string(4097, 'x');
-  std::ofstream(here / "late") << "sleep 0\nbogus\nquit\n";
+  std::ofstream(here / "quit") << "sleep 0\nquit\n";
   const std::regex varying(directory_ + "|" + MVQ_QCMAP_VERSION);
   std::istringstream kept(ReadFile(kFolder + "starts.txt"));
-  std::string outcomes;
+  std::string outcomes, scenario;
   for (std::string line; std::getline(kept, line);) {
-    if (line.rfind("$ ", 0) != 0) continue;
+    const bool is_scenario = line.rfind("< ", 0) == 0, is_start = line.rfind("$ ", 0) == 0;
+    if (is_scenario || is_start) outcomes += line + "\n";
+    if (is_scenario) scenario += line.substr(2) + "\n";
+    if (!is_start) continue;
+    std::ofstream(here / "lines") << std::exchange(scenario, "");
     std::vector<std::string> arguments = {"env", "-C", here, MVQ_QCMAP_SERVER};
     std::istringstream words(line.substr(2));
     for (std::string word; words >> word;) arguments.push_back(word);
     Process server("/usr/bin/env", arguments);
     const int status = server.Wait();
-    outcomes += line + "\n" + std::regex_replace(server.output(), varying, "...");
+    outcomes += std::regex_replace(server.output(), varying, "...");
     outcomes += "= " + std::to_string(status) + "\n";
   }
   ExpectKept(outcomes, "starts.txt");

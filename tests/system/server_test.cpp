@@ -38,20 +38,6 @@ TEST_F(Server, LeavesNothingBehindAndNeverTakesALivingServersSocket) {
   EXPECT_TRUE(std::filesystem::is_empty(directory_ + "/made"));
 }
 
-TEST_F(Server, SaysWhatIsWrongWithACommandAndChangesNothing) {
-  Start({"--console", "--profiles", "0"});
-  const std::string before = Control("show");
-  EXPECT_EQ(
-      Control("advance 5h", sim::kIsWrong),
-      "time is the machine's; start the server with --clock manual (usage: advance DURATION)");
-  EXPECT_EQ(Control("drop 0", sim::kIsWrong), "there is no profile (usage: drop PROFILE [4|6])");
-  EXPECT_EQ(Control(std::string(5000, 'x'), sim::kIsWrong), "the command is too long");
-  EXPECT_EQ(Control("show"), before);
-  server_->Write("\nsleep forever\n");
-  EXPECT_TRUE(server_->WaitForOutput(
-      "console: line 2: 'forever' is not a number from 0 to 86400000 (usage: sleep MILLISECONDS)\n"));
-}
-
 TEST_F(Server, RefusesWhatExceedsItsLists) {
   Start({"--profiles", "49", "--fail", "ActivateLAN:77:1"});
   QCMAP_Client client(nullptr);
