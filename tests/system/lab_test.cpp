@@ -1,42 +1,25 @@
 /// The server as authors of tests use it: its record, time that they control, and many that
 /// control.
-#include <fstream>
 #include <regex>
 #include <set>
-#include <sstream>
 
 #include "simulated_server.h"
 
 namespace {
 
-class Lab : public SimulatedServer {
- protected:
-  /// What has been recorded, without what differs from run to run.
-  std::string Log() const {
-    std::ostringstream text;
-    text << std::ifstream(log_).rdbuf();
-    return std::regex_replace(text.str(), std::regex("\"(monotonic_us|pid)\":[0-9]+,"), "");
-  }
-  /// Starts a server whose time stands still, and has it connect profile 1 by itself.
-  std::unique_ptr<QCMAP_Client> StartAtRest(std::vector<std::string> options) {
-    options.insert(options.end(), {"--clock", "manual", "--log", log_});
-    Start(options);
-    auto client = std::make_unique<QCMAP_Client>([](auto...) {});
-    EXPECT_TRUE(client->EnableMobileAP(nullptr));
-    EXPECT_TRUE(client->SetWWANProfileHandlePreference(102, nullptr));
-    EXPECT_TRUE(client->DisableIPV6(nullptr));
-    EXPECT_TRUE(client->SetAutoconnect(1, nullptr));
-    return client;
-  }
-
-  const std::string log_ = directory_ + "/log";
-};
+using Lab = SimulatedServer;
 
 TEST_F(Lab, DayIsTheSameEveryTimeAndTakesSeconds) {
   std::set<size_t> days;
   for (int run = 0; run < 10; ++run) {
     const auto start = std::chrono::steady_clock::now();
-    auto client = StartAtRest({"--seed", "7", "--jitter", "9000", "--traffic", "100000"});
+    Start({"--seed", "7", "--jitter", "9000", "--traffic", "100000", "--clock", "manual", "--log",
+           log_});
+    auto client = std::make_unique<QCMAP_Client>([](auto...) {});
+    EXPECT_TRUE(client->EnableMobileAP(nullptr));
+    EXPECT_TRUE(client->SetWWANProfileHandlePreference(102, nullptr));
+    EXPECT_TRUE(client->DisableIPV6(nullptr));
+    EXPECT_TRUE(client->SetAutoconnect(1, nullptr));
     for (int hour = 0; hour < 24; ++hour) {
       for (const char* command :
            {"advance 40min", "drop 1", "fail-call 1 4 3", "advance 5min", "drop 1", "advance 5min",
@@ -47,12 +30,12 @@ TEST_F(Lab, DayIsTheSameEveryTimeAndTakesSeconds) {
     const std::string model = Control("show --json");
     EXPECT_TRUE(std::regex_search(model, std::regex("\"received_bytes\":7[0-9]{9},"))) << model;
     client.reset();
-    EXPECT_TRUE(Eventually([&] { return Log().find("\"closed\"") != std::string::npos; }));
-    days.insert(std::hash<std::string>()(Log()));
+    EXPECT_TRUE(Eventually([&] { return Record().find("\"closed\"") != std::string::npos; }));
+    days.insert(std::hash<std::string>()(Record()));
     EXPECT_LE(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
     Stop();
   }
-  EXPECT_EQ(days.size(), 1u) << Log();
+  EXPECT_EQ(days.size(), 1u) << Record();
 }
 
 TEST_F(Lab, RecordIsWholeWhenTheServerIsKilled) {
@@ -60,7 +43,7 @@ TEST_F(Lab, RecordIsWholeWhenTheServerIsKilled) {
   QCMAP_Client client(nullptr);
   Control("die SetLANConfig after");
   EXPECT_FALSE(client.SetLANConfig({0x0A000001, 0xFFFFFF00, 0, 0, 0, 60}, nullptr));
-  const std::string log = Log();
+  const std::string log = Record();
   const size_t tail = log.rfind("\"event\":\"request\"");
   ASSERT_NE(tail, std::string::npos) << log;
   EXPECT_NE(log.find(R"("handle":5001},"name":"SetLANConfig")", tail), std::string::npos) << log;
@@ -75,7 +58,7 @@ TEST_F(Lab, FullDiskIsReportedOnceAndStopsNothing) {
   ASSERT_TRUE(server_->WaitForOutput("listening on"));
   for (int i = 0; i < 20; ++i) Control("echo " + std::string(100, 'x'));
   EXPECT_TRUE(server_->WaitForOutput("\nlog: File too large, lines are left out\n"));
-  const std::string log = Log();
+  const std::string log = Record();
   EXPECT_EQ(log.substr(log.size() - 2), "}\n") << "whole lines";
   Control("quit");
   EXPECT_EQ(server_->Wait(), 0);

@@ -154,7 +154,7 @@ TEST_F(Opening, FailsAtOnceWhenTheServerDies) {
   for (const char* step : {"connection before", "connection after", "OpenSession before",
                            "OpenSession after", "OpenSession replied"}) {
     SCOPED_TRACE(step);
-    Start({"--log", directory_ + "/log"});
+    Start({"--log", log_});
     Control(std::string("die ") + step);
     const auto start = steady_clock::now();
     QCMAP_Client client(nullptr);
@@ -162,9 +162,7 @@ TEST_F(Opening, FailsAtOnceWhenTheServerDies) {
       EXPECT_FALSE(request.send(client, kAnything)) << request.name;
     EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(1));
     EXPECT_EQ(server_->Wait(), -SIGKILL);
-    std::ostringstream log;
-    log << std::ifstream(directory_ + "/log").rdbuf();
-    EXPECT_NE(log.str().find("\"fault\":\"die\""), std::string::npos) << log.str();
+    EXPECT_NE(Record().find("\"fault\":\"die\""), std::string::npos) << Record();
     Stop();
   }
 }

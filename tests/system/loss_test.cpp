@@ -5,9 +5,6 @@
 #include <syslog.h>
 #include <unistd.h>
 
-#include <fstream>
-#include <sstream>
-
 #include "every_request.h"
 #include "simulated_server.h"
 
@@ -30,15 +27,10 @@ class Loss : public SimulatedServer {
     ::dup2(stderr_, STDERR_FILENO);
     ::close(stderr_);
   }
-  std::string Log() const {
-    std::ostringstream text;
-    text << std::ifstream(log_).rdbuf();
-    return text.str();
-  }
+  std::string Log() const { return ReadFile(log_); }
   static constexpr auto kIgnore = [](auto...) {};
 
  private:
-  const std::string log_ = directory_ + "/log";
   const int stderr_ = ::fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 0);
 };
 

@@ -16,12 +16,6 @@ using sim::MessageId;
 
 const std::string kFolder = MVQ_QCMAP_SOURCE "/tests/system/recorded/";
 
-std::string ReadFile(const std::string& path) {
-  std::ostringstream text;
-  text << std::ifstream(path).rdbuf();
-  return text.str();
-}
-
 /// The record that a request carries, as bytes. None if nothing was recorded of it.
 template <typename Record>
 std::string ReadRecord(Reader& reader, MessageId id) {
@@ -63,12 +57,7 @@ class Recorded : public SimulatedServer {
     if (event == "request") RepeatRequest(reader);
     EXPECT_TRUE(bool(reader)) << line;
   }
-  /// The new record, without what differs from run to run.
-  std::string Record() const {
-    return std::regex_replace(ReadFile(log_), std::regex("\"(monotonic_us|pid)\":[0-9]+,"), "");
-  }
 
-  const std::string log_ = directory_ + "/log";
   /// The commands that have printed something, and what they have printed.
   std::string answers_;
 

@@ -29,12 +29,19 @@ using mox::util::EventDic;
 using mox::util::IPFamily;
 using mox::vendor::qcom::qcmap::QcmapWrapper;
 
+inline std::string ReadFile(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path).rdbuf();
+  return text.str();
+}
+
 class SimulatedServer : public testing::Test {
  protected:
   SimulatedServer() {
     char made[] = "/tmp/qcmap-test-XXXXXX";
     directory_ = ::mkdtemp(made);
     path_ = directory_ + "/made/server";
+    log_ = directory_ + "/log";
     ::setenv("QCMAP_SOCKET", path_.c_str(), 1);
   }
   ~SimulatedServer() override {
@@ -63,16 +70,14 @@ class SimulatedServer : public testing::Test {
     if (server_ == nullptr) return;
     server_->Signal(SIGKILL);
     server_->ReadAll();
-    std::ostringstream page;
-    page << std::ifstream(MVQ_QCMAP_SOURCE "/docs/man/QCMAP_ConnectionManager.1.scd").rdbuf();
+    const std::string page = ReadFile(MVQ_QCMAP_SOURCE "/docs/man/QCMAP_ConnectionManager.1.scd");
     std::istringstream lines(server_->output());
     for (std::string line; std::getline(lines, line);) {
       // What ends in a bracket repeats the wrong words, with a hint.
       const bool is_explained = line.rfind("QCMAP_ConnectionManager: ", 0) == 0 ||
                                 (line.rfind("console: ", 0) == 0 && line.back() != ')');
       line = std::regex_replace(line.substr(line.find(": ") + 2), std::regex("[0-9]+"), "N");
-      EXPECT_TRUE(!is_explained || page.str().find("\n*" + line + "*") != std::string::npos)
-          << line;
+      EXPECT_TRUE(!is_explained || page.find("\n*" + line + "*") != std::string::npos) << line;
     }
     server_.reset();
   }
@@ -95,6 +100,10 @@ class SimulatedServer : public testing::Test {
     server_->Write(commands + "\necho end" + std::to_string(++commands_) + "\n");
     ASSERT_TRUE(server_->WaitForOutput("end" + std::to_string(commands_) + "\n"));
   }
+  /// What the server has recorded in the file log_, without what differs from run to run.
+  std::string Record() const {
+    return std::regex_replace(ReadFile(log_), std::regex("\"(monotonic_us|pid)\":[0-9]+,"), "");
+  }
   auto Descriptors() const {
     std::filesystem::directory_iterator all("/proc/" + std::to_string(server_->pid()) + "/fd");
     return std::distance(begin(all), end(all));
@@ -113,7 +122,7 @@ class SimulatedServer : public testing::Test {
     return kilobytes;
   }
 
-  std::string directory_, path_;
+  std::string directory_, path_, log_;
   std::unique_ptr<Process> server_;
   int commands_ = 0;
 };

@@ -29,30 +29,6 @@ TEST_F(Story, NetworkThatComesAndGoesIsFollowedByTheCalls) {
   EXPECT_EQ(events.WaitFor(5), expected);
 }
 
-TEST_F(Story, CountersAndIndicationsReachTheRightClients) {
-  Start({"--call-time", "1", "--traffic", "0", "--console"});
-  QcmapWrapper& wrapper = *QcmapWrapper::GetInstance();
-  Events events(wrapper);
-  static std::atomic<int> seen[2];
-  const QCMAP_Client onlooker([](qmi_client_struct*, unsigned int id, void*, unsigned int, void*) {
-    if (id <= QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01) ++seen[id == QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01];
-  });
-  for (const IPFamily family : {IPFamily::IPV4, IPFamily::IPV6})
-    EXPECT_EQ(wrapper.ConnectBackhaul(1, family), kSuccess);
-  EXPECT_EQ(events.WaitFor(4).size(), 4u);
-  EXPECT_TRUE(Eventually([&] { return seen[1] == 4; })) << "each step up";
-  EXPECT_EQ(seen[0], 0) << "outcomes of another session's requests";
-
-  Console("traffic 1 4 5000000000 1\ntraffic 1 6 2000 0");
-  QcmapWrapper::WWANStatics counters;
-  EXPECT_EQ(wrapper.GetWWANStatistics(1, IPFamily::IPV4V6, counters), kSuccess);
-  EXPECT_EQ(counters.counter64_1, 5000002000u);
-  EXPECT_EQ(counters.counter32_2, 1u);
-  EXPECT_EQ(wrapper.ResetWWANStatistics(1, IPFamily::IPV4), kSuccess);
-  EXPECT_EQ(wrapper.GetWWANStatistics(1, IPFamily::IPV4V6, counters), kSuccess);
-  EXPECT_EQ(counters.counter64_1, 2000u);
-}
-
 TEST_F(Story, CallbacksUseTheLibraryWhileOtherThreadsDo) {
   Start({"--call-time", "1"});
   QcmapWrapper& wrapper = *QcmapWrapper::GetInstance();
