@@ -172,17 +172,17 @@ TEST_F(Soak, HonestClientsNoticeNothingOfTheOthers) {
   UseProcessors(false);
   const auto descriptors = Descriptors();
   const auto quiet = ServeHonest(std::max(duration / 10, seconds(1)));
-  const size_t kilobytes = Kilobytes("VmRSS:");
+  const size_t kilobytes = Status("VmRSS:");
   std::vector<double> loud;
   {
     const Misbehaving misbehaving(path_);
     loud = ServeHonest(duration);
   }
   EXPECT_TRUE(Eventually([&] { return Descriptors() == descriptors; })) << Descriptors();
-  EXPECT_LE(Kilobytes("VmRSS:"), kilobytes + 1024) << "memory of the server";
+  EXPECT_LE(Status("VmRSS:"), kilobytes + 1024) << "memory of the server";
   std::printf("%zu requests and %u events to each of %zu honest clients\n", loud.size(),
               next_event_ - first_event, kHonest);
-  std::printf("server: %zu kB before, %zu kB after\n", kilobytes, Kilobytes("VmRSS:"));
+  std::printf("server: %zu kB before, %zu kB after\n", kilobytes, Status("VmRSS:"));
   const double alone = quiet[quiet.size() * 99 / 100], beside = loud[loud.size() * 99 / 100];
   std::printf(
       "99 of 100 requests took at most %.0f us without the others, %.0f us with them: %.2f\n",

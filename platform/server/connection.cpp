@@ -168,7 +168,7 @@ void Connection::Answer() {
 void Connection::Reply(std::string reply) {
   if (hub_.record_.IsOn()) hub_.record_.Reply(peer_, reply);
   if (faults_) Spoil(reply, *faults_);
-  if (Send(reply) < 0) return Close();
+  if (!Send(reply)) return Close();
   if (FaultOf(kRepeat) != 0) Send(reply);
   Reach(kReplied);
   if (is_second_) {
@@ -190,7 +190,7 @@ void Connection::FlushIndications() {
     if (IsFor(entry)) {
       const bool is_sent =
           Send(entry.has_elements ? MakeIndication(entry.indication.id, std::string(entry.elements))
-                                  : MakeIndication(entry.indication, handle)) >= 0;
+                                  : MakeIndication(entry.indication, handle));
       if (!is_sent && errno != EAGAIN) return Close();
       if (!is_sent) {
         Await(asio::socket_base::wait_write, &Connection::OnRoom);
@@ -207,9 +207,9 @@ void Connection::OnRoom() {
   FlushIndications();
 }
 
-ssize_t Connection::Send(const std::string& datagram) {
+bool Connection::Send(const std::string& datagram) {
   return ::send(socket_.native_handle(), datagram.data(), datagram.size(),
-                MSG_DONTWAIT | MSG_NOSIGNAL);
+                MSG_DONTWAIT | MSG_NOSIGNAL) != -1;
 }
 
 }  // namespace sim

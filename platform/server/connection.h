@@ -68,7 +68,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   }
   void FlushIndications();
   void OnRoom();
-  ssize_t Send(const std::string& datagram);
+  bool Send(const std::string& datagram);
   void CloseBecause(const char* reason) noexcept;
   /// Closes the connection after the time limit.
   void SetTimeLimit(const char* reason);

@@ -95,7 +95,6 @@ void Console::RunLine() {
   }
   ++line_number_;
   unread_.erase(0, end + 1);
-  DiscardLongLine();
 }
 
 void Console::Run(const std::string& line) {

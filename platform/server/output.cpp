@@ -34,7 +34,7 @@ Output::~Output() {
 void Output::Print(std::string_view lines) noexcept {
   while (!lines.empty()) {
     const size_t size = std::min(lines.find('\n'), lines.size() - 1) + 1;
-    if (lines_left_out_ > 0 || unsent_.size() + size > kMaxBytes) {
+    if (lines_left_out_ != 0 || unsent_.size() + size > kMaxBytes) {
       ++lines_left_out_;
     } else {
       unsent_.append(lines.substr(0, size));
@@ -50,7 +50,7 @@ void Output::Arm() {
 
 void Output::Flush() noexcept {
   for (;;) {
-    if (unsent_.empty() && lines_left_out_ > 0) {
+    if (unsent_.empty() && lines_left_out_ != 0) {
       char note[kMaxNoteBytes];
       std::snprintf(note, sizeof note, "%u lines left out\n", lines_left_out_);
       unsent_ = note;
@@ -75,8 +75,7 @@ void Output::Flush() noexcept {
 // it in between. Only a pipe that cannot be reopened runs that risk.
 ssize_t Output::WriteSome() {
   if (own_fd_ >= 0) return ::write(own_fd_, unsent_.data(), unsent_.size());
-  pollfd waited{fd_, POLLOUT, 0};
-  if (::poll(&waited, 1, 0) > 0)
+  if (Poll(fd_, POLLOUT) != 0)
     return ::write(fd_, unsent_.data(), std::min<size_t>(unsent_.size(), PIPE_BUF));
   errno = EAGAIN;
   return -1;
@@ -85,10 +84,8 @@ ssize_t Output::WriteSome() {
 void Output::Finish() noexcept {
   using Clock = std::chrono::steady_clock;
   const auto end = Clock::now() + kPatienceAtTheEnd;
-  for (Flush(); !unsent_.empty() && Clock::now() < end; Flush()) {
-    pollfd waited{fd_, POLLOUT, 0};
-    ::poll(&waited, 1, static_cast<int>(kPatienceAtTheEnd.count()));
-  }
+  for (Flush(); !unsent_.empty() && Clock::now() < end; Flush())
+    Poll(fd_, POLLOUT, kPatienceAtTheEnd);
 }
 
 }  // namespace sim

@@ -21,9 +21,12 @@ int ReopenWithoutBlocking(int fd, int access) {
   return ::open(path.c_str(), access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
 }
 
-int Poll(int fd, short events) {
-  pollfd polled{fd, events, 0};
-  return ::poll(&polled, 1, 0) > 0 ? polled.revents : 0;
+int Poll(int fd, short events, std::chrono::milliseconds patience) {
+  pollfd polled{};
+  polled.fd = fd;
+  polled.events = events;
+  static_cast<void>(::poll(&polled, 1, static_cast<int>(patience.count())));
+  return polled.revents;
 }
 
 Readiness::Readiness(asio::io_context& io, int fd, uint32_t event) : watch_(io) {

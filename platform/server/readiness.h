@@ -2,6 +2,7 @@
 #pragma once
 
 #include <asio/posix/stream_descriptor.hpp>
+#include <chrono>
 #include <functional>
 
 namespace sim {
@@ -10,8 +11,9 @@ namespace sim {
 /// (O_RDONLY or O_WRONLY) in a non-blocking mode of its own. Returns -1 where that is not possible.
 int ReopenWithoutBlocking(int fd, int access);
 
-/// Returns which of `events` hold for `fd` now, and POLLHUP or POLLERR if its other end has gone.
-int Poll(int fd, short events);
+/// Waits until one of `events` holds for `fd`, or its other end has gone. Returns which of `events`
+/// hold, and POLLHUP or POLLERR for such an end. 0 if patience has ended.
+int Poll(int fd, short events, std::chrono::milliseconds patience = {});
 
 /// Asio would switch the descriptor to non-blocking mode for every program that shares it. So Asio
 /// waits for an epoll instance instead, which in turn watches the descriptor.

@@ -111,8 +111,10 @@ TEST_F(Fault, MalformedRequestsHarmNobodyElse) {
     reply.copy(reinterpret_cast<char*>(&header), sizeof header);
     EXPECT_EQ(header.error == QMI_ERR_INVALID_ARG_V01, row.reason.empty());
     EXPECT_EQ(reply.empty(), !row.reason.empty());
+    const auto start = steady_clock::now();
     Send(fd, "");
     EXPECT_EQ(Receive(fd), "") << "an empty datagram ends a connection";
+    EXPECT_LE(Since(start), std::chrono::seconds(1)) << "at once, not when time is up";
     EXPECT_TRUE(row.reason.empty() || server_->WaitForOutput("\nQCMAP_ConnectionManager: " +
                                                              row.reason + ", connection closed\n"))
         << server_->output();

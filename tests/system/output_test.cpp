@@ -3,6 +3,7 @@
 #include <sys/wait.h>
 
 #include <fstream>
+#include <regex>
 
 #include "simulated_server.h"
 
@@ -16,16 +17,29 @@ std::string Repeat(const std::string& text, int times) {
   return repeated;
 }
 
+/// How many lines were printed, with those that were only counted.
+size_t CountLines(const std::string& output) {
+  static const std::regex note("(console: )?([0-9]+) (lines|more complaints) left out");
+  std::istringstream lines(output);
+  size_t count = 0;
+  for (std::string line; std::getline(lines, line);) {
+    std::smatch parts;
+    const bool is_note = line.find("left out") != std::string::npos;
+    count += is_note && std::regex_match(line, parts, note) ? std::stoul(parts[2]) : 1;
+  }
+  return count;
+}
+
 TEST_F(Output, ThatNobodyReadsStopsNeitherTheServerNorItsWriter) {
   const struct {
     const char* what;
     std::string lines;
     const char* note;
-  } rows[] = {
-      {"a full standard output", Repeat("show\n", 300), " lines left out\n"},
-      {"wrong lines", Repeat("bogus\n", 3000), " more complaints left out\n"},
-      {"an endless line", std::string(1000000, 'x') + "\n", "console: line 1: is too long\n"},
-      {"an escape sequence", "\x1b[2J\n", "unknown command '\\x1b[2J'"}};
+    size_t printed;
+  } rows[] = {{"a full standard output", Repeat("show\n", 300), " lines left out\n", 300 * 153},
+              {"wrong lines", Repeat("bogus\n", 3000), " more complaints left out\n", 3000},
+              {"an endless line", std::string(1000000, 'x') + "\n", "line 1: is too long\n", 1},
+              {"an escape sequence", "\x1b[2J\n", "unknown command '\\x1b[2J'", 1}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
     Start({"--console", "--profiles", "50"});
@@ -35,6 +49,7 @@ TEST_F(Output, ThatNobodyReadsStopsNeitherTheServerNorItsWriter) {
     EXPECT_TRUE(client.EnableMobileAP(nullptr));
     EXPECT_TRUE(server_->WaitForOutput(row.note)) << server_->output().substr(0, 1000);
     Console("");  // the lines after it are carried out, and printed again
+    EXPECT_EQ(CountLines(server_->output()), 1 + row.printed + 1) << "nothing is lost uncounted";
 
     server_->Write(row.lines);
     EXPECT_TRUE(QCMAP_Client(nullptr).EnableMobileAP(nullptr));

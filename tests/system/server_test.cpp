@@ -38,6 +38,15 @@ TEST_F(Server, LeavesNothingBehindAndNeverTakesALivingServersSocket) {
   EXPECT_TRUE(std::filesystem::is_empty(directory_ + "/made"));
 }
 
+TEST_F(Server, SleepsWhileNothingHappens) {
+  Start({"--console"});
+  const QCMAP_Client client(nullptr);
+  Console("echo ready");
+  const size_t before = Status("voluntary_ctxt_switches:");
+  std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  EXPECT_LT(Status("voluntary_ctxt_switches:") - before, 5u) << "how often it woke up";
+}
+
 TEST_F(Server, RefusesWhatExceedsItsLists) {
   Start({"--profiles", "49"});
   QCMAP_Client client(nullptr);

@@ -108,18 +108,18 @@ class SimulatedServer : public testing::Test {
     std::filesystem::directory_iterator all("/proc/" + std::to_string(server_->pid()) + "/fd");
     return std::distance(begin(all), end(all));
   }
-  /// The most memory that has been in use at one time, or what is in use now (VmRSS). 0 where a
-  /// sanitizer uses much memory of its own.
-  size_t Kilobytes(const std::string& field = "VmHWM:") const {
+  /// A number of the server's status: by default, the most kilobytes that have been in use at one
+  /// time. 0 where a sanitizer uses much memory of its own.
+  size_t Status(const std::string& field = "VmHWM:") const {
 #ifdef __SANITIZE_ADDRESS__
     return 0;
 #endif
     std::ifstream status("/proc/" + std::to_string(server_->pid()) + "/status");
     std::string word;
-    size_t kilobytes = 0;
+    size_t number = 0;
     while (status >> word && word != field) continue;
-    status >> kilobytes;
-    return kilobytes;
+    status >> number;
+    return number;
   }
 
   std::string directory_, path_, log_;
