@@ -81,7 +81,7 @@ void Connection::AwaitEnd() {
 
 void Connection::OnEnd() {
   // The end of a connection can be reported to one that has taken its place since.
-  if (Poll(socket_.native_handle(), 0) == 0) return AwaitEnd();
+  if (!HasEnded(socket_.native_handle())) return AwaitEnd();
   Close();
 }
 
@@ -107,11 +107,11 @@ void Connection::OnDatagram(const Datagram& datagram) {
   }
   if (FaultOf(kHang) != 0) return AwaitRequest();
   Reach(kBefore);
-  if (FaultOf(kLate) != 0) return Hold(FaultOf(kLate), &Connection::Answer);
-  Answer();
+  Hold(FaultOf(kLate), &Connection::Answer);
 }
 
 void Connection::Hold(uint64_t ms, Handler next) {
+  if (ms == 0) return (this->*next)();
   held_ = next;
   held_until_ = Clock::now() + Milliseconds(ms);
   hub_.WakeAt(held_until_);
@@ -160,12 +160,12 @@ void Connection::Answer() {
                           : AnswerRequest(*hub_.model_, handle, *datagram, error);
   if (!IsOpen()) return;
   Reach(kAfter);
-  if (FaultOf(kLateReply) == 0) return Reply(std::move(reply));
-  held_reply_ = std::move(reply);
-  Hold(FaultOf(kLateReply), &Connection::ReplyLate);
+  reply_ = std::move(reply);
+  Hold(FaultOf(kLateReply), &Connection::Reply);
 }
 
-void Connection::Reply(std::string reply) {
+void Connection::Reply() {
+  std::string reply = std::move(reply_);
   if (hub_.record_.IsOn()) hub_.record_.Reply(peer_, reply);
   if (faults_) Spoil(reply, *faults_);
   if (!Send(reply)) return Close();
@@ -208,8 +208,7 @@ void Connection::OnRoom() {
 }
 
 bool Connection::Send(const std::string& datagram) {
-  return ::send(socket_.native_handle(), datagram.data(), datagram.size(),
-                MSG_DONTWAIT | MSG_NOSIGNAL) != -1;
+  return ::send(socket_.native_handle(), datagram.data(), datagram.size(), MSG_DONTWAIT) != -1;
 }
 
 }  // namespace sim

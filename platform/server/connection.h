@@ -57,9 +57,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   std::string Open(const Datagram& datagram);
   /// Carries out the request that was received, once there is room for the reply.
   void Answer();
-  void Reply(std::string reply);
-  void ReplyLate() { Reply(std::move(held_reply_)); }
-  /// Goes on with `next` after this time.
+  void Reply();
+  /// Goes on with `next` after this time. At once if it is 0.
   void Hold(uint64_t ms, Handler next);
   /// The argument of a fault that befalls the request; 0 if it does not.
   uint64_t FaultOf(FaultKind kind) const { return faults_ ? (*faults_)[kind] : 0; }
@@ -84,7 +83,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
   /// Known only while everything is recorded.
   Peer peer_;
   std::optional<Befalling> faults_;
-  std::string held_reply_;
+  std::string reply_;
   Clock::time_point held_until_ = kNever;
   Handler held_ = nullptr;
   /// Whether it is a client's second connection.

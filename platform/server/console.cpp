@@ -31,10 +31,6 @@ Console::Console(asio::io_context& io, int fd, Commands& commands, Output& outpu
   unread_.reserve(kMaxLineBytes + kReadBytes + 1);
 }
 
-Console::~Console() {
-  if (own_fd_ >= 0) ::close(own_fd_);
-}
-
 void Console::Arm() {
   if (HasLine()) {
     next_line_.Set(commands_.HasReached(awaited_) ? next_line_at_ : kNever);
@@ -48,7 +44,7 @@ void Console::Arm() {
 
 bool Console::Read() {
   char bytes[kReadBytes];
-  const ssize_t size = ::read(own_fd_ >= 0 ? own_fd_ : fd_, bytes, sizeof bytes);
+  const ssize_t size = ::read(own_fd_.IsOpen() ? own_fd_.Get() : fd_, bytes, sizeof bytes);
   if (size < 0 && errno == EAGAIN) return false;
   if (size > 0) {
     unread_.append(bytes, static_cast<size_t>(size));

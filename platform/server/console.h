@@ -18,9 +18,6 @@ class Console : public Activity {
  public:
   /// Reads from `fd`, which it does not close.
   Console(asio::io_context& io, int fd, Commands& commands, Output& output, Complaints& complaints);
-  ~Console();
-  Console(const Console&) = delete;
-  Console& operator=(const Console&) = delete;
 
   void Arm() override;
   /// Carries out the lines that are there, up to the first one that has to wait. Throws
@@ -45,8 +42,8 @@ class Console : public Activity {
   Output& output_;
   Complaints& complaints_;
   const int fd_;
-  /// A descriptor of this process alone for the same pipe or terminal; -1 when there is none.
-  const int own_fd_;
+  /// A descriptor of this process alone for the same pipe or terminal, if there is one.
+  const Descriptor own_fd_;
   Readiness input_;
   bool has_ended_ = false;
   /// Rings when the next line is to be carried out.

@@ -61,7 +61,7 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
   void OnEnd() {
     watches_end_ = false;
     // The end of a connection can be reported to one that has taken its place since.
-    if (Poll(socket_.native_handle(), 0) != 0) Close();
+    if (HasEnded(socket_.native_handle())) Close();
   }
   void Close() {
     asio::error_code ignored;
@@ -92,8 +92,7 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
       const char last = is_wrong_ ? kIsWrong : kTookEffect;
       const std::string part =
           (size < answer_.size() ? kMoreFollows : last) + answer_.substr(0, size);
-      if (::send(socket_.native_handle(), part.data(), part.size(), MSG_DONTWAIT | MSG_NOSIGNAL) <
-          0) {
+      if (::send(socket_.native_handle(), part.data(), part.size(), MSG_DONTWAIT) < 0) {
         if (errno != EAGAIN) return Close();
         Await(asio::socket_base::wait_write, &ControlClient::Answer);
         awaits_socket_ = true;

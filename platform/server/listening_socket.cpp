@@ -44,13 +44,8 @@ ListeningSocket::ListeningSocket(const std::string& path) : ListeningSocket() {
 }
 
 ListeningSocket::~ListeningSocket() {
-  if (fd_ >= 0) ::close(fd_);
-  if (bound_) ::unlinkat(directory_fd_, name_.c_str(), 0);
-  if (lock_fd_ >= 0) {
-    ::unlinkat(directory_fd_, lock_name_.c_str(), 0);
-    ::close(lock_fd_);
-  }
-  if (directory_fd_ >= 0) ::close(directory_fd_);
+  if (bound_) ::unlinkat(open_directory_.Get(), name_.c_str(), 0);
+  if (lock_.IsOpen()) ::unlinkat(open_directory_.Get(), lock_name_.c_str(), 0);
   if (made_directory_) ::rmdir(directory_.c_str());
 }
 
@@ -59,10 +54,11 @@ void ListeningSocket::OpenDirectory() {
   // O_NOFOLLOW would follow a symbolic link whose name ends in a slash.
   while (directory_.size() > 1 && directory_.back() == '/') directory_.pop_back();
   made_directory_ = ::mkdir(directory_.c_str(), 0700) == 0;
-  directory_fd_ = ::open(directory_.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
-  if (directory_fd_ < 0) RefuseForErrno(directory_, "cannot open the directory");
+  constexpr int kMode = O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC;
+  open_directory_ = Descriptor(::open(directory_.c_str(), kMode));
+  if (!open_directory_.IsOpen()) RefuseForErrno(directory_, "cannot open the directory");
   struct stat status {};
-  ::fstat(directory_fd_, &status);
+  ::fstat(open_directory_.Get(), &status);
   if (status.st_uid != ::geteuid()) Refuse(directory_, "the directory is another user's");
   if ((status.st_mode & 022) != 0) Refuse(directory_, "others can write to the directory");
 }
@@ -71,28 +67,25 @@ void ListeningSocket::OpenDirectory() {
 // file must be opened.
 void ListeningSocket::Lock() {
   for (;;) {
-    const int fd = ::openat(directory_fd_, lock_name_.c_str(),
-                            O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
-    if (fd < 0) RefuseForErrno(directory_ + "/" + lock_name_, "cannot open the lock file");
-    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
-      ::close(fd);
+    constexpr int kMode = O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC;
+    Descriptor lock(::openat(open_directory_.Get(), lock_name_.c_str(), kMode, 0600));
+    if (!lock.IsOpen()) RefuseForErrno(directory_ + "/" + lock_name_, "cannot open the lock file");
+    if (::flock(lock.Get(), LOCK_EX | LOCK_NB) != 0)
       Refuse(directory_ + "/" + name_, "a server is already running");
-    }
     struct stat opened {};
     struct stat present {};
-    ::fstat(fd, &opened);
-    ::fstatat(directory_fd_, lock_name_.c_str(), &present, AT_SYMLINK_NOFOLLOW);
+    ::fstat(lock.Get(), &opened);
+    ::fstatat(open_directory_.Get(), lock_name_.c_str(), &present, AT_SYMLINK_NOFOLLOW);
     if (opened.st_ino == present.st_ino) {
-      lock_fd_ = fd;
+      lock_ = std::move(lock);
       return;
     }
-    ::close(fd);
   }
 }
 
 sockaddr_un ListeningSocket::Address() const {
   sockaddr_un address;
-  if (!ToAddress("/proc/self/fd/" + std::to_string(directory_fd_) + "/" + name_, address))
+  if (!ToAddress("/proc/self/fd/" + std::to_string(open_directory_.Get()) + "/" + name_, address))
     Refuse(directory_ + "/" + name_, "the name is too long");
   return address;
 }
@@ -100,25 +93,24 @@ sockaddr_un ListeningSocket::Address() const {
 void ListeningSocket::RemoveStaleSocket() {
   const std::string path = directory_ + "/" + name_;
   struct stat status;
-  if (::fstatat(directory_fd_, name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;
+  if (::fstatat(open_directory_.Get(), name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;
   if (!S_ISSOCK(status.st_mode)) Refuse(path, "exists and is not a socket");
   if (status.st_uid != ::geteuid()) Refuse(path, "is another user's socket");
   const sockaddr_un address = Address();
-  const int fd = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
-  const int result = ::connect(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-  const bool is_stale = result != 0 && errno == ECONNREFUSED;
-  ::close(fd);
-  if (!is_stale) Refuse(path, "a server is already running");
-  ::unlinkat(directory_fd_, name_.c_str(), 0);
+  const Descriptor probe(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+  const int result =
+      ::connect(probe.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+  if (result == 0 || errno != ECONNREFUSED) Refuse(path, "a server is already running");
+  ::unlinkat(open_directory_.Get(), name_.c_str(), 0);
 }
 
 void ListeningSocket::Listen() {
   const sockaddr_un address = Address();
-  fd_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+  socket_ = Descriptor(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
   const mode_t before = ::umask(0177);
-  bound_ = ::bind(fd_, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  bound_ = ::bind(socket_.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
   ::umask(before);
-  if (!bound_ || ::listen(fd_, kBacklog) != 0)
+  if (!bound_ || ::listen(socket_.Get(), kBacklog) != 0)
     RefuseForErrno(directory_ + "/" + name_, "cannot listen");
 }
 

@@ -4,7 +4,8 @@
 #include <sys/un.h>
 
 #include <string>
-#include <utility>
+
+#include "server/descriptor.h"
 
 namespace sim {
 
@@ -20,7 +21,7 @@ class ListeningSocket {
   ListeningSocket& operator=(const ListeningSocket&) = delete;
 
   /// Hands the descriptor over, which is then no longer closed here.
-  int TakeDescriptor() { return std::exchange(fd_, -1); }
+  int TakeDescriptor() { return socket_.Release(); }
 
  private:
   ListeningSocket() = default;
@@ -32,7 +33,7 @@ class ListeningSocket {
 
   std::string directory_, name_, lock_name_;
   bool made_directory_ = false, bound_ = false;
-  int directory_fd_ = -1, lock_fd_ = -1, fd_ = -1;
+  Descriptor open_directory_, lock_, socket_;
 };
 
 }  // namespace sim

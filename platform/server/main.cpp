@@ -116,21 +116,12 @@ struct Streams {
   sim::Complaints about_clients, about_lines, about_scenario;
 };
 
-/// The file of a scenario. Without one it is empty.
-class ScenarioFile {
- public:
-  explicit ScenarioFile(const std::string& path)
-      : fd_(::open(path.empty() ? "/dev/null" : path.c_str(), O_RDONLY | O_CLOEXEC)) {
-    if (fd_ < 0) throw std::system_error(errno, std::generic_category(), path);
-  }
-  ~ScenarioFile() { ::close(fd_); }
-  ScenarioFile(const ScenarioFile&) = delete;
-  ScenarioFile& operator=(const ScenarioFile&) = delete;
-  int fd() const { return fd_; }
-
- private:
-  const int fd_;
-};
+/// Opens the file of a scenario. Without one it is empty.
+sim::Descriptor OpenScenario(const std::string& path) {
+  sim::Descriptor file(::open(path.empty() ? "/dev/null" : path.c_str(), O_RDONLY | O_CLOEXEC));
+  if (!file.IsOpen()) throw std::system_error(errno, std::generic_category(), path);
+  return file;
+}
 
 /// Carries out what options ask as commands. Throws WrongCommand.
 void RunCommandsOf(const Options& options, sim::Commands& commands) {
@@ -149,8 +140,8 @@ void Serve(const Options& options, asio::io_context& io, Streams& streams, sim::
            sim::Hub& hub, sim::Commands& commands) {
   asio::signal_set signals(io, SIGINT, SIGTERM, SIGHUP);
   signals.async_wait([&io](auto, int) { io.stop(); });
-  const ScenarioFile file(options.scenario);
-  sim::Console scenario(io, file.fd(), commands, streams.output, streams.about_scenario);
+  const sim::Descriptor file = OpenScenario(options.scenario);
+  sim::Console scenario(io, file.Get(), commands, streams.output, streams.about_scenario);
   try {
     scenario.RunFirstLines();
   } catch (const sim::WrongCommand& wrong) {

@@ -27,10 +27,6 @@ Output::Output(asio::io_context& io, int fd)
   unsent_.reserve(kMaxBytes + kMaxNoteBytes);
 }
 
-Output::~Output() {
-  if (own_fd_ >= 0) ::close(own_fd_);
-}
-
 void Output::Print(std::string_view lines) noexcept {
   while (!lines.empty()) {
     const size_t size = std::min(lines.find('\n'), lines.size() - 1) + 1;
@@ -74,7 +70,7 @@ void Output::Flush() noexcept {
 // After poll, a pipe takes PIPE_BUF bytes without blocking, unless another program has written to
 // it in between. Only a pipe that cannot be reopened runs that risk.
 ssize_t Output::WriteSome() {
-  if (own_fd_ >= 0) return ::write(own_fd_, unsent_.data(), unsent_.size());
+  if (own_fd_.IsOpen()) return ::write(own_fd_.Get(), unsent_.data(), unsent_.size());
   if (Poll(fd_, POLLOUT) != 0)
     return ::write(fd_, unsent_.data(), std::min<size_t>(unsent_.size(), PIPE_BUF));
   errno = EAGAIN;

@@ -15,9 +15,6 @@ namespace sim {
 class Output : public Activity {
  public:
   Output(asio::io_context& io, int fd);
-  ~Output();
-  Output(const Output&) = delete;
-  Output& operator=(const Output&) = delete;
 
   /// `lines` are whole lines.
   void Print(std::string_view lines) noexcept;
@@ -31,8 +28,8 @@ class Output : public Activity {
   ssize_t WriteSome();
 
   const int fd_;
-  /// A descriptor of this process alone for the same pipe or terminal; -1 when there is none.
-  const int own_fd_;
+  /// A descriptor of this process alone for the same pipe or terminal, if there is one.
+  const Descriptor own_fd_;
   Readiness writable_;
   /// Its memory is reserved at the start, so printing needs none.
   std::string unsent_;

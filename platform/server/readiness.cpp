@@ -13,12 +13,12 @@
 
 namespace sim {
 
-int ReopenWithoutBlocking(int fd, int access) {
+Descriptor ReopenWithoutBlocking(int fd, int access) {
   struct stat status {};
   ::fstat(fd, &status);
-  if (!S_ISFIFO(status.st_mode) && !S_ISCHR(status.st_mode)) return -1;
+  if (!S_ISFIFO(status.st_mode) && !S_ISCHR(status.st_mode)) return Descriptor();
   const std::string path = "/proc/self/fd/" + std::to_string(fd);
-  return ::open(path.c_str(), access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC);
+  return Descriptor(::open(path.c_str(), access | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
 }
 
 int Poll(int fd, short events, std::chrono::milliseconds patience) {
@@ -27,6 +27,10 @@ int Poll(int fd, short events, std::chrono::milliseconds patience) {
   polled.events = events;
   static_cast<void>(::poll(&polled, 1, static_cast<int>(patience.count())));
   return polled.revents;
+}
+
+bool HasEnded(int fd) {
+  return Poll(fd, 0) != 0;
 }
 
 Readiness::Readiness(asio::io_context& io, int fd, uint32_t event) : watch_(io) {

@@ -5,15 +5,20 @@
 #include <chrono>
 #include <functional>
 
+#include "server/descriptor.h"
+
 namespace sim {
 
 /// Returns a new descriptor for the pipe, terminal or device behind `fd`, opened with `access`
-/// (O_RDONLY or O_WRONLY) in a non-blocking mode of its own. Returns -1 where that is not possible.
-int ReopenWithoutBlocking(int fd, int access);
+/// (O_RDONLY or O_WRONLY) in a non-blocking mode of its own. It is not open where that is not
+/// possible.
+Descriptor ReopenWithoutBlocking(int fd, int access);
 
 /// Waits until one of `events` holds for `fd`, or its other end has gone. Returns which of `events`
 /// hold, and POLLHUP or POLLERR for such an end. 0 if patience has ended.
 int Poll(int fd, short events, std::chrono::milliseconds patience = {});
+/// Whether the other end of a connection has gone.
+bool HasEnded(int fd);
 
 /// Asio would switch the descriptor to non-blocking mode for every program that shares it. So Asio
 /// waits for an epoll instance instead, which in turn watches the descriptor.

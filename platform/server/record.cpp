@@ -82,18 +82,14 @@ Peer PeerOf(int socket) {
   return peer;
 }
 
-Record::~Record() {
-  if (fd_ >= 0) ::close(fd_);
-}
-
 void Record::Open(const std::string& path, const Timeline& timeline) {
   timeline_ = &timeline;
   // Opening a pipe must not wait for its reader.
-  fd_ =
-      ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC | O_NONBLOCK, 0600);
-  if (fd_ < 0) throw std::system_error(errno, std::generic_category(), path);
+  constexpr int kMode = O_WRONLY | O_CREAT | O_TRUNC | O_APPEND | O_CLOEXEC | O_NONBLOCK;
+  file_ = Descriptor(::open(path.c_str(), kMode, 0600));
+  if (!file_.IsOpen()) throw std::system_error(errno, std::generic_category(), path);
   struct stat status {};
-  ::fstat(fd_, &status);
+  ::fstat(file_.Get(), &status);
   if (!S_ISREG(status.st_mode)) throw std::runtime_error(path + ": is not a regular file");
 }
 
@@ -117,7 +113,7 @@ void Record::Write(const char* event, Put put) noexcept {
 void Record::WriteLine(const std::string& line) noexcept {
   size_t written = 0;
   while (written < line.size()) {
-    const ssize_t size = ::write(fd_, line.data() + written, line.size() - written);
+    const ssize_t size = ::write(file_.Get(), line.data() + written, line.size() - written);
     if (size < 0) return LeaveOut(written, errno);
     written += static_cast<size_t>(size);
   }
@@ -125,10 +121,10 @@ void Record::WriteLine(const std::string& line) noexcept {
 
 void Record::LeaveOut(size_t written, int error) noexcept {
   struct stat status {};
-  ::fstat(fd_, &status);
+  ::fstat(file_.Get(), &status);
   // Making a file shorter succeeds even where there is no room.
   if (written > 0)
-    static_cast<void>(::ftruncate(fd_, status.st_size - static_cast<off_t>(written)));
+    static_cast<void>(::ftruncate(file_.Get(), status.st_size - static_cast<off_t>(written)));
   if (has_complained_) return;
   has_complained_ = true;
   char complaint[128];

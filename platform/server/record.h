@@ -4,6 +4,7 @@
 #include <string>
 
 #include "records/table.h"
+#include "server/descriptor.h"
 #include "server/faults.h"
 #include "server/indication_log.h"
 #include "server/output.h"
@@ -26,15 +27,12 @@ Peer PeerOf(int socket);
 class Record {
  public:
   explicit Record(Output& errors) : errors_(errors) {}
-  ~Record();
-  Record(const Record&) = delete;
-  Record& operator=(const Record&) = delete;
 
   /// Records in this file, in place of what it holds, with the time of this model. Throws
   /// std::system_error or std::runtime_error.
   void Open(const std::string& path, const Timeline& timeline);
   /// Whether anything is recorded. Everything below does nothing otherwise.
-  bool IsOn() const { return fd_ >= 0; }
+  bool IsOn() const { return file_.IsOpen(); }
 
   void Session(const Peer& peer, const char* state) noexcept;
   void Request(const Peer& peer, const Datagram& request) noexcept;
@@ -60,7 +58,7 @@ class Record {
 
   Output& errors_;
   const Timeline* timeline_ = nullptr;
-  int fd_ = -1;
+  Descriptor file_;
   bool has_complained_ = false;
 };
 
