@@ -24,19 +24,24 @@ TEST_F(Limits, PlacesOfClientsThatDoNotOpenTheirSessionAreFreeInTime) {
   QCMAP_Client open(nullptr);
   const auto before = Descriptors();
   const auto start = steady_clock::now();
-  std::vector<int> peers;
+  // The first one opens its session, but reads no replies.
+  std::vector<int> peers = {RawSocket(path_), RawSocket(path_)};
+  Send(peers[1], OpenSession(OpenHalf(peers[0])));
+  EXPECT_FALSE(Receive(peers[1]).empty());
   const std::string request = sim::MakeDatagram(sim::message::GetWWANPolicyList::kId, 2, 0, "");
+  // Once the server has taken nothing for a while, it waits for room for a reply.
+  for (auto last = steady_clock::now(); steady_clock::now() - last < milliseconds(50);)
+    if (::send(peers[0], request.data(), request.size(), MSG_DONTWAIT) > 0)
+      last = steady_clock::now();
   while (peers.size() < kPlaces - 2) {
     peers.push_back(RawSocket(path_));
     if (peers.size() % 2 == 0) OpenHalf(peers.back());
-    // One client that does not open its session reads no replies, either.
-    while (peers.size() == 2 && ::send(peers[1], request.data(), request.size(), MSG_DONTWAIT) > 0)
-      continue;
   }
   EXPECT_EQ(QCMAP_Client(nullptr).mobile_ap_handle, 0u) << "refused, since there are too many";
   EXPECT_TRUE(Eventually([&] { return Descriptors() == before; }));
   EXPECT_GE(steady_clock::now() - start, std::chrono::seconds(5));
   EXPECT_LE(steady_clock::now() - start, std::chrono::seconds(7));
+  EXPECT_TRUE(server_->WaitForOutput("a client does not read its replies"));
   EXPECT_TRUE(open.EnableMobileAP(nullptr)) << "the client that has opened its session stays";
   for (const int fd : peers) ::close(fd);
 }
