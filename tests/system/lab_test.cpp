@@ -38,19 +38,6 @@ TEST_F(Lab, DayIsTheSameEveryTimeAndTakesSeconds) {
   EXPECT_EQ(days.size(), 1u) << Record();
 }
 
-TEST_F(Lab, RecordIsWholeWhenTheServerIsKilled) {
-  Start({"--log", log_});
-  QCMAP_Client client(nullptr);
-  Control("die SetLANConfig after");
-  EXPECT_FALSE(client.SetLANConfig({0x0A000001, 0xFFFFFF00, 0, 0, 0, 60}, nullptr));
-  const std::string log = Record();
-  const size_t tail = log.rfind("\"event\":\"request\"");
-  ASSERT_NE(tail, std::string::npos) << log;
-  EXPECT_NE(log.find(R"("handle":5001},"name":"SetLANConfig")", tail), std::string::npos) << log;
-  EXPECT_NE(log.find(R"("gw_ip":"10.0.0.1","netmask":"255.255.255.0")", tail), std::string::npos);
-  EXPECT_NE(log.find("\"fault\":\"die\",\"argument\":2}\n", tail), std::string::npos) << log;
-}
-
 TEST_F(Lab, FullDiskIsReportedOnceAndStopsNothing) {
   server_ = std::make_unique<Process>(
       "/bin/sh", std::vector<std::string>{

@@ -162,7 +162,9 @@ TEST_F(Opening, FailsAtOnceWhenTheServerDies) {
       EXPECT_FALSE(request.send(client, kAnything)) << request.name;
     EXPECT_LT(steady_clock::now() - start, std::chrono::seconds(1));
     EXPECT_EQ(server_->Wait(), -SIGKILL);
-    EXPECT_NE(Record().find("\"fault\":\"die\""), std::string::npos) << Record();
+    const std::string record = Record();
+    EXPECT_NE(record.find("\"fault\":\"die\""), std::string::npos) << record;
+    EXPECT_EQ(record.substr(record.size() - 2), "}\n") << "no line is lost";
     Stop();
   }
 }

@@ -106,4 +106,25 @@ TEST(Turns, CallerWhoseDeadlinePassesLeavesTheQueue) {
   EXPECT_TRUE(turns.Take(later));
 }
 
+TEST_F(Threads, AndCallbacksUseTheLibraryAtTheSameTime) {
+  Start({"--call-time", "1"});
+  QcmapWrapper& wrapper = *QcmapWrapper::GetInstance();
+  std::atomic<int> failed{0};
+  Events events(wrapper, [&] {
+    mox::wwan::DataManager::ConnectStatus v4, v6;
+    if (!wrapper.GetWwanConnectStatus(0, v4, v6) || !wrapper.EnableIpv4(0)) ++failed;
+  });
+  std::thread other([&] {
+    for (int round = 0; round < 200; ++round) failed += !wrapper.ActivateLan();
+  });
+  for (size_t round = 1; round <= 10; ++round) {
+    EXPECT_EQ(wrapper.ConnectBackhaul(0, IPFamily::IPV4), Result::SUCCESS);
+    EXPECT_EQ(events.WaitFor(4 * round - 2).size(), 4 * round - 2);
+    EXPECT_EQ(wrapper.DisconnectBackhaul(0, IPFamily::IPV4), Result::SUCCESS);
+    EXPECT_EQ(events.WaitFor(4 * round).size(), 4 * round);
+  }
+  other.join();
+  EXPECT_EQ(failed, 0);
+}
+
 }  // namespace
