@@ -104,8 +104,8 @@ class Printer {
   void Put(const Ipv4Address<Number>& address) {
     PutQuote();
     for (int shift = 24; shift >= 0; shift -= 8) {
+      if (shift != 24) out_ += '.';
       Put(address.number >> shift & 0xFF);
-      if (shift > 0) out_ += '.';
     }
     PutQuote();
   }

@@ -153,7 +153,7 @@ class Reader {
       if (enumerator.name == name) return enumerator.value;
     }
     good_ = false;
-    return 0;
+    return number;
   }
   void ReadText(char* field, size_t capacity) {
     std::string text;

@@ -43,6 +43,10 @@ TEST(Reader, ReadsNothingThatIsDamagedOrDoesNotFit) {
         R"({"tech_pref":1,"ip_family":)" + std::string(wrong) + R"(,"v6_profile_id":[3,4]})",
         printed))
         << wrong;
+  const Vlan vlan{};
+  printed.clear();
+  seam::Printer(printed).Put(seam::Counted(&vlan, -1, 1));
+  EXPECT_EQ(printed, "[]") << "no entry, whatever a negative count means";
 }
 
 }  // namespace

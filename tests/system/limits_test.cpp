@@ -93,6 +93,10 @@ TEST_F(Limits, GuessedTicketHarmsOnlyTheGuesser) {
   }
   Send(indications, OpenSession(ticket));
   EXPECT_FALSE(Receive(indications).empty()) << "the owner still gets in";
+  const int third = RawSocket(path_);
+  Send(third, OpenSession(ticket));
+  EXPECT_TRUE(Receive(third).empty()) << "a session has two connections";
+  ::close(third);
   Send(indications, OpenSession(ticket));
   EXPECT_TRUE(Receive(indications).empty()) << "a request on the wrong connection ends the session";
   EXPECT_TRUE(Receive(requests).empty());
