@@ -168,7 +168,7 @@ void Modem::Begin(Profile& profile, FamilyIndex family, qcmap_msgr_wwan_status_e
 void Modem::Plan(const Profile& profile, FamilyIndex family, Milliseconds delay) {
   using std::chrono::microseconds;
   const auto most = static_cast<uint64_t>(microseconds(settings_.jitter).count());
-  const microseconds jitter(most == 0 ? 0 : random_() % (most + 1));
+  const microseconds jitter(random_() % (most + 1));
   timeline_.Add({timeline_.Now() + delay + jitter, profile.handle, family});
 }
 
