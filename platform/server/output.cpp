@@ -54,7 +54,7 @@ void Output::Flush() noexcept {
     }
     if (unsent_.empty()) return;
     const ssize_t written = WriteSome();
-    if (written >= 0) {
+    if (written != -1) {
       unsent_.erase(0, static_cast<size_t>(written));
     } else if (errno == EAGAIN) {
       return;
