@@ -154,6 +154,7 @@ TEST_F(Recorded, StartsEndTheSame) {
 }
 
 TEST_F(Recorded, SessionIsRecordedAgainTheSame) {
+  std::ofstream(log_) << std::string(1000000, 'x');  // is replaced
   Start({"--clock", "manual", "--log", log_, "--profiles", "2", "--call-time", "400", "--traffic",
          "100000"});
   std::istringstream kept(ReadFile(kFolder + "session.jsonl"));
