@@ -61,6 +61,8 @@ TEST_F(Server, RefusesWhatExceedsItsLists) {
       EXPECT_TRUE(client.AddPDNToVLANMapping(vlan.vlan_id, 101, &error));
     }
   }
+  EXPECT_NE(Control("show").find("\nvlan 2001 on eth0\nvlan 2 mapped to"), std::string::npos)
+      << "an answer in several parts";
   EXPECT_FALSE(client.SetVLANConfig(vlan, &error, kAnything));
   EXPECT_EQ(error, QMI_ERR_NO_MEMORY_IN_LIST_V01);
   EXPECT_FALSE(client.AddPDNToVLANMapping(2000, 101, &error));
