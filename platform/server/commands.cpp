@@ -223,7 +223,7 @@ CommandResult Commands::Help(Words words) {
 Profile& Commands::ReadProfile(Words& words) {
   auto& profiles = model_.modem.profiles();
   if (profiles.empty()) throw WrongCommand("there is no profile");
-  return profiles[words.Number(0, profiles.size() - 1)];
+  return profiles[static_cast<size_t>(words.Number(0, profiles.size() - 1))];
 }
 
 }  // namespace sim
