@@ -25,7 +25,7 @@ milliseconds Since(steady_clock::time_point start) {
 }
 
 TEST_F(Fault, HangingServerCostsNoMoreThanTheLimitAndIsUsableAfterwards) {
-  Start();
+  Start({"--log", log_});
   static std::atomic<bool> has_heard{false};
   QCMAP_Client client([](auto...) { has_heard = true; });
   qmi_error_type_v01 error{};
@@ -44,6 +44,7 @@ TEST_F(Fault, HangingServerCostsNoMoreThanTheLimitAndIsUsableAfterwards) {
   EXPECT_TRUE(Eventually([] { return has_heard.load(); })) << "indications may take any time";
   ASSERT_TRUE(client.GetMobileAPStatus(&status, &error));
   EXPECT_EQ(status, QCMAP_MSGR_MOBILE_AP_STATUS_CONNECTED_V01);
+  EXPECT_NE(Record().find("\"event\":\"given_up\""), std::string::npos) << Record();
 }
 
 TEST_F(Fault, RequestOfAClientThatIsGoneIsNotCarriedOut) {
