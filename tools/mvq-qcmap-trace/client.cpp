@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "protocol/messages.h"
 #include "real.h"
 #include "records/reader.h"
 #include "tracer.h"
@@ -20,6 +21,31 @@ namespace trace {
 namespace {
 
 using Callback = void(qmi_client_struct*, unsigned int, void*, unsigned int, void*);
+using Decoder = decltype(qmi_client_message_decode);
+
+/// What the program would use without this library. Each client that is made looks for it, since a
+/// library can have been loaded again. Later the loader's lock may be held by a thread that waits
+/// for an indication or, in a forked child, by no thread at all.
+struct Real {
+  std::atomic<void*> constructor{nullptr}, destructor{nullptr}, decoder{nullptr};
+  std::atomic<void*> requests[std::size(seam::kRequests)] = {};
+
+  void Find() {
+    const Unnoticed unnoticed;
+    constructor = FindReal("_ZN12QCMAP_ClientC1EPFvP17qmi_client_structjPvjS2_E");
+    destructor = FindReal("_ZN12QCMAP_ClientD1Ev");
+    decoder = FindReal("qmi_client_message_decode");
+#define FIND(name, request, reply)                       \
+  requests[seam::FindRequest(#name) - seam::kRequests] = \
+      FindRealMethod(AddressOf(&QCMAP_Client::name));
+    SIM_MODEM_MESSAGES(FIND) SIM_PROFILE_MESSAGES(FIND) SIM_LAN_MESSAGES(FIND)
+#undef FIND
+  }
+  template <typename Function>
+  static Function* As(const std::atomic<void*>& found) {
+    return reinterpret_cast<Function*>(found.load());
+  }
+} real;
 
 /// One of the program's clients. The object itself has no room for this.
 struct Client {
@@ -112,9 +138,9 @@ auto AnswerOf(Value value) {
 }
 
 template <auto kMethod, typename... Values>
-bool Forward(QCMAP_Client* client, Values... values) {
-  const auto real = FindRealMethod<kMethod>();
-  if (real != nullptr) return (client->*real)(values...);
+bool Forward(const seam::Request& names, QCMAP_Client* client, Values... values) {
+  void* const found = real.requests[&names - seam::kRequests];
+  if (found != nullptr) return (client->*MethodAt(found, kMethod))(values...);
   auto* const error = std::get<qmi_error_type_v01*>(std::make_tuple(values...));
   if (error != nullptr) *error = QMI_ERR_INTERNAL_V01;
   return false;
@@ -127,7 +153,7 @@ bool Send(const seam::Request& names, QCMAP_Client* client, Values... values) {
       names, Find(client), std::tuple_cat(ArgumentOf(values)...),
       [&] { return std::tuple_cat(AnswerOf(values)...); },
       std::get<qmi_error_type_v01*>(std::make_tuple(values...)),
-      [&] { return Forward<kMethod>(client, values...); });
+      [&] { return Forward<kMethod>(names, client, values...); });
 }
 
 /// What the decoder returns for a message that it does not know.
@@ -146,8 +172,6 @@ struct Indication {
 
   auto Arguments() { return std::tie(id, handle, length); }
 };
-/// What this thread delivers while a recording is played.
-thread_local const Indication* played = nullptr;
 
 /// Calls `with` with the record, unless the kind of the indication is unknown.
 template <typename With>
@@ -179,17 +203,12 @@ void Report(unsigned client, Indication& indication) {
   });
 }
 
-auto* FindDecoder() {
-  static Found found;
-  return FindRealFunction<decltype(qmi_client_message_decode)>("qmi_client_message_decode", found);
-}
-
 Indication Decode(qmi_client_struct* handle, unsigned id, const void* bytes, unsigned length) {
   const Unnoticed unnoticed;
   Indication indication{seam::IndicationId{id}, reinterpret_cast<uintptr_t>(handle), length};
   const bool is_long =
       id == QMI_QCMAP_MSGR_BRING_UP_WWAN_IND_V01 || id == QMI_QCMAP_MSGR_WWAN_STATUS_IND_V01;
-  auto* const decode = FindDecoder();
+  auto* const decode = Real::As<Decoder>(real.decoder);
   WithRecord(indication, [&](auto& record) {
     qcmap_msgr_bring_up_wwan_ind_msg_v01 whole{};
     const auto size = static_cast<unsigned>(is_long ? sizeof whole : sizeof record);
@@ -217,7 +236,8 @@ constexpr auto kCallbacks = Callbacks(std::make_index_sequence<kMaxClients>());
 
 }  // namespace
 
-void Deliver(const Event& event) {
+/// An indication of a recording.
+static Indication Read(const Event& event) {
   Indication indication;
   seam::Reader(event.arguments.text.substr(1))
       .Members(kIndication.arguments, indication.Arguments());
@@ -225,17 +245,39 @@ void Deliver(const Event& event) {
   answer.Member(kIndication.answers[0], indication.decoded);
   if (indication.decoded == 0)
     WithRecord(indication, [&](auto& record) { answer.Member(kIndication.answers[1], record); });
+  return indication;
+}
+
+// The sender's bytes were not recorded. The number of the event in their place leads the decoder to
+// the record, also when the program has copied them.
+void Deliver(const Event& event, uint32_t number) {
+  Indication indication = Read(event);
   Report(event.client, indication);
-  std::vector<unsigned char> bytes(std::max(indication.length, 1u));
+  std::vector<unsigned char> bytes(std::max<size_t>(indication.length, sizeof number));
+  std::memcpy(bytes.data(), &number, sizeof number);
   qmi_client_struct* handle;
   std::memcpy(&handle, &indication.handle, sizeof indication.handle);
-  played = &indication;
   for (const Client& client : clients) {
     if (client.number == event.client && client.callback != nullptr)
       client.callback(handle, static_cast<unsigned>(indication.id), bytes.data(), indication.length,
                       nullptr);
   }
-  played = nullptr;
+}
+
+/// The same as the decoder of the modem's library, while a recording is played.
+static int DecodePlayed(const Replay& replay, unsigned id, const void* bytes, unsigned length,
+                        void* record, size_t record_size) {
+  uint32_t number = 0;
+  if (length < sizeof number) return kUnknown;
+  std::memcpy(&number, bytes, sizeof number);
+  if (number >= replay.events().size()) return kUnknown;
+  const Indication indication = Read(replay.events()[number]);
+  if (static_cast<unsigned>(indication.id) != id) return kUnknown;
+  if (indication.decoded == 0) {
+    std::memset(record, 0, record_size);
+    std::memcpy(record, &indication.record, std::min(record_size, sizeof indication.record));
+  }
+  return indication.decoded;
 }
 
 }  // namespace trace
@@ -243,12 +285,12 @@ void Deliver(const Event& event) {
 QCMAP_Client::QCMAP_Client(trace::Callback* callback) : mobile_ap_handle(0), state_(nullptr) {
   static_cast<void>(state_);
   trace::Client* const place = trace::MakePlace(this, callback);
+  const auto free = [](trace::Client* of_failed) { of_failed->object = nullptr; };
+  std::unique_ptr<trace::Client, decltype(free)> guard(place, free);
   const auto forward = [&] {
-    static trace::Found found;
-    auto* const real = trace::FindRealFunction<void(QCMAP_Client*, trace::Callback*)>(
-        "_ZN12QCMAP_ClientC1EPFvP17qmi_client_structjPvjS2_E", found);
-    // The indications' thread could not look for it while a library is being loaded.
-    trace::FindDecoder();
+    trace::real.Find();
+    auto* const real =
+        trace::Real::As<void(QCMAP_Client*, trace::Callback*)>(trace::real.constructor);
     const auto number = static_cast<size_t>(place - trace::clients);
     const bool is_traced = place != nullptr && callback != nullptr;
     if (real != nullptr) {
@@ -262,13 +304,13 @@ QCMAP_Client::QCMAP_Client(trace::Callback* callback) : mobile_ap_handle(0), sta
   trace::Perform(
       trace::kConstructor, place, std::tuple(), [this] { return std::tie(mobile_ap_handle); },
       nullptr, forward);
+  guard.release();
 }
 
 QCMAP_Client::~QCMAP_Client() {
   trace::Client* const place = trace::Find(this);
   const auto forward = [this] {
-    static trace::Found found;
-    auto* const real = trace::FindRealFunction<void(QCMAP_Client*)>("_ZN12QCMAP_ClientD1Ev", found);
+    auto* const real = trace::Real::As<void(QCMAP_Client*)>(trace::real.destructor);
     if (real != nullptr) real(this);
     return true;
   };
@@ -342,11 +384,18 @@ REQUEST_3(DeletePDNToVLANMapping)
 REQUEST_3(GetIPPassthroughConfig)
 REQUEST_2(GetIPPassthroughState)
 
+// What is shown of the others, and then all that is passed on.
+#define PERFORM(name, arguments, answers, ...)                                      \
+  static constexpr const seam::Request& kNames = *seam::FindRequest(#name);         \
+  return trace::Perform(kNames, trace::Find(this), arguments, answers, error, [&] { \
+    return trace::Forward<&QCMAP_Client::name>(kNames, this, __VA_ARGS__);          \
+  })
+
 bool QCMAP_Client::SetVLANConfig(qcmap_msgr_vlan_config_v01 config, qmi_error_type_v01* error,
                                  bool* flag) {
   bool nobodys = false;
-  if (flag == nullptr) flag = &nobodys;
-  SEND(SetVLANConfig, config, error, flag);
+  const auto answers = [&] { return std::tie(flag != nullptr ? *flag : nobodys); };
+  PERFORM(SetVLANConfig, std::make_tuple(config), answers, config, error, flag);
 }
 
 bool QCMAP_Client::GetPDNtoVLANMappings(qcmap_msgr_pdn_to_vlan_mapping_v01* mappings, int* count,
@@ -355,46 +404,35 @@ bool QCMAP_Client::GetPDNtoVLANMappings(qcmap_msgr_pdn_to_vlan_mapping_v01* mapp
     const auto list = seam::Counted(mappings, *count, QCMAP_MSGR_MAX_MAPPINGS_V01);
     return std::tuple_cat(std::tie(*count), std::make_tuple(list));
   };
-  return trace::Perform(*seam::FindRequest("GetPDNtoVLANMappings"), trace::Find(this), std::tuple(),
-                        answers, error, [&] {
-                          return trace::Forward<&QCMAP_Client::GetPDNtoVLANMappings>(this, mappings,
-                                                                                     count, error);
-                        });
+  PERFORM(GetPDNtoVLANMappings, std::tuple(), answers, mappings, count, error);
 }
 
 bool QCMAP_Client::SetIPPassthroughConfig(qcmap_msgr_ip_passthrough_mode_enum_v01 mode, bool flag,
                                           qcmap_msgr_ip_passthrough_config_v01* config,
                                           qmi_error_type_v01* error) {
-  return trace::Perform(*seam::FindRequest("SetIPPassthroughConfig"), trace::Find(this),
-                        std::make_tuple(mode, *config, flag), trace::kNoAnswers, error, [&] {
-                          return trace::Forward<&QCMAP_Client::SetIPPassthroughConfig>(
-                              this, mode, flag, config, error);
-                        });
+  PERFORM(SetIPPassthroughConfig, std::make_tuple(mode, *config, flag), trace::kNoAnswers, mode,
+          flag, config, error);
 }
 
 extern "C" int qmi_client_message_decode(qmi_client_type client, int message_type,
                                          unsigned int message_id, const void* bytes,
                                          unsigned int length, void* record,
                                          unsigned int record_size) {
-  if (trace::Tracer::Get().replay() == nullptr) {
-    auto* const real = trace::FindDecoder();
-    if (real == nullptr) return trace::kUnknown;
-    return real(client, message_type, message_id, bytes, length, record, record_size);
-  }
-  using trace::played;
-  if (played == nullptr || static_cast<unsigned>(played->id) != message_id) return trace::kUnknown;
-  if (played->decoded == 0) {
-    std::memset(record, 0, record_size);
-    std::memcpy(record, &played->record, std::min<size_t>(record_size, sizeof played->record));
-  }
-  return played->decoded;
+  const trace::Replay* const replay = trace::Tracer::Get().replay();
+  if (replay != nullptr)
+    return trace::DecodePlayed(*replay, message_id, bytes, length, record, record_size);
+  if (trace::real.decoder == nullptr) trace::real.Find();
+  auto* const real = trace::Real::As<trace::Decoder>(trace::real.decoder);
+  if (real == nullptr) return trace::kUnknown;
+  return real(client, message_type, message_id, bytes, length, record, record_size);
 }
 
 int mox::util::ProcessControl::GetPidByProcessName(std::string name, int limit) {
   int pid = -1;
   const auto forward = [&] {
-    const auto real = trace::FindRealMethod<&ProcessControl::GetPidByProcessName>();
-    if (real != nullptr) pid = real(name, limit);
+    auto* const method = &ProcessControl::GetPidByProcessName;
+    void* const found = trace::FindRealMethod(trace::AddressOf(method));
+    if (found != nullptr) pid = trace::MethodAt(found, method)(name, limit);
     return true;
   };
   trace::Perform(

@@ -24,8 +24,19 @@ ssize_t WriteAll(int fd, std::string_view text) {
 
 }  // namespace
 
+static LineFile& StandardError() {
+  // Other threads may use it until the process has ended.
+  static LineFile& file = *new LineFile("", "standard error");
+  return file;
+}
+
+/// When this library is loaded, the program has not run yet.
+[[gnu::constructor]] static void RememberStandardError() {
+  StandardError();
+}
+
 void Complain(const std::string& message) {
-  WriteAll(STDERR_FILENO, "mvq-qcmap-trace: " + message + "\n");
+  StandardError().Write("mvq-qcmap-trace: " + message + "\n");
 }
 
 LineFile::LineFile(std::string path, const char* purpose)

@@ -1,6 +1,7 @@
 /// A file to which the traced program's processes append lines, unnoticed by the program.
 #pragma once
 
+#include <pthread.h>
 #include <signal.h>
 #include <sys/stat.h>
 
@@ -11,15 +12,18 @@
 
 namespace trace {
 
-/// Keeps errno, and holds back signals: a handler might use the traced library again.
+/// Keeps errno, and holds back signals and cancellation: a handler might use the traced library
+/// again, and files that are opened would be points at which a thread can be cancelled.
 class Unnoticed {
  public:
   Unnoticed() {
     sigset_t all;
     ::sigfillset(&all);
     ::pthread_sigmask(SIG_SETMASK, &all, &mask_);
+    ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &cancel_state_);
   }
   ~Unnoticed() {
+    ::pthread_setcancelstate(cancel_state_, nullptr);
     ::pthread_sigmask(SIG_SETMASK, &mask_, nullptr);
     errno = errno_;
   }
@@ -29,10 +33,8 @@ class Unnoticed {
  private:
   const int errno_ = errno;
   sigset_t mask_;
+  int cancel_state_;
 };
-
-/// Prints a message of the library itself on standard error.
-void Complain(const std::string& message);
 
 /// Opens the file again when the program has closed the descriptor, as daemons do with all of
 /// theirs. Looks every 10 ms whether the descriptor has come to mean another file.
@@ -62,5 +64,8 @@ class LineFile {
   std::atomic<int64_t> checked_us_{0};
   std::atomic<bool> failed_{false};
 };
+
+/// Prints a message of the library itself on standard error as it was when the program started.
+void Complain(const std::string& message);
 
 }  // namespace trace

@@ -1,5 +1,6 @@
 /// mvq-qcmap-trace: runs a program and shows, records or replays what it asks of the modem.
 #include <fcntl.h>
+#include <sys/prctl.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -89,6 +90,7 @@ int Run(trace::Options& options, const std::vector<std::string>& words) {
   options.is_shown =
       !options.output.empty() || options.json || (options.record.empty() && options.replay.empty());
   options.launcher = ::getpid();
+  ::prctl(PR_SET_NAME, trace::kLauncherName);
   if (!options.replay.empty()) {
     static_cast<void>(trace::Recording(options.replay));  // refuses a bad one
     options.replay = fs::absolute(options.replay);
@@ -121,6 +123,10 @@ int Run(trace::Options& options, const std::vector<std::string>& words) {
   });
   const int status = program.Run(words);
   if (differs) return 1;
+  // A program that runs as another user cannot send signals, but it can write.
+  std::error_code failed;
+  const auto recorded = fs::file_size(options.record, failed);
+  is_used |= !failed && recorded > 0;
   if (!is_used) std::fputs("mvq-qcmap-trace: no process used the library\n", stderr);
   ::signal(SIGXFSZ, SIG_IGN);  // the recording may have ended for this reason
   if (is_used && !options.record.empty()) trace::EndRecording(options.record);

@@ -7,6 +7,8 @@
 namespace trace {
 
 constexpr char kVariable[] = "MVQ_QCMAP_TRACE";
+/// What the launcher is called in the list of processes, whatever the name of its file.
+constexpr char kLauncherName[] = "mvq-qcmap-trace";
 /// Tells signals of the preloaded library from those of others.
 constexpr int kMark = 0x747263;
 

@@ -1,12 +1,11 @@
 /// Finds symbols in the libraries of the traced program.
 #include "real.h"
 
+#include <dlfcn.h>
 #include <link.h>
 
 #include <string>
 #include <vector>
-
-#include "line_file.h"
 
 namespace trace {
 namespace {
@@ -31,36 +30,17 @@ void* FindInLoaded(const char* symbol) {
   return nullptr;
 }
 
-/// How many libraries have been unloaded.
-unsigned long long CountUnloads() {
-  unsigned long long unloads = 0;
-  const auto read = [](dl_phdr_info* library, size_t, void* to) {
-    *static_cast<unsigned long long*>(to) = library->dlpi_subs;
-    return 1;
-  };
-  ::dl_iterate_phdr(read, &unloads);
-  return unloads;
-}
-
 }  // namespace
 
-void* Found::Get() const {
-  return unloads_ == CountUnloads() ? address_.load() : nullptr;
+void* FindReal(const char* symbol) {
+  void* const next = ::dlsym(RTLD_NEXT, symbol);
+  return next != nullptr ? next : FindInLoaded(symbol);
 }
 
-void Found::Set(void* address) {
-  address_ = nullptr;  // another thread must not take the old address for a new one
-  unloads_ = CountUnloads();
-  address_ = address;
-}
-
-void* FindReal(const char* symbol, Found& found) {
-  if (void* const known = found.Get()) return known;
-  const Unnoticed unnoticed;
-  void* address = ::dlsym(RTLD_NEXT, symbol);
-  if (address == nullptr) address = FindInLoaded(symbol);
-  found.Set(address);
-  return address;
+void* FindRealMethod(void* own) {
+  Dl_info info{};
+  ::dladdr(own, &info);
+  return FindReal(info.dli_sname);
 }
 
 }  // namespace trace

@@ -17,6 +17,10 @@ constexpr unsigned kVersion = 3;
 constexpr const char* kHeaderNames[] = {"recording", "names", "program", "time", "at_us"};
 constexpr std::string_view kEnd = "{\"end\":true}\n";
 
+void ComplainOfProcess() {
+  Complain("process " + std::to_string(::getpid()) + " is not recorded: another one is");
+}
+
 }  // namespace
 
 std::string WallTime(int64_t at_us) {
@@ -40,8 +44,7 @@ std::string LineSum::After(std::string_view line) {
 std::unique_ptr<Recorder> Recorder::Start(const std::string& path, bool has_host_names) {
   auto file = std::make_unique<LineFile>(path, "the recording");
   if (!file->Claim()) {
-    if (!file->has_failed())
-      Complain("process " + std::to_string(::getpid()) + " is not recorded: another one is");
+    if (!file->has_failed()) ComplainOfProcess();
     return nullptr;
   }
   std::string line = "{";
@@ -55,7 +58,10 @@ std::unique_ptr<Recorder> Recorder::Start(const std::string& path, bool has_host
 }
 
 void Recorder::Append(Event& event) {
-  if (::getpid() != process_) return;
+  if (::getpid() != process_) {
+    if (!has_complained_.exchange(true)) ComplainOfProcess();
+    return;
+  }
   std::string line = "{";
   line.reserve(300 + event.arguments.text.size() + event.answer.text.size());
   seam::Printer(line).Members(kEventNames, event.Members());

@@ -41,6 +41,8 @@ class Recorder {
   const pid_t process_ = ::getpid();
   const std::unique_ptr<LineFile> file_;
   std::atomic<unsigned> count_{0};
+  /// Whether a forked child has said that it is not recorded.
+  std::atomic<bool> has_complained_{false};
   /// Has the lines in the order of their sums.
   std::mutex mutex_;
   LineSum sum_;

@@ -22,7 +22,7 @@ std::chrono::steady_clock::time_point TimePoint(int64_t us) {
 }  // namespace
 
 Replay::Replay(const std::string& path, bool fast, std::function<void()> on_difference,
-               std::function<void(const Event&)> deliver)
+               std::function<void(const Event&, uint32_t number)> deliver)
     : recording_(path),
       fast_(fast),
       on_difference_(std::move(on_difference)),
@@ -125,7 +125,7 @@ void Replay::DeliverAll() {
     began_us_ = Now();
     changed_.notify_all();
     lock.unlock();
-    deliver_(*step.event);
+    deliver_(*step.event, static_cast<uint32_t>(step.event - recording_.events.data()));
     lock.lock();
     in_progress_ = nullptr;
     last_us_ = Now();

@@ -21,9 +21,10 @@ class Replay {
   /// when the program makes a call that was not recorded. All calls fail from then on. `deliver`
   /// gets the indications, each in its turn, on a thread that inherits which signals are blocked.
   Replay(const std::string& path, bool fast, std::function<void()> on_difference,
-         std::function<void(const Event&)> deliver);
+         std::function<void(const Event&, uint32_t number)> deliver);
 
   bool has_host_names() const { return recording_.has_host_names; }
+  const std::vector<Event>& events() const { return recording_.events; }
   /// A forked child has neither the threads nor the session of its parent.
   bool IsOwnProcess() const { return ::getpid() == process_; }
 
@@ -52,7 +53,7 @@ class Replay {
   const Recording recording_;
   const bool fast_;
   const std::function<void()> on_difference_;
-  const std::function<void(const Event&)> deliver_;
+  const std::function<void(const Event&, uint32_t number)> deliver_;
   bool one_by_one_ = true, one_thread_ = true;
   /// Whether several threads send requests beside those that receive indications.
   bool several_threads_ = false;

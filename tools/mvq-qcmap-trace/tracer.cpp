@@ -30,7 +30,7 @@ void Notify(pid_t launcher, int signal) {
   std::string name;
   sigval mark{};
   mark.sival_int = kMark;
-  if (std::getline(comm, name) && name == "mvq-qcmap-trace") ::sigqueue(launcher, signal, mark);
+  if (std::getline(comm, name) && name == kLauncherName) ::sigqueue(launcher, signal, mark);
 }
 
 }  // namespace

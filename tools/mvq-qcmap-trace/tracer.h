@@ -13,8 +13,9 @@
 
 namespace trace {
 
-/// Calls the callback of the client that got this indication.
-void Deliver(const Event& indication);
+/// Calls the callback of the client that got this indication. `number` is its place in the
+/// recording.
+void Deliver(const Event& indication, uint32_t number);
 
 /// Lives from the first call until the process ends.
 class Tracer {
