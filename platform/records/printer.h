@@ -62,7 +62,8 @@ class Printer {
       PutText(value);
     } else if constexpr (std::is_integral_v<Value>) {
       char digits[24];
-      out_.append(digits, std::to_chars(digits, std::end(digits), +value).ptr);
+      const char* const end = std::to_chars(digits, std::end(digits), +value).ptr;
+      out_.append(digits, static_cast<size_t>(end - digits));
     } else {
       Open('{');
       std::apply([&](const auto&... field) { (Member(field.name, field.in(value)), ...); },

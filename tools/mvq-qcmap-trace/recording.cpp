@@ -27,15 +27,25 @@ std::string WallTime(int64_t at_us) {
   using std::chrono::system_clock;
   const auto wall = system_clock::now() - std::chrono::microseconds(Now() - at_us);
   const auto ms = wall.time_since_epoch() / std::chrono::milliseconds(1);
-  const time_t seconds = system_clock::to_time_t(wall);
+  const time_t now = system_clock::to_time_t(wall);
+  // Most lines are of the same second as the line before.
+  thread_local time_t second = 0;
+  thread_local char text[sizeof "2000-01-01T00:00:00.000Z"] = "1970-01-01T00:00:00.000Z";
   tm parts{};
-  char text[24];
-  std::strftime(text, sizeof text, "%FT%T.", ::gmtime_r(&seconds, &parts));
-  return text + std::to_string(1000 + ms % 1000).substr(1) + 'Z';
+  if (now != second) std::strftime(text, sizeof text, "%FT%T.000Z", ::gmtime_r(&now, &parts));
+  second = now;
+  for (int64_t i = 3, left = ms % 1000; i > 0; --i, left /= 10)
+    text[sizeof "2000-01-01T00:00:00." - 2 + i] = static_cast<char>('0' + left % 10);
+  return text;
 }
 
 std::string LineSum::After(std::string_view line) {
-  for (const char c : line) sum_ = (sum_ ^ static_cast<unsigned char>(c)) * 16777619u;
+  const auto byte = [&](size_t i) {
+    return uint32_t{static_cast<unsigned char>(line[i])} << i * 8;
+  };
+  for (; line.size() >= 4; line.remove_prefix(4))
+    sum_ = (sum_ ^ (byte(0) | byte(1) | byte(2) | byte(3))) * 16777619u;
+  for (; !line.empty(); line.remove_prefix(1)) sum_ = (sum_ ^ byte(0)) * 16777619u;
   char text[sizeof ",\"sum\":\"01234567\"}\n"];
   std::snprintf(text, sizeof text, ",\"sum\":\"%08x\"}\n", sum_);
   return text;

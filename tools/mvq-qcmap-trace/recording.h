@@ -12,8 +12,8 @@
 
 namespace trace {
 
-/// Ends each line with a sum (FNV-1a) of it and all lines before it, so that none can change or be
-/// missing unnoticed.
+/// Ends each line with a sum of it and all lines before it, so that none can change or be missing
+/// unnoticed. It is made like FNV-1a, of four bytes at a time.
 class LineSum {
  public:
   /// What comes after `line`, up to its end.
