@@ -36,10 +36,11 @@ TEST_F(Output, ThatNobodyReadsStopsNeitherTheServerNorItsWriter) {
     std::string lines;
     const char* note;
     size_t printed;
-  } rows[] = {{"a full standard output", Repeat("show\n", 300), " lines left out\n", 300 * 153},
-              {"wrong lines", Repeat("bogus\n", 3000), " more complaints left out\n", 3000},
-              {"an endless line", std::string(8000000, 'x') + "\n", "line 1: is too long\n", 1},
-              {"an escape sequence", "\x1b[2J\n", "unknown command '\\x1b[2J'", 1}};
+  } rows[] = {
+      {"a full standard output", Repeat("show\n", 300), " lines left out\n", size_t{300} * 153},
+      {"wrong lines", Repeat("bogus\n", 3000), " more complaints left out\n", 3000},
+      {"an endless line", std::string(8000000, 'x') + "\n", "line 1: is too long\n", 1},
+      {"an escape sequence", "\x1b[2J\n", "unknown command '\\x1b[2J'", 1}};
   for (const auto& row : rows) {
     SCOPED_TRACE(row.what);
     Start({"--console", "--profiles", "50"});

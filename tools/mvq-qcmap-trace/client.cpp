@@ -304,7 +304,7 @@ QCMAP_Client::QCMAP_Client(trace::Callback* callback) : mobile_ap_handle(0), sta
   trace::Perform(
       trace::kConstructor, place, std::tuple(), [this] { return std::tie(mobile_ap_handle); },
       nullptr, forward);
-  guard.release();
+  static_cast<void>(guard.release());
 }
 
 QCMAP_Client::~QCMAP_Client() {

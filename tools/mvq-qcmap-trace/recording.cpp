@@ -34,8 +34,9 @@ std::string WallTime(int64_t at_us) {
   tm parts{};
   if (now != second) std::strftime(text, sizeof text, "%FT%T.000Z", ::gmtime_r(&now, &parts));
   second = now;
-  for (int64_t i = 3, left = ms % 1000; i > 0; --i, left /= 10)
-    text[sizeof "2000-01-01T00:00:00." - 2 + i] = static_cast<char>('0' + left % 10);
+  char* digit = std::strrchr(text, 'Z');
+  for (auto left = ms % 1000; *--digit != '.'; left /= 10)
+    *digit = static_cast<char>('0' + left % 10);
   return text;
 }
 
