@@ -11,10 +11,8 @@
 namespace sim {
 namespace {
 
-/// What stands before the elements of an entry. An entry is never split at the end of the ring;
-/// `is_gap` marks the bytes that are left there.
+/// What stands before the elements of an entry.
 struct Head {
-  bool is_gap;
   bool has_elements;
   uint32_t receiver;
   Indication indication;
@@ -35,33 +33,29 @@ IndicationLog::~IndicationLog() {
 }
 
 void IndicationLog::Add(const Entry& entry) noexcept {
-  const size_t size = sizeof(Head) + entry.elements.size();
-  const size_t left = kBytes - end_ % kBytes;
-  if (left < size) {
-    const Head gap{true, false, 0, {}, 0};
-    if (left >= sizeof gap) std::memcpy(&bytes_[end_ % kBytes], &gap, sizeof gap);
-    end_ += left;
-  }
-  const Head head{false, entry.has_elements, entry.receiver, entry.indication,
+  const Head head{entry.has_elements, entry.receiver, entry.indication,
                   static_cast<uint32_t>(entry.elements.size())};
+  end_ = Place(end_);
   char* const place = &bytes_[end_ % kBytes];
   std::memcpy(place, &head, sizeof head);
   if (!entry.elements.empty())
     std::memcpy(place + sizeof head, entry.elements.data(), entry.elements.size());
-  end_ += size;
+  end_ += sizeof head + entry.elements.size();
 }
 
 IndicationLog::Entry IndicationLog::Next(Position& position) const {
-  Head head{true, false, 0, {}, 0};
-  for (;;) {
-    const size_t left = kBytes - position % kBytes;
-    if (left >= sizeof head) std::memcpy(&head, &bytes_[position % kBytes], sizeof head);
-    if (left >= sizeof head && !head.is_gap) break;
-    position += left;
-  }
-  const char* const elements = &bytes_[position % kBytes] + sizeof head;
+  position = Place(position);
+  const char* const place = &bytes_[position % kBytes];
+  Head head;
+  std::memcpy(&head, place, sizeof head);
   position += sizeof head + head.elements_size;
-  return {head.receiver, head.indication, head.has_elements, {elements, head.elements_size}};
+  return {
+      head.receiver, head.indication, head.has_elements, {place + sizeof head, head.elements_size}};
+}
+
+IndicationLog::Position IndicationLog::Place(Position end) {
+  const size_t left = kBytes - end % kBytes;
+  return left < sizeof(Head) + kMaxElementBytes ? end + left : end;
 }
 
 void IndicationLog::Restart() noexcept {

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "protocol/control.h"
 #include "protocol/indication.h"
 
 namespace sim {
@@ -15,11 +16,13 @@ class IndicationLog {
  public:
   /// Bytes since the server began.
   using Position = uint64_t;
+  static constexpr size_t kMaxElementBytes = kMaxCommandBytes;
   struct Entry {
     /// Handle of the client that the indication is for, or 0 for all clients.
     uint32_t receiver;
     Indication indication;
-    /// Whether `elements`, unchecked, replace those of the indication.
+    /// Whether `elements`, unchecked, replace those of the indication. They have at most
+    /// kMaxElementBytes.
     bool has_elements = false;
     std::string_view elements{};
   };
@@ -48,6 +51,10 @@ class IndicationLog {
  private:
   /// More than a hundred thousand indications of an ordinary size.
   static constexpr size_t kBytes = size_t{4} << 20;
+
+  /// Where the entry begins that follows one that ended at `end`. None is split at the end of the
+  /// ring, so the longest must have room before it.
+  static Position Place(Position end);
 
   char* const bytes_;
   Position end_ = 0;
