@@ -41,8 +41,9 @@ std::chrono::milliseconds TimeLeft(Deadline deadline) {
 /// Limits how long calls on a socket block: recv for SO_RCVTIMEO, send and connect for SO_SNDTIMEO.
 /// 0 stands for no limit.
 bool SetLimit(int fd, int option, std::chrono::milliseconds limit) {
-  const timeval time{static_cast<time_t>(limit.count() / 1000),
-                     static_cast<suseconds_t>(limit.count() % 1000 * 1000)};
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(limit);
+  const std::chrono::microseconds rest = limit - seconds;
+  const timeval time{static_cast<time_t>(seconds.count()), static_cast<suseconds_t>(rest.count())};
   return ::setsockopt(fd, SOL_SOCKET, option, &time, sizeof time) == 0;
 }
 

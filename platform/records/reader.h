@@ -142,8 +142,8 @@ class Reader {
  private:
   template <typename Enum>
   int64_t ReadEnumerator() {
-    int64_t number = 0;
     if (!StartsWith("\"")) {
+      int64_t number{};
       Read(number);
       return number;
     }
@@ -153,7 +153,7 @@ class Reader {
       if (enumerator.name == name) return enumerator.value;
     }
     good_ = false;
-    return number;
+    return {};
   }
   void ReadText(char* field, size_t capacity) {
     std::string text;

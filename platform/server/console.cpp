@@ -11,7 +11,6 @@
 namespace sim {
 namespace {
 
-constexpr size_t kMaxLineBytes = 4096;
 constexpr size_t kReadBytes = 4096;
 /// How long clients may have to wait for the lines of a script, apart from the last one.
 constexpr Milliseconds kMaxTurn{1};
@@ -28,7 +27,7 @@ Console::Console(asio::io_context& io, int fd, Commands& commands, Output& outpu
       own_fd_(ReopenWithoutBlocking(fd, O_RDONLY)),
       input_(io, fd, EPOLLIN),
       next_line_(io, [this] { RunLines(); }) {
-  unread_.reserve(kMaxLineBytes + kReadBytes + 1);
+  unread_.reserve(kMaxCommandBytes + kReadBytes + 1);
 }
 
 void Console::Arm() {
@@ -58,7 +57,7 @@ bool Console::Read() {
 
 void Console::DiscardLongLine() {
   const size_t end = unread_.find('\n');
-  if (!discards_line_ && std::min(end, unread_.size()) > kMaxLineBytes) {
+  if (!discards_line_ && std::min(end, unread_.size()) > kMaxCommandBytes) {
     Complain("is too long");
     discards_line_ = true;
   }

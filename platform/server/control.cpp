@@ -78,8 +78,8 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
     CommandResult result{"the command is too long"};
     if (length <= bytes.size()) result = commands_.Run({bytes.data(), length});
     has_answer_ = true;
-    is_wrong_ = !result.error.empty();
-    answer_ = is_wrong_ ? std::move(result.error) : std::move(result.output);
+    last_ = result.error.empty() ? kTookEffect : kIsWrong;
+    answer_ = std::move(result.error.empty() ? result.output : result.error);
     answer_at_ = Clock::now() + result.pause.value_or(Milliseconds(0));
     awaited_ = result.awaited.value_or(Timeline::Time());
     if (!result.quits) return;
@@ -89,9 +89,8 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
   void Answer() {
     while (has_answer_) {
       const size_t size = std::min(answer_.size(), kMaxAnswerBytes);
-      const char last = is_wrong_ ? kIsWrong : kTookEffect;
       const std::string part =
-          (size < answer_.size() ? kMoreFollows : last) + answer_.substr(0, size);
+          (size < answer_.size() ? kMoreFollows : last_) + answer_.substr(0, size);
       if (::send(socket_.native_handle(), part.data(), part.size(), MSG_DONTWAIT) < 0) {
         if (errno != EAGAIN) return Close();
         Await(asio::socket_base::wait_write, &ControlClient::Answer);
@@ -109,8 +108,10 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
   bool watches_end_ = false;
   /// Whether it waits to receive a command or to send the rest of an answer.
   bool awaits_socket_ = false;
-  bool has_answer_ = false, is_wrong_ = false;
+  bool has_answer_ = false;
   std::string answer_;
+  /// The first byte of the last part of the answer.
+  char last_{};
   Clock::time_point answer_at_{};
   Timeline::Time awaited_{};
 };
