@@ -72,18 +72,18 @@ class AllSignalsBlocked {
 
 bool Socket::Connect(Deadline deadline) {
   const std::string path = DefaultSocketPath();
-  sockaddr_un address;
-  if (!ToAddress(path, address)) return false;
-  fd_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
+  const auto address = ToAddress(path);
+  if (!address) return false;
+  fd_ = Descriptor(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
   for (;;) {
     // connect blocks while the backlog of a hanging server is full.
-    if (!LimitSending(fd_, deadline)) return false;
-    if (::connect(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0) break;
+    if (!LimitSending(fd(), deadline)) return false;
+    if (::connect(fd(), reinterpret_cast<const sockaddr*>(&*address), sizeof *address) == 0) break;
     if (errno != EINTR) return false;
   }
-  if (IsTrustedPeer(fd_)) return true;
+  if (IsTrustedPeer(fd())) return true;
   ::syslog(LOG_ERR, "QCMAP_Client: the server at %s belongs to user %u and is not used\n",
-           path.c_str(), PeerUser(fd_));
+           path.c_str(), PeerUser(fd()));
   return false;
 }
 
@@ -93,7 +93,7 @@ bool Socket::LimitReceiving(Deadline deadline) {
   // Unless requests wait for each other, this is the same limit in whole milliseconds every time.
   if (left == receiving_limit_) return true;
   receiving_limit_ = left;
-  return SetLimit(fd_, SO_RCVTIMEO, left);
+  return SetLimit(fd(), SO_RCVTIMEO, left);
 }
 
 Session::Session()

@@ -11,27 +11,21 @@
 #include <type_traits>
 
 #include "client/turns.h"
+#include "protocol/descriptor.h"
 #include "protocol/messages.h"
 
 namespace sim {
 
 class Socket {
  public:
-  Socket() = default;
-  ~Socket() {
-    if (fd_ >= 0) ::close(fd_);
-  }
-  Socket(const Socket&) = delete;
-  Socket& operator=(const Socket&) = delete;
-
-  int fd() const { return fd_; }
+  int fd() const { return fd_.Get(); }
   /// Returns false when no trusted server accepts before the deadline.
   [[nodiscard]] bool Connect(std::chrono::steady_clock::time_point deadline);
   /// Lets recv return at the deadline at the latest. Returns false when it has passed.
   bool LimitReceiving(std::chrono::steady_clock::time_point deadline);
 
  private:
-  int fd_ = -1;
+  Descriptor fd_;
   std::chrono::milliseconds receiving_limit_{};
 };
 

@@ -7,6 +7,7 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <optional>
 #include <string>
 
 namespace sim {
@@ -20,13 +21,12 @@ inline std::string DefaultSocketPath() {
   return "/tmp/qcmap-" + std::to_string(::geteuid()) + "/server";
 }
 
-/// Returns false when `path` is empty or too long for a socket address.
-inline bool ToAddress(const std::string& path, sockaddr_un& address) {
-  address = {};
-  address.sun_family = AF_UNIX;
-  if (path.empty() || path.size() >= sizeof address.sun_path) return false;
+/// Returns nothing when `path` is empty or too long for a socket address.
+inline std::optional<sockaddr_un> ToAddress(const std::string& path) {
+  sockaddr_un address{AF_UNIX, {}};
+  if (path.empty() || path.size() >= sizeof address.sun_path) return std::nullopt;
   std::memcpy(address.sun_path, path.data(), path.size());
-  return true;
+  return address;
 }
 
 /// The user that owns the process at the other end. An unknown owner is reported as the user id

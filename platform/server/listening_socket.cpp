@@ -28,10 +28,9 @@ constexpr int kBacklog = 128;
 // Once the delegated constructor has returned, the destructor runs even when the rest of this one
 // throws, and removes whatever was created.
 ListeningSocket::ListeningSocket(const std::string& path) : ListeningSocket() {
-  sockaddr_un address;
-  if (!ToAddress(path, address))
-    Refuse(path, "the path of a socket has 1 to " + std::to_string(sizeof address.sun_path - 1) +
-                     " characters");
+  if (!ToAddress(path))
+    Refuse(path, "the path of a socket has 1 to " +
+                     std::to_string(sizeof(sockaddr_un::sun_path) - 1) + " characters");
   const size_t slash = path.rfind('/');
   directory_ = slash == std::string::npos ? "." : path.substr(0, slash + 1);
   name_ = path.substr(slash + 1);
@@ -84,10 +83,10 @@ void ListeningSocket::Lock() {
 }
 
 sockaddr_un ListeningSocket::Address() const {
-  sockaddr_un address;
-  if (!ToAddress("/proc/self/fd/" + std::to_string(open_directory_.Get()) + "/" + name_, address))
-    Refuse(directory_ + "/" + name_, "the name is too long");
-  return address;
+  const auto address =
+      ToAddress("/proc/self/fd/" + std::to_string(open_directory_.Get()) + "/" + name_);
+  if (!address) Refuse(directory_ + "/" + name_, "the name is too long");
+  return *address;
 }
 
 void ListeningSocket::RemoveStaleSocket() {

@@ -5,7 +5,7 @@
 
 #include <string>
 
-#include "server/descriptor.h"
+#include "protocol/descriptor.h"
 
 namespace sim {
 

@@ -5,7 +5,7 @@
 #include <chrono>
 #include <functional>
 
-#include "server/descriptor.h"
+#include "protocol/descriptor.h"
 
 namespace sim {
 

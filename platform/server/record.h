@@ -3,8 +3,8 @@
 
 #include <string>
 
+#include "protocol/descriptor.h"
 #include "records/table.h"
-#include "server/descriptor.h"
 #include "server/faults.h"
 #include "server/indication_log.h"
 #include "server/output.h"

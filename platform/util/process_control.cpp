@@ -12,6 +12,8 @@
 #include <cstring>
 #include <memory>
 
+#include "protocol/descriptor.h"
+
 namespace mox::util {
 namespace {
 
@@ -19,9 +21,8 @@ namespace {
 /// just ended.
 std::string ProgramPath(const std::string& pid) {
   char text[PATH_MAX];
-  const int fd = ::open(("/proc/" + pid + "/cmdline").c_str(), O_RDONLY | O_CLOEXEC);
-  const ssize_t length = ::read(fd, text, sizeof text);
-  ::close(fd);
+  const sim::Descriptor file(::open(("/proc/" + pid + "/cmdline").c_str(), O_RDONLY | O_CLOEXEC));
+  const ssize_t length = ::read(file.Get(), text, sizeof text);
   return length > 0 ? std::string(text, ::strnlen(text, static_cast<size_t>(length)))
                     : std::string();
 }

@@ -25,10 +25,11 @@ class Peer {
     folder_ = folder;
     const std::string path = folder_ + "/server";
     ::setenv("QCMAP_SOCKET", path.c_str(), 1);
-    sockaddr_un address;
+    const auto address = sim::ToAddress(path);
     listening_ = ::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-    Require(sim::ToAddress(path, address) &&
-                ::bind(listening_, reinterpret_cast<sockaddr*>(&address), sizeof address) == 0 &&
+    Require(address &&
+                ::bind(listening_, reinterpret_cast<const sockaddr*>(&*address), sizeof *address) ==
+                    0 &&
                 ::listen(listening_, 8) == 0,
             "there is a socket");
   }

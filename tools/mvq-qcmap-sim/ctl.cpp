@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "protocol/control.h"
+#include "protocol/descriptor.h"
 
 namespace {
 
@@ -22,23 +23,20 @@ struct NoServer : std::runtime_error {
 class ControlSocket {
  public:
   explicit ControlSocket(const std::string& path) : path_(path) {
-    sockaddr_un address;
-    const bool fits = sim::ToAddress(path, address);
-    fd_ = socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0);
-    if (!fits || connect(fd_, reinterpret_cast<sockaddr*>(&address), sizeof address) != 0)
+    const auto address = sim::ToAddress(path);
+    if (!address ||
+        connect(fd_.Get(), reinterpret_cast<const sockaddr*>(&*address), sizeof *address) != 0)
       throw NoServer("no server accepts commands at " + path);
-    if (!sim::IsTrustedPeer(fd_)) throw NoServer("the server at " + path + " is another user's");
+    if (!sim::IsTrustedPeer(fd_.Get()))
+      throw NoServer("the server at " + path + " is another user's");
   }
-  ~ControlSocket() { close(fd_); }
-  ControlSocket(const ControlSocket&) = delete;
-  ControlSocket& operator=(const ControlSocket&) = delete;
 
   /// Prints the answer. Returns what is wrong with the command, or an empty string.
   std::string Run(const std::string& command) const {
-    if (send(fd_, command.data(), command.size(), MSG_NOSIGNAL) < 0) Lost();
+    if (send(fd_.Get(), command.data(), command.size(), MSG_NOSIGNAL) < 0) Lost();
     for (;;) {
       char part[1 + sim::kMaxAnswerBytes];
-      const ssize_t size = recv(fd_, part, sizeof part, 0);
+      const ssize_t size = recv(fd_.Get(), part, sizeof part, 0);
       if (size <= 0) Lost();
       std::string text(part + 1, static_cast<size_t>(size) - 1);
       if (part[0] == sim::kIsWrong) return text;
@@ -51,7 +49,7 @@ class ControlSocket {
   [[noreturn]] void Lost() const { throw NoServer("lost the server at " + path_); }
 
   const std::string path_;
-  int fd_;
+  const sim::Descriptor fd_{socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0)};
 };
 
 int RunLines(const ControlSocket& server) {
