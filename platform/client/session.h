@@ -91,8 +91,8 @@ class Session {
   bool lost_ = false;
   uint32_t transaction_ = 0;
   /// Handle of the profile that the server last confirmed as selected. Every request names it, so a
-  /// selection that was given up has no effect on later requests. 0 at first, which stands for the
-  /// first profile in the list.
+  /// selection that was given up has no effect on later requests. At first it is the first profile
+  /// in the list, or 0 if there is none.
   profile_handle_type_v01 profile_ = 0;
   unsigned char reply_[kMaxDatagramBytes];
 

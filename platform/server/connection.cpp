@@ -138,7 +138,8 @@ std::string Connection::Open(const Datagram& datagram) {
   }
   peer_.handle = client_->ticket.handle;
   return MakeDatagram(datagram.header.id, datagram.header.transaction, QMI_ERR_NONE_V01,
-                      {reinterpret_cast<const char*>(&client_->ticket), sizeof ticket});
+                      {reinterpret_cast<const char*>(&client_->ticket), sizeof ticket},
+                      hub_.model_->modem.FirstHandle());
 }
 
 void Connection::Answer() {

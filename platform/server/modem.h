@@ -79,6 +79,10 @@ class Modem : public Activity {
   std::vector<Profile>& profiles() { return profiles_; }
   /// Returns null when no profile has this handle.
   Profile* Find(profile_handle_type_v01 handle);
+  /// Handle of the first profile in the list. 0 when there is none.
+  profile_handle_type_v01 FirstHandle() const {
+    return profiles_.empty() ? 0 : profiles_.front().handle;
+  }
   /// Adds a profile with a handle that was never used before.
   void Add(const qcmap_msgr_net_policy_info_v01& policy);
 

@@ -25,8 +25,7 @@ class ProfileAnswers {
  public:
   ProfileAnswers(Model& model, Caller& caller)
       : modem_(model.modem), lan_(model.lan), caller_(caller) {
-    if (caller_.profile == 0 && !modem_.profiles().empty())
-      caller_.profile = modem_.profiles().front().handle;
+    if (caller_.profile == 0) caller_.profile = modem_.FirstHandle();
     profile_ = modem_.Find(caller_.profile);
   }
   explicit operator bool() const { return profile_ != nullptr; }

@@ -20,8 +20,8 @@ constexpr Error kGranted = QMI_ERR_NONE_V01;
 struct Caller {
   /// The client's Mobile AP handle.
   uint32_t handle;
-  /// Handle of a profile. 0 means none yet. A request that needs a profile then takes the first in
-  /// the list.
+  /// Handle of the profile that the client has selected. 0 means that there was none when it opened
+  /// its session. A request that needs a profile then takes the first in the list.
   profile_handle_type_v01 profile;
 };
 
