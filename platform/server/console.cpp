@@ -35,16 +35,16 @@ void Console::Arm() {
     next_line_.Set(commands_.HasReached(awaited_) ? next_line_at_ : kNever);
   } else if (!has_ended_) {
     input_.Wait([this] {
-      Read();
+      Read(own_fd_.IsOpen() ? own_fd_.Get() : fd_);
       RunLines();
     });
   }
 }
 
-bool Console::Read() {
+void Console::Read(int fd) {
   char bytes[kReadBytes];
-  const ssize_t size = ::read(own_fd_.IsOpen() ? own_fd_.Get() : fd_, bytes, sizeof bytes);
-  if (size < 0 && errno == EAGAIN) return false;
+  const ssize_t size = ::read(fd, bytes, sizeof bytes);
+  if (size < 0 && errno == EAGAIN) return;
   if (size > 0) {
     unread_.append(bytes, static_cast<size_t>(size));
   } else {
@@ -52,7 +52,6 @@ bool Console::Read() {
     if (!unread_.empty() || discards_line_) unread_ += '\n';
   }
   DiscardLongLine();
-  return true;
 }
 
 void Console::DiscardLongLine() {
@@ -69,8 +68,14 @@ void Console::DiscardLongLine() {
 
 void Console::RunFirstLines() {
   throws_ = true;
-  while (MayRun() && !io_.stopped() && (HasLine() || (!has_ended_ && Read())))
-    if (HasLine()) RunLine();
+  while (MayRun() && !io_.stopped() && (HasLine() || !has_ended_)) {
+    if (HasLine()) {
+      RunLine();
+    } else {
+      Read(fd_);
+      io_.poll();  // a signal
+    }
+  }
   throws_ = false;
 }
 

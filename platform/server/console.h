@@ -20,15 +20,14 @@ class Console : public Activity {
   Console(asio::io_context& io, int fd, Commands& commands, Output& output, Complaints& complaints);
 
   void Arm() override;
-  /// Carries out the lines that are there, up to the first one that has to wait. Throws
-  /// WrongCommand at the first one that is wrong.
+  /// Carries out the lines up to the first one that has to wait. The program at the other end of a
+  /// pipe is waited for. Throws WrongCommand at the first line that is wrong.
   void RunFirstLines();
 
  private:
   bool HasLine() const { return unread_.find('\n') != std::string::npos; }
   bool MayRun() const { return next_line_at_ <= Clock::now() && commands_.HasReached(awaited_); }
-  /// Returns false when there is nothing to read yet.
-  bool Read();
+  void Read(int fd);
   /// Discards what has been read of a line that is too long. The rest of it is discarded as well
   /// when it comes.
   void DiscardLongLine();

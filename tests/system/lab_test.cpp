@@ -91,11 +91,12 @@ TEST_F(Lab, ScenarioMayComeFromAPipe) {
   // The lines of a pipe come later, and the last one may end without its newline.
   server_ = std::make_unique<Process>(
       "/bin/sh", std::vector<std::string>{"sh", "-c",
-                                          "{ echo echo one; echo sleep 300; sleep 0.1; "
+                                          "{ sleep 0.1; echo echo one; echo sleep 300; sleep 0.1; "
                                           "echo echo two; printf quit; } | exec " MVQ_QCMAP_SERVER
                                           " --scenario /dev/stdin"});
   EXPECT_EQ(server_->Wait(), 0);
-  EXPECT_NE(server_->output().find("two\n"), std::string::npos) << server_->output();
+  const std::string order = "one\nlistening on " + path_ + "\ntwo\n";
+  EXPECT_NE(server_->output().find(order), std::string::npos) << server_->output();
   EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(300));
 }
 
