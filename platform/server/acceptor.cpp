@@ -22,8 +22,8 @@ Acceptor::Acceptor(asio::io_context& io, Complaints& complaints,
       acceptor_(io),
       again_(io, [] { /* The loop then arms this activity. */ }) {}
 
-void Acceptor::Listen(int listening_fd) {
-  acceptor_.assign(Protocol(AF_UNIX, 0), listening_fd);
+void Acceptor::Listen(Descriptor socket) {
+  acceptor_.assign(Protocol(AF_UNIX, 0), socket.Release());
   acceptor_.non_blocking(true);
 }
 

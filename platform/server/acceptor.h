@@ -5,6 +5,7 @@
 #include <asio/generic/seq_packet_protocol.hpp>
 #include <functional>
 
+#include "protocol/descriptor.h"
 #include "server/alarm.h"
 #include "server/complaints.h"
 #include "server/event_loop.h"
@@ -22,8 +23,7 @@ class Acceptor : public Activity {
       asio::io_context& io, Complaints& complaints, std::function<void(Protocol::socket)> take,
       std::function<void()> prepare = [] {});
 
-  /// Accepts on `listening_fd`, which it takes over.
-  void Listen(int listening_fd);
+  void Listen(Descriptor socket);
   void Arm() override {
     if (!accepting_) Await();
   }

@@ -20,8 +20,8 @@ class Control : public Activity {
   Control(const Control&) = delete;
   Control& operator=(const Control&) = delete;
 
-  /// Accepts programs on `listening_fd`, which it takes over.
-  void Accept(int listening_fd) { acceptor_.Listen(listening_fd); }
+  /// Accepts programs on a listening socket.
+  void Accept(Descriptor socket) { acceptor_.Listen(std::move(socket)); }
   void Arm() override;
 
  private:

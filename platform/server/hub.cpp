@@ -29,9 +29,9 @@ Hub::Hub(asio::io_context& io, Faults& faults, Record& record, Complaints& compl
 
 Hub::~Hub() = default;
 
-void Hub::Accept(int listening_fd, Model& model) {
+void Hub::Accept(Descriptor socket, Model& model) {
   model_ = &model;
-  acceptor_.Listen(listening_fd);
+  acceptor_.Listen(std::move(socket));
 }
 
 void Hub::Arm() {

@@ -25,8 +25,8 @@ class Hub : public Activity {
   Hub(const Hub&) = delete;
   Hub& operator=(const Hub&) = delete;
 
-  /// Accepts clients of `model` on `listening_fd`, which it takes over.
-  void Accept(int listening_fd, Model& model);
+  /// Accepts clients of `model` on a listening socket.
+  void Accept(Descriptor socket, Model& model);
   void Arm() override;
   /// Sends an indication to the client with handle `receiver`, or to all clients when it is 0.
   /// A client to which it cannot be sent is cut off, and the others get it.

@@ -39,7 +39,6 @@ ListeningSocket::ListeningSocket(const std::string& path) : ListeningSocket() {
   OpenDirectory();
   Lock();
   RemoveStaleSocket();
-  Listen();
 }
 
 ListeningSocket::~ListeningSocket() {
@@ -103,14 +102,15 @@ void ListeningSocket::RemoveStaleSocket() {
   ::unlinkat(open_directory_.Get(), name_.c_str(), 0);
 }
 
-void ListeningSocket::Listen() {
+Descriptor ListeningSocket::Listen() {
   const sockaddr_un address = Address();
-  socket_ = Descriptor(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+  Descriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
   const mode_t before = ::umask(0177);
-  bound_ = ::bind(socket_.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  bound_ = ::bind(socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
   ::umask(before);
-  if (!bound_ || ::listen(socket_.Get(), kBacklog) != 0)
+  if (!bound_ || ::listen(socket.Get(), kBacklog) != 0)
     RefuseForErrno(directory_ + "/" + name_, "cannot listen");
+  return socket;
 }
 
 }  // namespace sim

@@ -14,14 +14,15 @@ namespace sim {
 /// created, including the directory.
 class ListeningSocket {
  public:
-  /// Throws std::runtime_error with the reason when no socket can be created at `path`.
+  /// Locks `path`. Throws std::runtime_error with the reason when no socket can be created there.
   explicit ListeningSocket(const std::string& path);
   ~ListeningSocket();
   ListeningSocket(const ListeningSocket&) = delete;
   ListeningSocket& operator=(const ListeningSocket&) = delete;
 
-  /// Hands the descriptor over, which is then no longer closed here.
-  int TakeDescriptor() { return socket_.Release(); }
+  /// Creates the socket and returns its descriptor. Throws std::runtime_error with the reason when
+  /// that fails.
+  Descriptor Listen();
 
  private:
   ListeningSocket() = default;
@@ -29,11 +30,10 @@ class ListeningSocket {
   void Lock();
   sockaddr_un Address() const;
   void RemoveStaleSocket();
-  void Listen();
 
   std::string directory_, name_, lock_name_;
   bool made_directory_ = false, bound_ = false;
-  Descriptor open_directory_, lock_, socket_;
+  Descriptor open_directory_, lock_;
 };
 
 }  // namespace sim

@@ -135,10 +135,25 @@ void RunCommandsOf(const Options& options, sim::Commands& commands) {
   }
 }
 
+/// Whether the server ends with its terminal. Not if it was started by nohup.
+bool EndsWithTerminal() {
+  struct sigaction hangup {};
+  ::sigaction(SIGHUP, nullptr, &hangup);
+  return hangup.sa_handler != SIG_IGN;
+}
+
+/// The sockets of clients and of the programs that control the server.
+struct Sockets {
+  explicit Sockets(const std::string& path) : clients(path), programs(sim::ControlPath(path)) {}
+
+  sim::ListeningSocket clients, programs;
+};
+
 /// Serves until a signal or a command ends it.
-void Serve(const Options& options, asio::io_context& io, Streams& streams, sim::Model& model,
-           sim::Hub& hub, sim::Commands& commands) {
-  asio::signal_set signals(io, SIGINT, SIGTERM, SIGHUP);
+void Serve(const Options& options, asio::io_context& io, Streams& streams, Sockets& sockets,
+           sim::Model& model, sim::Hub& hub, sim::Commands& commands) {
+  asio::signal_set signals(io, SIGINT, SIGTERM);
+  if (EndsWithTerminal()) signals.add(SIGHUP);
   signals.async_wait([&io](auto, int) { io.stop(); });
   const sim::Descriptor file = OpenScenario(options.scenario);
   sim::Console scenario(io, file.Get(), commands, streams.output, streams.about_scenario);
@@ -147,11 +162,9 @@ void Serve(const Options& options, asio::io_context& io, Streams& streams, sim::
   } catch (const sim::WrongCommand& wrong) {
     throw sim::WrongCommand(options.scenario + ": " + wrong.what());
   }
-  sim::ListeningSocket listening(options.socket);
-  hub.Accept(listening.TakeDescriptor(), model);
-  sim::ListeningSocket controlled(sim::ControlPath(options.socket));
+  hub.Accept(sockets.clients.Listen(), model);
   sim::Control control(io, commands, streams.about_clients);
-  control.Accept(controlled.TakeDescriptor());
+  control.Accept(sockets.programs.Listen());
   sim::Console console(io, STDIN_FILENO, commands, streams.output, streams.about_lines);
   std::vector<sim::Activity*> activities = {
       &streams.output, &streams.errors, &hub, &model.modem, &control, &streams.about_clients};
@@ -182,11 +195,13 @@ int Run(int argc, char** argv) {
                                 hub.Indicate(receiver, indication);
                               }),
                    {}};
+  Sockets sockets(options.socket);
+  // Nobody else's record is lost, since whoever records at this path has locked the sockets.
   if (!options.log.empty()) record.Open(options.log, model.modem.timeline());
   sim::Commands commands(model, faults, hub, record);
   try {
     RunCommandsOf(options, commands);
-    Serve(options, io, streams, model, hub, commands);
+    Serve(options, io, streams, sockets, model, hub, commands);
   } catch (const sim::WrongCommand& wrong) {
     std::fprintf(stderr, "%s\n", wrong.what());
     return kUsageError;

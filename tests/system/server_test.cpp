@@ -25,8 +25,10 @@ TEST_F(Server, RefusesWhatBelongsToAnotherUser) {
 TEST_F(Server, LeavesNothingBehindAndNeverTakesALivingServersSocket) {
   // The last server starts on what the killed one has left, and does not own the directory.
   for (const int signal : {SIGTERM, SIGKILL, SIGINT}) {
-    Start();
-    ExpectEnd(path_ + ": a server is already running");
+    Start({"--log", log_});
+    Control("echo here");
+    ExpectEnd(path_ + ": a server is already running", {"--log", log_});
+    EXPECT_NE(Record().find("here"), std::string::npos) << "the living server's record";
     std::filesystem::remove(path_ + ".lock");
     ExpectEnd(path_ + ": a server is already running");
     EXPECT_NE(QCMAP_Client(nullptr).mobile_ap_handle, 0u);

@@ -55,8 +55,8 @@ class SimulatedServer : public testing::Test {
     return std::make_unique<Process>(MVQ_QCMAP_SERVER, options);
   }
   /// Expects that a server cannot start, and why.
-  static void ExpectEnd(const std::string& reason) {
-    const auto server = Run({});
+  static void ExpectEnd(const std::string& reason, const std::vector<std::string>& options = {}) {
+    const auto server = Run(options);
     EXPECT_EQ(server->Wait(), 1) << reason;
     EXPECT_EQ(server->output(), "QCMAP_ConnectionManager: " + reason + "\n");
   }
