@@ -14,6 +14,10 @@ namespace sim {
 namespace {
 
 constexpr size_t kMaxClients = 128;
+/// A program keeps its place for so long without a command.
+constexpr std::chrono::seconds kPatience{5};
+/// Bytes of all answers that wait for their readers.
+constexpr size_t kMaxUnread = size_t{4} << 20;
 
 }  // namespace
 
@@ -25,6 +29,15 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
       : io_(io), commands_(commands), socket_(std::move(socket)) {}
 
   bool IsOpen() const { return socket_.is_open(); }
+  /// When it was answered last, or when its answer is due.
+  Clock::time_point answer_at() const { return answer_at_; }
+  bool IsSilent() const { return !has_answer_ && Clock::now() - answer_at_ >= kPatience; }
+  /// Bytes that its answer holds until it has been sent.
+  size_t UnreadBytes() const { return has_answer_ ? answer_.capacity() : 0; }
+  void Close() {
+    asio::error_code ignored;
+    socket_.close(ignored);
+  }
   /// Sends an answer that is due, or waits for whatever comes next. Returns when to be called
   /// again.
   Clock::time_point Arm() {
@@ -63,11 +76,6 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
     // The end of a connection can be reported to one that has taken its place since.
     if (HasEnded(socket_.native_handle())) Close();
   }
-  void Close() {
-    asio::error_code ignored;
-    socket_.close(ignored);
-  }
-
   void Receive() {
     std::array<char, kMaxCommandBytes> bytes;
     const ssize_t size =
@@ -100,6 +108,7 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
       has_answer_ = size < answer_.size();
       answer_.erase(0, size);
     }
+    answer_ = std::string();  // without its memory
   }
 
   asio::io_context& io_;
@@ -112,7 +121,7 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
   std::string answer_;
   /// The first byte of the last part of the answer.
   char last_{};
-  Clock::time_point answer_at_{};
+  Clock::time_point answer_at_ = Clock::now();
   Timeline::Time awaited_{};
 };
 
@@ -131,14 +140,39 @@ void Control::Arm() {
   auto wake_at = kNever;
   for (const auto& client : clients_) wake_at = std::min(wake_at, client->Arm());
   alarm_.Set(wake_at);
+  LimitUnread();
   const auto is_closed = [](const auto& client) { return !client->IsOpen(); };
   clients_.erase(std::remove_if(clients_.begin(), clients_.end(), is_closed), clients_.end());
 }
 
 void Control::Add(Protocol::socket socket) {
+  if (clients_.size() >= kMaxClients) CutSilent();
   if (clients_.size() >= kMaxClients)
     return complaints_.Add("too many programs control the server, one refused");
   clients_.push_back(std::make_shared<ControlClient>(io_, commands_, std::move(socket)));
+}
+
+void Control::CutSilent() {
+  const auto silent = std::find_if(clients_.begin(), clients_.end(),
+                                   [](const auto& client) { return client->IsSilent(); });
+  if (silent == clients_.end()) return;
+  complaints_.Add("a program sent no command, connection closed");
+  clients_.erase(silent);
+}
+
+void Control::LimitUnread() {
+  size_t unread = 0;
+  for (const auto& client : clients_) unread += client->UnreadBytes();
+  while (unread > kMaxUnread) {
+    const auto oldest =
+        std::min_element(clients_.begin(), clients_.end(), [](const auto& one, const auto& other) {
+          return std::pair(one->UnreadBytes() == 0, one->answer_at()) <
+                 std::pair(other->UnreadBytes() == 0, other->answer_at());
+        });
+    complaints_.Add("a program does not read its answers, connection closed");
+    unread -= (*oldest)->UnreadBytes();
+    clients_.erase(oldest);
+  }
 }
 
 }  // namespace sim

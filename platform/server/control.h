@@ -26,6 +26,10 @@ class Control : public Activity {
 
  private:
   void Add(Protocol::socket socket);
+  /// Cuts off a program that has been silent for a while, so that another one has its place.
+  void CutSilent();
+  /// Cuts off the programs that have not read their answers for the longest time.
+  void LimitUnread();
 
   asio::io_context& io_;
   Commands& commands_;

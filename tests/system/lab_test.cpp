@@ -56,6 +56,7 @@ TEST_F(Lab, ManyThatControlDisturbNobody) {
   constexpr size_t kPlaces = 128;
   Start({"--profiles", "50"});
   const auto before = Descriptors();
+  const size_t memory = Status();
   const std::string sent[] = {"show --json", std::string(8000, 'x'), "sleep 60000", ""};
   std::vector<int> deaf;
   size_t commands = 0;
@@ -83,6 +84,20 @@ TEST_F(Lab, ManyThatControlDisturbNobody) {
   for (int i = 0; i < 2; ++i) deaf.push_back(RawSocket(sim::ControlPath(path_)));
   EXPECT_EQ(Receive(deaf.back()), "");
   EXPECT_TRUE(server_->WaitForOutput("too many programs control the server, one refused\n"));
+  const auto is_served = [&] {
+    const int fd = RawSocket(sim::ControlPath(path_));
+    ::send(fd, "echo here", 9, MSG_NOSIGNAL);
+    const bool is_answered = Receive(fd) == "=here\n";
+    ::close(fd);
+    return is_answered;
+  };
+  EXPECT_TRUE(Eventually(is_served)) << "in the place of a silent program";
+  // Each byte of these names becomes six of the answer.
+  for (int16_t id = 1; id <= 2000; ++id)
+    client.SetVLANConfig({"\2\2\2\2\2\2\2\2\2\2\2\2\2\2\2", id, {}}, nullptr, nullptr);
+  for (const int fd : deaf) ::send(fd, "show --json", 11, MSG_NOSIGNAL);
+  EXPECT_TRUE(Eventually([&] { return Descriptors() < before + 32; })) << "most are cut off";
+  EXPECT_LE(Status(), memory + 8192) << "kilobytes";
   for (const int fd : deaf) ::close(fd);
 }
 
