@@ -44,7 +44,7 @@ void Connection::Close() noexcept {
   asio::error_code ignored;
   socket_.close(ignored);
   if (gets_indications_) hub_.record_.Session(peer_, "closed");
-  limit_ = held_until_ = kNever;
+  opening_limit_ = reading_limit_ = held_until_ = kNever;
   hub_.OnClose(client_.get());
 }
 
@@ -55,14 +55,15 @@ void Connection::CloseBecause(const char* reason) noexcept {
   Close();
 }
 
-void Connection::SetTimeLimit(const char* reason) {
-  limit_ = Clock::now() + kTimeLimit;
-  limit_reason_ = reason;
-  hub_.WakeAt(limit_);
+void Connection::LimitOpening(const char* reason) {
+  opening_limit_ = Clock::now() + kTimeLimit;
+  opening_limit_reason_ = reason;
+  hub_.WakeAt(opening_limit_);
 }
 
 void Connection::OnTime(Clock::time_point now) noexcept {
-  if (now >= limit_) return CloseBecause(limit_reason_);
+  if (now >= opening_limit_) return CloseBecause(opening_limit_reason_);
+  if (now >= reading_limit_) return CloseBecause("a client does not read its replies");
   if (now < held_until_) return;
   held_until_ = kNever;
   Guard(held_);
@@ -70,7 +71,7 @@ void Connection::OnTime(Clock::time_point now) noexcept {
 
 void Connection::Begin() {
   if (hub_.record_.IsOn()) peer_ = PeerOf(socket_.native_handle());
-  SetTimeLimit("a client sent nothing");
+  LimitOpening("a client sent nothing");
   AwaitEnd();
   AwaitRequest();
 }
@@ -129,12 +130,12 @@ std::string Connection::Open(const Datagram& datagram) {
     client_ = std::make_shared<ClientState>();
     client_->ticket.handle = hub_.NewHandle();
     for (uint32_t& part : client_->ticket.key) part = std::random_device()();
-    SetTimeLimit("a client did not open its second connection");
+    LimitOpening("a client did not open its second connection");
   } else {
     client_ = hub_.Join(ticket);
     if (client_ == nullptr) return close_because("a client opened a session that is not its own");
     is_second_ = true;
-    limit_ = kNever;
+    opening_limit_ = kNever;
   }
   peer_.handle = client_->ticket.handle;
   return MakeDatagram(datagram.header.id, datagram.header.transaction, QMI_ERR_NONE_V01,
@@ -145,10 +146,11 @@ std::string Connection::Open(const Datagram& datagram) {
 void Connection::Answer() {
   const int ready = Poll(socket_.native_handle(), POLLOUT | POLLRDHUP);
   if (ready == 0) {
-    if (limit_ == kNever) SetTimeLimit("a client does not read its replies");
+    if (reading_limit_ == kNever) reading_limit_ = Clock::now() + kTimeLimit;
+    hub_.WakeAt(reading_limit_);
     return Await(asio::socket_base::wait_write, &Connection::Answer);
   }
-  if (client_ != nullptr && client_->has_both_connections) limit_ = kNever;
+  reading_limit_ = kNever;
   const auto datagram = ParseDatagram(received_.data(), received_size_);
   if (IsGivenUp(datagram->header, ready)) {
     hub_.record_.GivenUp(peer_, datagram->header.id);

@@ -34,7 +34,9 @@ class Connection : public std::enable_shared_from_this<Connection> {
   /// Does what is due.
   void OnTime(Clock::time_point now) noexcept;
   /// When OnTime() is to be called.
-  Clock::time_point NextTime() const { return std::min(limit_, held_until_); }
+  Clock::time_point NextTime() const {
+    return std::min({opening_limit_, reading_limit_, held_until_});
+  }
   void Close() noexcept;
   bool IsOpen() const { return socket_.is_open(); }
 
@@ -69,13 +71,15 @@ class Connection : public std::enable_shared_from_this<Connection> {
   void OnRoom();
   bool Send(const std::string& datagram);
   void CloseBecause(const char* reason) noexcept;
-  /// Closes the connection after the time limit.
-  void SetTimeLimit(const char* reason);
+  /// Closes the connection after the time limit unless the session is open by then.
+  void LimitOpening(const char* reason);
 
   Hub& hub_;
   Protocol::socket socket_;
-  Clock::time_point limit_ = kNever;
-  const char* limit_reason_ = nullptr;
+  Clock::time_point opening_limit_ = kNever;
+  const char* opening_limit_reason_ = nullptr;
+  /// When there must be room for the reply.
+  Clock::time_point reading_limit_ = kNever;
   /// Null until the session is opened.
   std::shared_ptr<ClientState> client_;
   std::array<unsigned char, 512> received_;

@@ -9,6 +9,7 @@ namespace sim {
 namespace {
 
 constexpr size_t kMaxConnections = 256;
+constexpr size_t kMaxDelayed = 10000;
 /// No client has it.
 constexpr uint32_t kForeignHandle = 5000;
 /// An element that ends before its value does.
@@ -25,6 +26,7 @@ Hub::Hub(asio::io_context& io, Faults& faults, Record& record, Complaints& compl
           [this] { PrepareClient(); }),
       alarm_(io, [this] { OnTime(); }) {
   connections_.reserve(kMaxConnections);
+  delayed_.reserve(kMaxDelayed);
 }
 
 Hub::~Hub() = default;
@@ -74,7 +76,7 @@ std::shared_ptr<ClientState> Hub::Join(const SessionTicket& ticket) {
     const auto& client = connection->client_;
     if (client == nullptr || client->has_both_connections || !(client->ticket == ticket)) continue;
     client->has_both_connections = true;
-    connection->limit_ = kNever;
+    connection->opening_limit_ = kNever;
     return client;
   }
   return nullptr;
@@ -108,13 +110,12 @@ void Hub::Indicate(uint32_t receiver, const Indication& indication) noexcept {
 }
 
 void Hub::Delay(Milliseconds delay, const IndicationLog::Entry& entry) noexcept {
-  try {
-    delayed_.push_back({Clock::now() + delay, entry});
-    WakeAt(delayed_.back().until);
-  } catch (const std::bad_alloc&) {
-    complaints_.Add("no memory to delay an indication");
-    Add(entry);
+  if (delayed_.size() == kMaxDelayed) {
+    complaints_.Add("too many indications are delayed, one sent at once");
+    return Add(entry);
   }
+  delayed_.push_back({Clock::now() + delay, entry});
+  WakeAt(delayed_.back().until);
 }
 
 void Hub::SendDelayed(Clock::time_point now) noexcept {

@@ -69,7 +69,7 @@ class Hub : public Activity {
   Alarm alarm_;
   Clock::time_point wake_at_ = kNever;
   IndicationLog log_;
-  /// Indications that a fault delays, in no order.
+  /// Indications that a fault delays, in no order. Room for all is reserved.
   std::vector<Delayed> delayed_;
   uint32_t next_handle_ = 5001;
 };

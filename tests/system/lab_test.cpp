@@ -101,6 +101,13 @@ TEST_F(Lab, ManyThatControlDisturbNobody) {
   for (const int fd : deaf) ::close(fd);
 }
 
+TEST_F(Lab, TenThousandIndicationsAreDelayedAtMost) {
+  Start();
+  Control("delay indications 3600000");
+  for (int i = 0; i < 10001; ++i) Control("indicate 41 1");
+  EXPECT_TRUE(server_->WaitForOutput(": too many indications are delayed, one sent at once\n"));
+}
+
 TEST_F(Lab, ScenarioMayComeFromAPipe) {
   const auto start = std::chrono::steady_clock::now();
   // The lines of a pipe come later, and the last one may end without its newline.

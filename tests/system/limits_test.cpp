@@ -24,15 +24,16 @@ TEST_F(Limits, PlacesOfClientsThatDoNotOpenTheirSessionAreFreeInTime) {
   QCMAP_Client open(nullptr);
   const auto before = Descriptors();
   const auto start = steady_clock::now();
-  // The first one opens its session, but reads no replies.
+  // The first one reads no replies, and then opens its second connection.
   std::vector<int> peers = {RawSocket(path_), RawSocket(path_)};
-  Send(peers[1], OpenSession(OpenHalf(peers[0])));
-  EXPECT_FALSE(Receive(peers[1]).empty());
+  const auto ticket = OpenHalf(peers[0]);
   const std::string request = sim::MakeDatagram(sim::message::GetWWANPolicyList::kId, 2, 0, "");
   // Once the server has taken nothing for a while, it waits for room for a reply.
   for (auto last = steady_clock::now(); steady_clock::now() - last < milliseconds(50);)
     if (::send(peers[0], request.data(), request.size(), MSG_DONTWAIT) > 0)
       last = steady_clock::now();
+  Send(peers[1], OpenSession(ticket));
+  EXPECT_FALSE(Receive(peers[1]).empty());
   while (peers.size() < kPlaces - 2) {
     peers.push_back(RawSocket(path_));
     if (peers.size() % 2 == 0) OpenHalf(peers.back());
