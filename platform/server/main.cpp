@@ -12,6 +12,7 @@
 
 #include "mox/vendor/qcom/qcmap/version.h"
 #include "protocol/control.h"
+#include "protocol/standard_streams.h"
 #include "server/console.h"
 #include "server/control.h"
 #include "server/hub.h"
@@ -209,18 +210,10 @@ int Run(int argc, char** argv) {
   return 0;
 }
 
-/// The server's own descriptors must not take the places of standard streams that are closed.
-void OpenStandardStreams() {
-  for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-    // A new descriptor takes the lowest place that is free, which is this one.
-    if (::fcntl(fd, F_GETFD) < 0) ::open("/dev/null", O_RDWR);
-  }
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
-  OpenStandardStreams();
+  sim::OpenStandardStreams();
   // The server must survive when the reader of its output exits, and when its log is too large.
   for (const int signal : {SIGPIPE, SIGXFSZ}) ::signal(signal, SIG_IGN);
   try {

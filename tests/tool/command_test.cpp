@@ -56,7 +56,7 @@ enum LauncherFailure : int { kFailed = 125, kNotExecutable = 126, kNotFound = 12
 
 TEST(Launcher, EndsAsTheProgramDoesAndLeavesNothingBehind) {
   const Row rows[] = {
-      {"exec mvq-qcmap-sim -- sh -c 'exit 7'", 7, ""},
+      {"exec mvq-qcmap-sim -- sh -c 'exit 7' <&- >&- 2>&-", 7, ""},
       {"exec mvq-qcmap-sim -- sh -c 'kill -USR1 $$'", -SIGUSR1, ""},
       {"exec mvq-qcmap-sim -- /nonexistent", kNotFound, ""},
       {"exec mvq-qcmap-sim -- /etc/passwd", kNotExecutable, ""},

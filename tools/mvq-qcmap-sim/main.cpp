@@ -24,6 +24,7 @@
 #include "launch/program.h"
 #include "mox/vendor/qcom/qcmap/version.h"
 #include "protocol/control.h"
+#include "protocol/standard_streams.h"
 
 namespace {
 
@@ -199,6 +200,7 @@ int Replay(std::vector<std::string> words) {
 }  // namespace
 
 int main(int argc, char* argv[]) {
+  sim::OpenStandardStreams();
   const std::vector<std::string> words(argv + 1, argv + argc);
   const auto separator = std::find(words.begin(), words.end(), "--");
   const auto given = [&](const char* letter, const char* name) {
