@@ -61,11 +61,18 @@ TEST(Launcher, EndsAsTheProgramDoesAndLeavesNothingBehind) {
       {"exec mvq-qcmap-sim -- /nonexistent", kNotFound, ""},
       {"exec mvq-qcmap-sim -- /etc/passwd", kNotExecutable, ""},
       {"exec mvq-qcmap-sim --profiles 999 -- true", kFailed, ""},
+      {"cd ${0%/*}; cp $(command -v mvq-qcmap-sim) .; ln -s /bin/sh QCMAP_ConnectionManager\n"
+       "timeout -s KILL 20 ./mvq-qcmap-sim -c 'exec sleep 60 >&-' -- true",
+       kFailed, ""},
       {"exec mvq-qcmap-sim -- ", kFailed, ""},
       {"echo in | mvq-qcmap-sim -- cat", 0, "in\n"},
       {"mvq-qcmap-sim -- sleep 60 & sim=$!; once pgrep -P $sim sleep >/dev/null; "
        "kill -TERM $sim; wait $sim; echo $?",
        0, "143\n"},
+      {"mkfifo $0.fifo; mvq-qcmap-sim --scenario $0.fifo -- true & sim=$!\n"
+       "server=$(once pgrep -P $sim QCMAP); kill -INT $sim; kill -TERM $sim; wait $sim; "
+       "echo $?; kill -0 $server 2>&-; echo $?",
+       0, "143\n1\n"},
       {"folder=$(mvq-qcmap-sim -- sh -c 'dirname $QCMAP_SOCKET'); test -e $folder; echo $?", 0,
        "1\n"},
       {"seen=$QCMAP_SOCKET.seen\n"

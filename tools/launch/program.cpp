@@ -2,8 +2,10 @@
 #include "launch/program.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,6 +16,14 @@
 #include <stdexcept>
 #include <system_error>
 #include <utility>
+
+#include "protocol/descriptor.h"
+
+namespace {
+
+constexpr int kPassedOn[] = {SIGHUP, SIGINT, SIGQUIT, SIGTERM};
+
+}  // namespace
 
 namespace launch {
 
@@ -50,7 +60,8 @@ std::string OwnFolder() {
 
 Program::Program() {
   sigemptyset(&awaited_);
-  for (const int signal : {SIGCHLD, SIGHUP, SIGINT, SIGQUIT, SIGTERM}) sigaddset(&awaited_, signal);
+  sigaddset(&awaited_, SIGCHLD);
+  for (const int signal : kPassedOn) sigaddset(&awaited_, signal);
   sigprocmask(SIG_BLOCK, &awaited_, &mask_before_);
 }
 
@@ -58,6 +69,21 @@ void Program::On(int signal, std::function<bool(const siginfo_t&)> handler) {
   handlers_[signal] = std::move(handler);
   sigaddset(&awaited_, signal);
   sigprocmask(SIG_BLOCK, &awaited_, nullptr);
+}
+
+int Program::SignalBeforeInput(int fd) {
+  sigset_t ending;
+  sigemptyset(&ending);
+  for (const int signal : kPassedOn) {
+    struct sigaction action;
+    sigaction(signal, nullptr, &action);
+    if (action.sa_handler != SIG_IGN) sigaddset(&ending, signal);
+  }
+  const sim::Descriptor signals(signalfd(-1, &ending, SFD_CLOEXEC | SFD_NONBLOCK));
+  pollfd waited[] = {{signals.Get(), POLLIN, 0}, {fd, POLLIN, 0}};
+  poll(waited, 2, -1);
+  signalfd_siginfo came;
+  return read(signals.Get(), &came, sizeof came) > 0 ? static_cast<int>(came.ssi_signo) : 0;
 }
 
 int Program::Run(const std::vector<std::string>& words, bool has_input) {

@@ -34,7 +34,7 @@ void UseNoInput();
 std::string OwnFolder();
 
 /// Runs a program. From its construction on, this process and its later threads receive the awaited
-/// signals only while the program runs.
+/// signals only while the program runs, or by SignalBeforeInput.
 class Program {
  public:
   Program();
@@ -42,6 +42,9 @@ class Program {
   /// Has `handler` called when this process receives `signal` while the program runs. Unless it
   /// returns true, the signal is passed on to the program.
   void On(int signal, std::function<bool(const siginfo_t&)> handler);
+  /// Waits until `fd` can be read. Returns 0, or the signal that comes first: one that Run
+  /// would pass on, and that is not ignored.
+  static int SignalBeforeInput(int fd);
   /// Runs the program until it ends, and returns its status as waitpid gives it. SIGHUP, SIGINT,
   /// SIGQUIT and SIGTERM are passed on to it.
   int Run(const std::vector<std::string>& words, bool has_input = true);

@@ -24,6 +24,7 @@
 #include "launch/program.h"
 #include "mox/vendor/qcom/qcmap/version.h"
 #include "protocol/control.h"
+#include "protocol/descriptor.h"
 #include "protocol/standard_streams.h"
 
 namespace {
@@ -101,6 +102,8 @@ class Server {
     std::vector<char*> arguments = launch::ToArguments(options);
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0) launch::FailWithErrno("pipe");
+    output_ = sim::Descriptor(ends[0]);
+    const sim::Descriptor server_end(ends[1]);
     const pid_t parent = getpid();
     pid_ = fork();
     if (pid_ < 0) launch::FailWithErrno("fork");
@@ -114,20 +117,17 @@ class Server {
       sigemptyset(&none);
       sigprocmask(SIG_SETMASK, &none, nullptr);
       if (!reads_input) launch::UseNoInput();
-      dup2(ends[1], STDOUT_FILENO);
+      dup2(server_end.Get(), STDOUT_FILENO);
       execvp(path.c_str(), arguments.data());
       std::fprintf(stderr, "mvq-qcmap-sim: %s: %s\n", path.c_str(), std::strerror(errno));
       _exit(launch::kExitFailed);
     }
-    close(ends[1]);
-    output_ = ends[0];
-    AwaitListening();
-    drain_ = std::thread([this] { PassOutputOn(); });
   }
   ~Server() {
-    // A stopped server must be resumed to end. One that is ending gets time to clean up.
+    // A stopped server must be resumed to end. One that listens gets time to clean up. Before, its
+    // scenario may keep it busy, so that it does not notice the signal.
     kill(pid_, SIGCONT);
-    kill(pid_, SIGTERM);
+    kill(pid_, drain_.joinable() ? SIGTERM : SIGKILL);
     sigset_t child;
     sigemptyset(&child);
     sigaddset(&child, SIGCHLD);
@@ -136,34 +136,31 @@ class Server {
       if (sigtimedwait(&child, nullptr, &patience) < 0 && errno == EAGAIN) kill(pid_, SIGKILL);
     }
     server_has_ended_ = true;
-    drain_.join();
-    close(output_);
+    if (drain_.joinable()) drain_.join();
   }
   Server(const Server&) = delete;
   Server& operator=(const Server&) = delete;
 
- private:
-  /// Waits until the server prints that it listens.
-  void AwaitListening() {
+  /// Waits until the server prints that it listens. Returns 0, or the signal that comes first.
+  int AwaitListening() {
     std::string line;
     char c = 0;
     while (line.rfind("listening on ", 0) != 0 || c != '\n') {
       if (c == '\n') line.clear();
-      if (read(output_, &c, 1) != 1) {
-        int status = 0;
-        waitpid(pid_, &status, 0);
-        close(output_);
-        launch::Fail("the server did not start");
-      }
+      if (const int signal = launch::Program::SignalBeforeInput(output_.Get())) return signal;
+      if (read(output_.Get(), &c, 1) != 1) launch::Fail("the server did not start");
       line += c;
     }
+    drain_ = std::thread([this] { PassOutputOn(); });
+    return 0;
   }
 
+ private:
   /// Later output, such as the console's, goes to standard error, to keep it apart from the
   /// program's. When the server has ended, what nobody reads is dropped.
   void PassOutputOn() const {
     char buffer[PIPE_BUF];  // what a pipe that is ready takes without blocking
-    for (ssize_t got; (got = read(output_, buffer, sizeof buffer)) > 0;) {
+    for (ssize_t got; (got = read(output_.Get(), buffer, sizeof buffer)) > 0;) {
       pollfd errors{STDERR_FILENO, POLLOUT, 0};
       while (poll(&errors, 1, kPatienceMs) == 0)
         if (server_has_ended_) return;
@@ -172,7 +169,7 @@ class Server {
   }
 
   pid_t pid_;
-  int output_;
+  sim::Descriptor output_;
   std::atomic<bool> server_has_ended_{false};
   std::thread drain_;
 };
@@ -181,7 +178,8 @@ int Simulate(const std::vector<std::string>& options, const std::vector<std::str
   launch::Program child;
   const bool console = std::find(options.begin(), options.end(), "--console") != options.end();
   const PrivateFolder folder;
-  const Server server(options, folder.Socket(), console);
+  Server server(options, folder.Socket(), console);
+  if (const int signal = server.AwaitListening()) return signal;
   setenv("QCMAP_SOCKET", folder.Socket().c_str(), 1);
   setenv("QCMAP_CONTROL", sim::ControlPath(folder.Socket()).c_str(), 1);
   return child.Run(program, !console);
