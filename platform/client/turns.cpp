@@ -8,13 +8,22 @@ bool Turns::Take(Deadline deadline) {
   if (!taken_) return taken_ = true;
   Waiter self;
   *LinkTo(nullptr) = &self;
-  if (self.changed.wait_until(lock, deadline, [&] { return self.has_turn; })) return true;
-  *LinkTo(&self) = self.next;
+  try {
+    if (self.changed.wait_until(lock, deadline, [&] { return self.has_turn; })) return true;
+  } catch (...) {  // The thread is cancelled, and the mutex is held again.
+    Leave(self);
+    throw;
+  }
+  Leave(self);
   return false;
 }
 
 void Turns::Pass() {
   const std::lock_guard<std::mutex> lock(mutex_);
+  PassToFirst();
+}
+
+void Turns::PassToFirst() {
   if (first_ == nullptr) {
     taken_ = false;
     return;
@@ -23,6 +32,11 @@ void Turns::Pass() {
   first_ = next.next;
   next.has_turn = true;
   next.changed.notify_one();  // with the mutex held, since the waiter leaves its frame after that
+}
+
+void Turns::Leave(const Waiter& waiter) {
+  if (waiter.has_turn) return PassToFirst();
+  *LinkTo(&waiter) = waiter.next;
 }
 
 Turns::Waiter** Turns::LinkTo(const Waiter* waiter) {

@@ -8,6 +8,7 @@
 namespace sim {
 
 /// Serves callers in the order in which they came. A caller whose deadline passes leaves the queue.
+/// So does one whose thread is cancelled. If it has just been given its turn, it passes it on.
 class Turns {
  public:
   using Deadline = std::chrono::steady_clock::time_point;
@@ -24,6 +25,9 @@ class Turns {
     bool has_turn = false;
     Waiter* next = nullptr;
   };
+  /// These need the mutex.
+  void PassToFirst();
+  void Leave(const Waiter& waiter);
   /// The link of the queue that leads to `waiter`. The last link leads to null.
   Waiter** LinkTo(const Waiter* waiter);
 

@@ -1,5 +1,4 @@
 /// What the threads and children of a program share: one session with the server.
-#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -28,7 +27,7 @@ TEST_F(Threads, AreServedInTheOrderOfTheirCalls) {
   for (uint8_t number = 1; number <= kThreads; ++number) {
     std::atomic<pid_t> id{0};
     threads.push_back(std::async(std::launch::async, [&client, &id, number] {
-      id = static_cast<pid_t>(::syscall(SYS_gettid));
+      id = ::gettid();
       // Whoever asks again does so behind those that are waiting.
       for (const uint8_t of_round : {number, static_cast<uint8_t>(number + kThreads)})
         EXPECT_TRUE(client->CreateWWANPolicy({1, kFamily4, {of_round, of_round}, {}}, nullptr));
@@ -73,12 +72,7 @@ TEST_F(Threads, AreUnharmedByForkedChildrenThatUseTheSession) {
   for (int round = 1; round <= 100 && !HasFailure(); ++round) {
     const int before = requests;
     const pid_t child = ::fork();
-    if (child == 0) {
-      const Child outcome = UseInChild(client);
-      if (round % 2 == 0)
-        ::execl("/bin/sh", "sh", "-c", "exit $0", std::to_string(outcome).c_str(), nullptr);
-      ::_exit(outcome);
-    }
+    if (child == 0) ::_exit(UseInChild(client));
     int status = -1;
     if (!Eventually([&] { return ::waitpid(child, &status, WNOHANG) == child; })) {
       ::kill(child, SIGKILL);
@@ -95,7 +89,7 @@ TEST_F(Threads, AreUnharmedByForkedChildrenThatUseTheSession) {
   EXPECT_TRUE(Eventually([&] { return received == 1; }));
 }
 
-TEST(Turns, CallerWhoseDeadlinePassesLeavesTheQueue) {
+TEST(Turns, CallerWhoseDeadlinePassesOrThreadIsCancelledLeavesTheQueue) {
   sim::Turns turns;
   const auto later = steady_clock::now() + kPatience;
   ASSERT_TRUE(turns.Take(later));
@@ -103,6 +97,18 @@ TEST(Turns, CallerWhoseDeadlinePassesLeavesTheQueue) {
   EXPECT_FALSE(turns.Take(steady_clock::now() + milliseconds(20)));
   turns.Pass();
   EXPECT_TRUE(patient.get());
+  for (int round = 0; round < 100; ++round) {
+    ASSERT_TRUE(turns.Take(later)) << "round " << round;
+    std::atomic<pid_t> id{0};
+    std::thread cancelled([&] {
+      id = ::gettid();
+      const sim::Turn turn(turns, later);
+    });
+    Eventually([&] { return id != 0 && IsAsleep(id); });
+    ::pthread_cancel(cancelled.native_handle());
+    turns.Pass();  // maybe to the thread that is cancelled
+    cancelled.join();
+  }
   EXPECT_TRUE(turns.Take(later));
 }
 
