@@ -143,6 +143,7 @@ qmi_error_type_v01 Session::Exchange(Socket& socket, uint32_t id, const void* re
       id, ++transaction_, 0, static_cast<uint32_t>(length), ToMonotonicTime(deadline), profile_, 0};
   Send(socket, header, request, deadline);
   const auto answer = Receive(socket, header, deadline);
+  if (lost_) ReportLoss();
   if (!answer) return QMI_ERR_INTERNAL_V01;
   if (answer->header.error != 0) return static_cast<qmi_error_type_v01>(answer->header.error);
   if (!unpack(*answer, reply)) return QMI_ERR_INTERNAL_V01;
@@ -191,11 +192,7 @@ void Session::ReceiveIndications() {
   while (!stopping_) {
     // No signal interrupts this thread.
     const ssize_t received = ::recv(indications_.fd(), bytes, sizeof bytes, MSG_TRUNC);
-    if (received <= 0) {
-      if (!stopping_)
-        ::syslog(LOG_ERR, "QCMAP_Client: lost the server, every request fails from now on\n");
-      return;
-    }
+    if (received <= 0) return ReportLoss();
     const auto size = static_cast<size_t>(received);
     if (size > sizeof bytes) continue;
     const auto indication = ParseDatagram(bytes, size);
@@ -203,6 +200,11 @@ void Session::ReceiveIndications() {
     callback_(reinterpret_cast<qmi_client_struct*>(this), indication->header.id, indication->record,
               indication->header.length, nullptr);
   }
+}
+
+void Session::ReportLoss() {
+  if (handle_ == 0 || stopping_ || loss_reported_.exchange(true)) return;
+  ::syslog(LOG_ERR, "QCMAP_Client: lost the server, every request fails from now on\n");
 }
 
 }  // namespace sim

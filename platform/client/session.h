@@ -33,7 +33,7 @@ class Socket {
 /// within its time limit, which includes the wait for other threads' requests. A session whose
 /// server has gone does not connect to a new one, because that server would not know which profile
 /// the caller has selected. All its requests then fail at once.
-/// The indication thread reports the loss in the system log.
+/// The first to notice the loss, a request or the indication thread, reports it in the system log.
 ///
 /// A session belongs to the process that opened it. In a forked child, every request fails at once
 /// and the destructor only closes the child's descriptors. Neither touches the connections or a
@@ -79,6 +79,8 @@ class Session {
   std::optional<Datagram> Receive(Socket& socket, const Header& request, Deadline deadline);
   bool IsInForkedChild() const { return ::getpid() != process_; }
   void ReceiveIndications();
+  /// Logs, once, that the server has gone. Does nothing before the session is open or when it ends.
+  void ReportLoss();
 
   const pid_t process_ = ::getpid();
   const std::chrono::milliseconds limit_;
@@ -97,7 +99,7 @@ class Session {
   unsigned char reply_[kMaxDatagramBytes];
 
   uint32_t handle_ = 0;
-  std::atomic<bool> stopping_{false};
+  std::atomic<bool> stopping_{false}, loss_reported_{false};
   Callback callback_ = nullptr;
   /// Not a std::thread, because a forked child can neither join nor detach its parent's thread.
   std::optional<pthread_t> thread_;

@@ -122,7 +122,6 @@ TEST_F(Fault, MalformedRequestsHarmNobodyElse) {
     ::close(fd);
     EXPECT_TRUE(honest.GetMobileAPStatus(kAnything, nullptr));
     EXPECT_TRUE(Eventually([&] { return Descriptors() == before; }));
-    Stop();
   }
 }
 

@@ -144,7 +144,6 @@ milliseconds Limits::LongestPauseBesideDeafClients() {
   constexpr size_t kDeaf = 120;
   constexpr uint32_t kCount = 3000;
   subscriber.received = subscriber.out_of_order = 0;
-  Stop();
   Start({"--console"});
   const size_t kilobytes = Status();
   std::vector<int> deaf;

@@ -36,15 +36,18 @@ class Loss : public SimulatedServer {
 
 TEST_F(Loss, IsLoggedOnceWhenItHappensAndNotAtTheEndOfTheSession) {
   Start();
-  { const QCMAP_Client ended(kIgnore); }
-  QCMAP_Client asking(kIgnore), left_alone(kIgnore);
-  EXPECT_TRUE(asking.ActivateLAN(kAnything));
-  EXPECT_EQ(Log(), "") << "of the client that has ended its session";
+  Control("die OpenSession before");
+  EXPECT_EQ(QCMAP_Client(kIgnore).mobile_ap_handle, 0u);
+  Start();
+  for (int i = 0; i < 20; ++i) EXPECT_TRUE(QCMAP_Client(kIgnore).ActivateLAN(kAnything));
+  QCMAP_Client asking(kIgnore), left_alone(kIgnore), without_thread(nullptr);
+  EXPECT_EQ(Log(), "") << "of a client that opened no session and those that have ended theirs";
   Control("die ActivateLAN before");
   EXPECT_FALSE(asking.ActivateLAN(kAnything));
   EXPECT_TRUE(Eventually([&] { return Log() == kLost + kLost; })) << Log();
-  EXPECT_FALSE(left_alone.ActivateLAN(kAnything));
-  EXPECT_EQ(Log(), kLost + kLost);
+  for (auto* client : {&left_alone, &without_thread, &without_thread})
+    EXPECT_FALSE(client->ActivateLAN(kAnything));
+  EXPECT_EQ(Log(), kLost + kLost + kLost);
 }
 
 TEST_F(Loss, RootNamesAServerOfAnotherUserInTheLog) {

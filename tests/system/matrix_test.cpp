@@ -91,7 +91,6 @@ TEST_F(Matrix, EachRequestWithEachFaultEndsAsDocumentedAndTheNextOneWorks) {
       }));
     }
     checks.clear();
-    Stop();
   }
 }
 
@@ -108,7 +107,6 @@ TEST_F(Matrix, NothingWorksOnceTheServerHasDied) {
       times.push_back(Check(kDead, request, *client));
       Start();  // No client connects to a server that was started after it.
       Check(kDead, request, *client);
-      Stop();
     }
   }
   std::sort(times.begin(), times.end());

@@ -14,8 +14,8 @@ std::string LastError();
 std::string LastLine();
 void ForgetErrors();
 
-/// Has `handler` called on the library's thread when the client logs that it has lost its server. A
-/// vendor's client may not log that. An empty handler ends this.
+/// Has `handler` called when the client logs that it has lost its server, on the thread that logs.
+/// A vendor's client may not log that. An empty handler ends this.
 void OnServerLost(std::function<void()> handler);
 
 }  // namespace qcmapctl
