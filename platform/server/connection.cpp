@@ -12,6 +12,8 @@ namespace {
 /// How long a client may take to send its first datagram, to open its second connection, and to
 /// read a reply.
 constexpr std::chrono::seconds kTimeLimit{5};
+/// A client that makes no room for so long does not read its indications.
+constexpr std::chrono::seconds kReadingPause{1};
 
 /// Whether the caller no longer waits for the reply. Then the request must not be carried out,
 /// since the caller would not learn of it.
@@ -198,11 +200,17 @@ void Connection::FlushIndications() {
       if (!is_sent) {
         Await(asio::socket_base::wait_write, &Connection::OnRoom);
         awaits_room_ = true;
+        full_since_ = Clock::now();
         return;
       }
     }
     position_ = next;
   }
+}
+
+bool Connection::IsCatchingUp() const {
+  return awaits_room_ && hub_.log_.IsFarBehind(position_) &&
+         Clock::now() - full_since_ < kReadingPause;
 }
 
 void Connection::OnRoom() {

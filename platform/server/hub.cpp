@@ -134,6 +134,11 @@ void Hub::IndicateRaw(uint32_t id, std::string_view elements) noexcept {
   Add({0, {id, 0}, true, elements});
 }
 
+bool Hub::AwaitsReaders() const {
+  return std::any_of(connections_.begin(), connections_.end(),
+                     [](const auto& connection) { return connection->IsCatchingUp(); });
+}
+
 void Hub::Add(const IndicationLog::Entry& entry) noexcept {
   // They are recorded when they happen, not when a slow client has room for them.
   if (record_.IsOn()) {

@@ -33,6 +33,8 @@ class Hub : public Activity {
   void Indicate(uint32_t receiver, const Indication& indication) noexcept;
   /// Sends `elements` to all clients without checking them.
   void IndicateRaw(uint32_t id, std::string_view elements) noexcept;
+  /// Whether a client is far behind with its indications, but reads them.
+  bool AwaitsReaders() const;
 
  private:
   friend class Connection;

@@ -42,6 +42,9 @@ class IndicationLog {
   /// Whether the entry at `position` has been overwritten.
   bool IsLost(Position position) const { return end_ - position > kBytes; }
 
+  /// Whether the entry at `position` will be overwritten before long.
+  bool IsFarBehind(Position position) const { return end_ - position > kBytes / 4; }
+
   /// Whether so much of the ring is in use that Restart() is worthwhile.
   bool IsWorthRestarting() const { return end_ % kBytes > kBytes / 64; }
   /// Goes back to the start of the ring and returns its memory to the system until it is used

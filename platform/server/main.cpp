@@ -191,10 +191,12 @@ int Run(int argc, char** argv) {
   sim::Faults faults;
   sim::Record record(streams.errors);
   sim::Hub hub(io, faults, record, streams.about_clients);
-  sim::Model model{sim::Modem(io, Settings(options),
-                              [&hub](uint32_t receiver, const sim::Indication& indication) {
-                                hub.Indicate(receiver, indication);
-                              }),
+  sim::Model model{sim::Modem(
+                       io, Settings(options),
+                       [&hub](uint32_t receiver, const sim::Indication& indication) {
+                         hub.Indicate(receiver, indication);
+                       },
+                       [&hub] { return hub.AwaitsReaders(); }),
                    {}};
   Sockets sockets(options.socket);
   // Nobody else's record is lost, since whoever records at this path has locked the sockets.

@@ -49,9 +49,12 @@ qcmap_msgr_wwan_status_enum_v01 Profile::Status(FamilyIndex family) const {
   return Code(family, families[family].phase);
 }
 
-Modem::Modem(asio::io_context& io, const Settings& settings, Indicate indicate)
+Modem::Modem(asio::io_context& io, const Settings& settings, Indicate indicate,
+             std::function<bool()> must_wait)
     : settings_(settings),
-      timeline_(io, settings.manual_clock, [this](const Timeline::Event& event) { OnTime(event); }),
+      timeline_(
+          io, settings.manual_clock, [this](const Timeline::Event& event) { OnTime(event); },
+          std::move(must_wait)),
       indicate_(std::move(indicate)),
       network_(settings.network) {
   for (size_t i = 0; i < settings.profiles; ++i) {

@@ -71,7 +71,10 @@ class Modem : public Activity {
   /// not throw.
   using Indicate = std::function<void(uint32_t receiver, const Indication&)>;
 
-  Modem(asio::io_context& io, const Settings& settings, Indicate indicate);
+  /// While `must_wait` holds, time does not advance any further.
+  Modem(
+      asio::io_context& io, const Settings& settings, Indicate indicate,
+      std::function<bool()> must_wait = [] { return false; });
 
   void Arm() override { timeline_.Arm(); }
   Timeline& timeline() { return timeline_; }

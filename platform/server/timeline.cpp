@@ -10,12 +10,17 @@ namespace {
 
 /// How long clients may have to wait for events that fall due together.
 constexpr std::chrono::milliseconds kMaxTurn{1};
+constexpr std::chrono::milliseconds kPause{1};
 constexpr std::chrono::hours kMaxAdvance{24 * 366 * 100};
 
 }  // namespace
 
-Timeline::Timeline(asio::io_context& io, bool is_manual, std::function<void(const Event&)> happen)
-    : is_manual_(is_manual), happen_(std::move(happen)), alarm_(io, [this] { Proceed(); }) {}
+Timeline::Timeline(asio::io_context& io, bool is_manual, std::function<void(const Event&)> happen,
+                   std::function<bool()> must_wait)
+    : is_manual_(is_manual),
+      happen_(std::move(happen)),
+      must_wait_(std::move(must_wait)),
+      alarm_(io, [this] { Proceed(); }) {}
 
 void Timeline::Add(const Event& event) noexcept {
   const auto is_earlier = [](const Event& a, const Event& b) { return a.at < b.at; };
@@ -38,7 +43,7 @@ Timeline::Time Timeline::Advance(std::chrono::milliseconds duration) {
 
 void Timeline::Arm() {
   if (is_manual_) {
-    alarm_.Set(now_ < target_ ? Time() : kNever);
+    alarm_.Set(now_ < target_ ? next_turn_at_ : kNever);
   } else {
     alarm_.Set(queue_.empty() ? kNever : queue_.front().at);
   }
@@ -46,6 +51,10 @@ void Timeline::Arm() {
 
 void Timeline::Proceed() {
   const Time start = Clock::now();
+  if (is_manual_ && must_wait_()) {
+    next_turn_at_ = start + kPause;
+    return;
+  }
   const Time end = is_manual_ ? target_ : start;
   while (!queue_.empty() && queue_.front().at <= end) {
     if (Clock::now() - start >= kMaxTurn) return;

@@ -26,8 +26,10 @@ class Timeline : public Activity {
     FamilyIndex family;
   };
 
-  /// `happen` gets each event at its time. It must not throw.
-  Timeline(asio::io_context& io, bool is_manual, std::function<void(const Event&)> happen);
+  /// `happen` gets each event at its time. It must not throw. While `must_wait` holds, no advance
+  /// goes on.
+  Timeline(asio::io_context& io, bool is_manual, std::function<void(const Event&)> happen,
+           std::function<bool()> must_wait);
 
   Time Now() const { return is_manual_ ? now_ : Clock::now(); }
   Time start() const { return start_; }
@@ -48,10 +50,13 @@ class Timeline : public Activity {
 
   const bool is_manual_;
   const std::function<void(const Event&)> happen_;
+  const std::function<bool()> must_wait_;
   Alarm alarm_;
   const Time start_ = Clock::now();
   /// These are used only when time stands still.
   Time now_ = start_, target_ = start_;
+  /// When the machine lets an advance go on.
+  Time next_turn_at_{};
   std::vector<Event> queue_;
 };
 

@@ -38,6 +38,19 @@ TEST_F(Lab, DayIsTheSameEveryTimeAndTakesSeconds) {
   EXPECT_EQ(days.size(), 1u) << Record();
 }
 
+TEST_F(Lab, AdvanceGoesNoFasterThanClientsRead) {
+  Start({"--clock", "manual", "--call-time", "1"});
+  QCMAP_Client client([](auto...) {
+    const auto start = std::chrono::steady_clock::now();
+    while (std::chrono::steady_clock::now() - start < std::chrono::microseconds(20)) continue;
+  });
+  EXPECT_TRUE(client.EnableMobileAP(nullptr));
+  EXPECT_TRUE(client.SetAutoconnect(1, nullptr));
+  Control("fail-call 0 4");
+  Control("advance 18h");
+  EXPECT_TRUE(client.EnableMobileAP(nullptr)) << "it was cut off";
+}
+
 TEST_F(Lab, FullDiskIsReportedOnceAndStopsNothing) {
   server_ = std::make_unique<Process>(
       "/bin/sh", std::vector<std::string>{
