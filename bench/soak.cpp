@@ -187,6 +187,10 @@ TEST_F(Soak, HonestClientsNoticeNothingOfTheOthers) {
   std::printf(
       "99 of 100 requests took at most %.0f us without the others, %.0f us with them: %.2f\n",
       alone, beside, beside / alone);
+  // Only in a long run, because other programs disturb a short one.
+  if (text != nullptr) {
+    EXPECT_LE(beside, 2 * alone);
+  }
 }
 
 }  // namespace

@@ -127,8 +127,9 @@ class MVQ_QCMAP_HIDDEN EventQueue {
 ///
 /// Fork. The connection belongs to the process that made it. In a child process every request fails
 /// at once and no event arrives; the parent is not disturbed. A program that runs as a daemon must
-/// therefore fork before its first GetInstance. One thing may block in the child: an operation that
-/// needs a mutex which another thread of the parent held at the moment of the fork.
+/// therefore fork before its first GetInstance. An operation may block in the child if at the
+/// moment of the fork another thread of the parent was in an operation or received an event: it may
+/// need a mutex which that thread held, such as the one of syslog.
 class MVQ_QCMAP_EXPORT QcmapWrapper {
  public:
   /// The one instance; null until the first GetInstance has returned.
