@@ -25,16 +25,18 @@ class Control : public Activity {
   void Arm() override;
 
  private:
+  friend class ControlClient;
   void Add(Protocol::socket socket);
-  /// Cuts off a program that has been silent for a while, so that another one has its place.
-  void CutSilent();
-  /// Cuts off the programs that have not read their answers for the longest time.
-  void LimitUnread();
+  /// Of the programs with so many unread bytes, cuts off the one that has been idle for the longest
+  /// time, if that was `patience` or more. Returns false when there is none.
+  bool CutIdle(size_t unread, Clock::duration patience, const char* complaint);
 
   asio::io_context& io_;
   Commands& commands_;
   Complaints& complaints_;
   Acceptor acceptor_;
+  /// Bytes of all answers for which there is no room.
+  size_t unread_ = 0;
   /// Rings when a `sleep` is over. The loop then arms this activity.
   Alarm alarm_;
   std::vector<std::shared_ptr<ControlClient>> clients_;
