@@ -31,9 +31,9 @@ struct Header {
   /// out.
   /// kNoDeadline in replies and indications.
   MonotonicTime deadline;
-  /// In a request, handle of the profile that the server last confirmed to this client, or 0 for
-  /// the first in the list when there was none. In a reply, the one to name in the next request. 0
-  /// in an indication.
+  /// In a request, handle of the profile that the server last confirmed to this client. 0 if there
+  /// was no profile yet; the server then takes the first one. In a reply, the one to name in the
+  /// next request. 0 in an indication.
   uint32_t profile;
   uint32_t reserved;
 };

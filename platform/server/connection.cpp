@@ -10,10 +10,8 @@ namespace sim {
 namespace {
 
 /// How long a client may take to send its first datagram, to open its second connection, and to
-/// read a reply.
+/// read a reply or make room for another indication.
 constexpr std::chrono::seconds kTimeLimit{5};
-/// A client that makes no room for so long does not read its indications.
-constexpr std::chrono::seconds kReadingPause{1};
 
 /// Whether the caller no longer waits for the reply. Then the request must not be carried out,
 /// since the caller would not learn of it.
@@ -210,7 +208,7 @@ void Connection::FlushIndications() {
 
 bool Connection::IsCatchingUp() const {
   return awaits_room_ && hub_.log_.IsFarBehind(position_) &&
-         Clock::now() - full_since_ < kReadingPause;
+         Clock::now() - full_since_ < kTimeLimit;
 }
 
 void Connection::OnRoom() {

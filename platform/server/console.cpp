@@ -14,6 +14,8 @@ namespace {
 constexpr size_t kReadBytes = 4096;
 /// How long clients may have to wait for the lines of a script, apart from the last one.
 constexpr Milliseconds kMaxTurn{1};
+/// How often signals are looked for while the first line does not come.
+constexpr Milliseconds kSignalPause{100};
 
 }  // namespace
 
@@ -72,8 +74,8 @@ void Console::RunFirstLines() {
     if (HasLine()) {
       RunLine();
     } else {
-      Read(fd_);
-      io_.poll();  // a signal
+      if (Poll(fd_, POLLIN, kSignalPause) != 0) Read(fd_);
+      io_.poll();  // for signals
     }
   }
   throws_ = false;

@@ -37,6 +37,7 @@ ListeningSocket::ListeningSocket(const std::string& path) : ListeningSocket() {
   lock_name_ = name_ + ".lock";
   if (name_.empty()) Refuse(path, "is a directory");
   OpenDirectory();
+  address_ = Address();
   Lock();
   RemoveStaleSocket();
 }
@@ -94,19 +95,17 @@ void ListeningSocket::RemoveStaleSocket() {
   if (::fstatat(open_directory_.Get(), name_.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return;
   if (!S_ISSOCK(status.st_mode)) Refuse(path, "exists and is not a socket");
   if (status.st_uid != ::geteuid()) Refuse(path, "is another user's socket");
-  const sockaddr_un address = Address();
   const Descriptor probe(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
   const int result =
-      ::connect(probe.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address);
+      ::connect(probe.Get(), reinterpret_cast<const sockaddr*>(&address_), sizeof address_);
   if (result == 0 || errno != ECONNREFUSED) Refuse(path, "a server is already running");
   ::unlinkat(open_directory_.Get(), name_.c_str(), 0);
 }
 
 Descriptor ListeningSocket::Listen() {
-  const sockaddr_un address = Address();
   Descriptor socket(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
   const mode_t before = ::umask(0177);
-  bound_ = ::bind(socket.Get(), reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
+  bound_ = ::bind(socket.Get(), reinterpret_cast<const sockaddr*>(&address_), sizeof address_) == 0;
   ::umask(before);
   if (!bound_ || ::listen(socket.Get(), kBacklog) != 0)
     RefuseForErrno(directory_ + "/" + name_, "cannot listen");

@@ -34,6 +34,7 @@ class ListeningSocket {
   std::string directory_, name_, lock_name_;
   bool made_directory_ = false, bound_ = false;
   Descriptor open_directory_, lock_;
+  sockaddr_un address_{};
 };
 
 }  // namespace sim

@@ -119,7 +119,9 @@ struct Streams {
 
 /// Opens the file of a scenario. Without one it is empty.
 sim::Descriptor OpenScenario(const std::string& path) {
-  sim::Descriptor file(::open(path.empty() ? "/dev/null" : path.c_str(), O_RDONLY | O_CLOEXEC));
+  // Opening a pipe must not wait for its writer.
+  constexpr int kMode = O_RDONLY | O_NONBLOCK | O_CLOEXEC;
+  sim::Descriptor file(::open(path.empty() ? "/dev/null" : path.c_str(), kMode));
   if (!file.IsOpen()) throw std::system_error(errno, std::generic_category(), path);
   return file;
 }
@@ -153,9 +155,6 @@ struct Sockets {
 /// Serves until a signal or a command ends it.
 void Serve(const Options& options, asio::io_context& io, Streams& streams, Sockets& sockets,
            sim::Model& model, sim::Hub& hub, sim::Commands& commands) {
-  asio::signal_set signals(io, SIGINT, SIGTERM);
-  if (EndsWithTerminal()) signals.add(SIGHUP);
-  signals.async_wait([&io](auto, int) { io.stop(); });
   const sim::Descriptor file = OpenScenario(options.scenario);
   sim::Console scenario(io, file.Get(), commands, streams.output, streams.about_scenario);
   try {
@@ -163,9 +162,9 @@ void Serve(const Options& options, asio::io_context& io, Streams& streams, Socke
   } catch (const sim::WrongCommand& wrong) {
     throw sim::WrongCommand(options.scenario + ": " + wrong.what());
   }
-  hub.Accept(sockets.clients.Listen(), model);
   sim::Control control(io, commands, streams.about_clients);
   control.Accept(sockets.programs.Listen());
+  hub.Accept(sockets.clients.Listen(), model);
   sim::Console console(io, STDIN_FILENO, commands, streams.output, streams.about_lines);
   std::vector<sim::Activity*> activities = {
       &streams.output, &streams.errors, &hub, &model.modem, &control, &streams.about_clients};
@@ -198,8 +197,11 @@ int Run(int argc, char** argv) {
                        },
                        [&hub] { return hub.AwaitsReaders(); }),
                    {}};
+  asio::signal_set signals(io, SIGINT, SIGTERM);
+  if (EndsWithTerminal()) signals.add(SIGHUP);
+  signals.async_wait([&io](auto, int) { io.stop(); });
   Sockets sockets(options.socket);
-  // Nobody else's record is lost, since whoever records at this path has locked the sockets.
+  // Opened only now, because a second server on these sockets would empty the first one's record.
   if (!options.log.empty()) record.Open(options.log, model.modem.timeline());
   sim::Commands commands(model, faults, hub, record);
   try {

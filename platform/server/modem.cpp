@@ -11,8 +11,8 @@ namespace {
 constexpr uint8_t kMaxProfileNumber = 24;
 /// How long autoconnect waits after an attempt to connect has failed.
 constexpr Milliseconds kRetryPause{1000};
-/// Bytes of one call, after which its counter stands still.
-constexpr double kMostReceived = 9e18;
+/// Counters stand still here.
+constexpr uint64_t kMaxBytes = uint64_t{1} << 63;
 
 constexpr auto kConnecting = QCMAP_MSGR_WWAN_STATUS_CONNECTING_V01;
 constexpr auto kConnectingFailed = QCMAP_MSGR_WWAN_STATUS_CONNECTING_FAIL_V01;
@@ -209,9 +209,12 @@ void Modem::Report(const Profile& profile, FamilyIndex family, uint32_t indicati
 std::array<uint64_t, 2> Modem::Count(const Family& family) const {
   if (!family.IsUp()) return family.bytes;
   const std::chrono::duration<double> seconds = timeline_.Now() - family.counted;
-  const double received_since = static_cast<double>(settings_.traffic) * seconds.count();
-  const auto received = static_cast<uint64_t>(std::min(received_since, kMostReceived));
-  return {family.bytes[0] + received, family.bytes[1] + received / 10};
+  const double in_all = static_cast<double>(settings_.traffic) * seconds.count();
+  const auto received = static_cast<uint64_t>(std::min(in_all, static_cast<double>(kMaxBytes)));
+  const auto sum = [](uint64_t bytes, uint64_t more) {
+    return bytes < kMaxBytes ? std::min(bytes + more, kMaxBytes) : bytes;
+  };
+  return {sum(family.bytes[0], received), sum(family.bytes[1], received / 10)};
 }
 
 void Modem::SetCounters(Family& family, std::array<uint64_t, 2> bytes) {

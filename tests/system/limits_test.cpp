@@ -159,8 +159,7 @@ milliseconds Limits::LongestPauseBesideDeafClients() {
     std::string elements;
     sim::AppendElement(elements, sim::kMobileApHandleElement, 1);
     sim::AppendElement(elements, sim::kStatusElement, i);
-    // An element that no client knows fills the indication up to a size with which the server's
-    // ring ends in a gap that is too small for anything.
+    // An element that no client knows fills the indication.
     elements += std::string("\x7f\xca\x07", 3) + std::string(0x7ca, '\0');
     commands += "raw 0x5e ";
     for (const char c : elements) {
