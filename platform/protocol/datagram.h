@@ -28,8 +28,7 @@ struct Header {
   /// Bytes of the record.
   uint32_t length;
   /// In a request, the time at which its caller gives up. After that the server does not carry it
-  /// out.
-  /// kNoDeadline in replies and indications.
+  /// out. kNoDeadline in replies and indications.
   MonotonicTime deadline;
   /// In a request, handle of the profile that the server last confirmed to this client. 0 if there
   /// was no profile yet; the server then takes the first one. In a reply, the one to name in the

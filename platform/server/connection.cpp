@@ -10,7 +10,7 @@ namespace sim {
 namespace {
 
 /// How long a client may take to send its first datagram, to open its second connection, and to
-/// read a reply or make room for another indication.
+/// read a reply, and may pause while it reads indications.
 constexpr std::chrono::seconds kTimeLimit{5};
 
 /// Whether the caller no longer waits for the reply. Then the request must not be carried out,
@@ -198,7 +198,6 @@ void Connection::FlushIndications() {
       if (!is_sent) {
         Await(asio::socket_base::wait_write, &Connection::OnRoom);
         awaits_room_ = true;
-        full_since_ = Clock::now();
         return;
       }
     }
@@ -206,9 +205,11 @@ void Connection::FlushIndications() {
   }
 }
 
-bool Connection::IsCatchingUp() const {
-  return awaits_room_ && hub_.log_.IsFarBehind(position_) &&
-         Clock::now() - full_since_ < kTimeLimit;
+bool Connection::IsCatchingUp() {
+  if (!awaits_room_ || !hub_.log_.IsFarBehind(position_)) return false;
+  const auto now = Clock::now();
+  if (reading_.HasGoneOn(socket_.native_handle())) read_at_ = now;
+  return now - read_at_ < kTimeLimit;
 }
 
 void Connection::OnRoom() {

@@ -31,8 +31,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   }
   /// Whether it has sent everything in the hub's log that it is to send.
   bool HasSentAll() const { return !gets_indications_ || position_ == hub_.log_.end(); }
-  /// Whether it is far behind, but has had room for an indication a short time ago.
-  bool IsCatchingUp() const;
+  /// Whether it is far behind, but its client has read something a short time ago.
+  bool IsCatchingUp();
   /// Does what is due.
   void OnTime(Clock::time_point now) noexcept;
   /// When OnTime() is to be called.
@@ -96,8 +96,8 @@ class Connection : public std::enable_shared_from_this<Connection> {
   bool is_second_ = false;
   bool gets_indications_ = false;
   bool awaits_room_ = false;
-  /// When it began to wait for room.
-  Clock::time_point full_since_{};
+  Reading reading_;
+  Clock::time_point read_at_{};
   IndicationLog::Position position_ = 0;
 };
 

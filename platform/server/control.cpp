@@ -18,6 +18,8 @@ constexpr size_t kMaxClients = 128;
 constexpr size_t kMaxUnread = size_t{4} << 20;
 /// How long a program may be idle when its place or its memory is needed.
 constexpr std::chrono::seconds kPatienceForPlace{5}, kPatienceForMemory{1};
+/// How often programs that do not read are looked at while no command is carried out.
+constexpr Milliseconds kPause{100};
 
 }  // namespace
 
@@ -31,7 +33,11 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
   bool IsOpen() const { return socket_.is_open(); }
   /// Since when it neither sends a command nor reads its answer. Never while it waits for a `sleep`
   /// or an `advance`.
-  Clock::time_point IdleSince() const { return has_answer_ && !awaits_room_ ? kNever : active_at_; }
+  Clock::time_point IdleSince() {
+    if (has_answer_ && !awaits_room_) return kNever;
+    if (awaits_room_ && reading_.HasGoneOn(socket_.native_handle())) active_at_ = Clock::now();
+    return active_at_;
+  }
   /// Bytes of an answer for which there is no room.
   size_t UnreadBytes() const { return awaits_room_ ? answer_.capacity() : 0; }
   /// Sends an answer that is due, or waits for whatever comes next. Returns when to be called
@@ -113,6 +119,7 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
         if (errno != EAGAIN) return Close();
         Await(asio::socket_base::wait_write, &ControlClient::OnRoom);
         awaits_room_ = true;
+        reading_.HasGoneOn(socket_.native_handle());
         return;
       }
       has_answer_ = size < answer_.size();
@@ -132,6 +139,7 @@ class ControlClient : public std::enable_shared_from_this<ControlClient> {
   Clock::time_point answer_at_{};
   Timeline::Time awaited_{};
   Clock::time_point active_at_ = Clock::now();
+  Reading reading_;
 };
 
 Control::Control(asio::io_context& io, Commands& commands, Complaints& complaints)
@@ -153,7 +161,7 @@ void Control::Arm() {
   } while (
       unread_ > kMaxUnread &&
       CutIdle(1, kPatienceForMemory, "a program does not read its answers, connection closed"));
-  auto wake_at = unread_ > kMaxUnread ? Clock::now() + kPatienceForMemory / 10 : kNever;
+  auto wake_at = unread_ > kMaxUnread ? Clock::now() + kPause : kNever;
   for (const auto& client : clients_) wake_at = std::min(wake_at, client->Arm());
   alarm_.Set(wake_at);
 }

@@ -11,8 +11,8 @@ namespace {
 constexpr uint8_t kMaxProfileNumber = 24;
 /// How long autoconnect waits after an attempt to connect has failed.
 constexpr Milliseconds kRetryPause{1000};
-/// Counters stand still here.
-constexpr uint64_t kMaxBytes = uint64_t{1} << 63;
+/// Counters stand still here, where the sum of two of them still fits.
+constexpr uint64_t kMaxBytes = INT64_MAX;
 
 constexpr auto kConnecting = QCMAP_MSGR_WWAN_STATUS_CONNECTING_V01;
 constexpr auto kConnectingFailed = QCMAP_MSGR_WWAN_STATUS_CONNECTING_FAIL_V01;
@@ -211,14 +211,12 @@ std::array<uint64_t, 2> Modem::Count(const Family& family) const {
   const std::chrono::duration<double> seconds = timeline_.Now() - family.counted;
   const double in_all = static_cast<double>(settings_.traffic) * seconds.count();
   const auto received = static_cast<uint64_t>(std::min(in_all, static_cast<double>(kMaxBytes)));
-  const auto sum = [](uint64_t bytes, uint64_t more) {
-    return bytes < kMaxBytes ? std::min(bytes + more, kMaxBytes) : bytes;
-  };
-  return {sum(family.bytes[0], received), sum(family.bytes[1], received / 10)};
+  return {std::min(family.bytes[0] + received, kMaxBytes),
+          std::min(family.bytes[1] + received / 10, kMaxBytes)};
 }
 
 void Modem::SetCounters(Family& family, std::array<uint64_t, 2> bytes) {
-  family.bytes = bytes;
+  for (size_t i = 0; i < bytes.size(); ++i) family.bytes[i] = std::min(bytes[i], kMaxBytes);
   family.counted = timeline_.Now();
 }
 

@@ -2,8 +2,10 @@
 #include "server/readiness.h"
 
 #include <fcntl.h>
+#include <linux/sockios.h>
 #include <poll.h>
 #include <sys/epoll.h>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 
 #include <asio/post.hpp>
@@ -31,6 +33,12 @@ int Poll(int fd, short events, std::chrono::milliseconds patience) {
 
 bool HasEnded(int fd) {
   return Poll(fd, 0) != 0;
+}
+
+bool Reading::HasGoneOn(int fd) {
+  const int before = unread_;
+  ::ioctl(fd, SIOCOUTQ, &unread_);
+  return unread_ != before;
 }
 
 Readiness::Readiness(asio::io_context& io, int fd, uint32_t event) : watch_(io) {

@@ -20,6 +20,17 @@ int Poll(int fd, short events, std::chrono::milliseconds patience = {});
 /// Whether the other end of a connection has gone.
 bool HasEnded(int fd);
 
+/// What the other end of a connection has not read yet. A full socket has room for more only when
+/// three quarters of it have been read, so a slow reader makes room only now and then.
+class Reading {
+ public:
+  /// Whether something has been read since the last call, or sent.
+  bool HasGoneOn(int fd);
+
+ private:
+  int unread_ = 0;
+};
+
 /// Asio would switch the descriptor to non-blocking mode for every program that shares it. So Asio
 /// waits for an epoll instance instead, which in turn watches the descriptor.
 class Readiness {
