@@ -10,6 +10,7 @@ namespace {
 
 /// How long clients may have to wait for events that fall due together.
 constexpr std::chrono::milliseconds kMaxTurn{1};
+/// How long an advance pauses when it must wait.
 constexpr std::chrono::milliseconds kPause{1};
 constexpr std::chrono::hours kMaxAdvance{24 * 366 * 100};
 

@@ -55,7 +55,7 @@ class Timeline : public Activity {
   const Time start_ = Clock::now();
   /// These are used only when time stands still.
   Time now_ = start_, target_ = start_;
-  /// When the machine lets an advance go on.
+  /// The machine's time at which an advance goes on.
   Time next_turn_at_{};
   std::vector<Event> queue_;
 };
